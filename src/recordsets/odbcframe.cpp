@@ -1,0 +1,2 @@
+// Implementation of the recordset layer: see odbcframe.h.
+#include "odbcframe.h"

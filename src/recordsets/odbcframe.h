@@ -1,0 +1,189 @@
+// The recordset layer: a connection (CDatabase), snapshot recordsets bound to
+// public members through DoFieldExchange (CRecordset, CFieldExchange, RFX_*),
+// and the exceptions they raise. Implemented over the unixODBC C API.
+// Values always travel as bound parameters; the layer splices no value into
+// SQL text.
+#pragma once
+
+#include <sql.h>
+#include <sqlext.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cstring.h"
+
+// ------------------------------------------------------------- exceptions
+class CException {
+public:
+    virtual ~CException() = default;
+    // Frees an exception caught by pointer.
+    void Delete() { delete this; }
+    virtual bool GetErrorMessage(char* buffer, unsigned maxLength, unsigned* helpContext = nullptr) const;
+};
+
+class CDBException : public CException {
+public:
+    CDBException(short retCode, const CString& error, const CString& stateNativeOrigin)
+        : m_nRetCode(retCode), m_strError(error), m_strStateNativeOrigin(stateNativeOrigin) {}
+    bool GetErrorMessage(char* buffer, unsigned maxLength, unsigned* helpContext = nullptr) const override;
+
+    short m_nRetCode;                 // the ODBC return code (SQL_ERROR, ...)
+    CString m_strError;               // the driver's message text
+    CString m_strStateNativeOrigin;   // "State:S0002,Native:1,Origin:[unixODBC]..."
+};
+
+class CMemoryException : public CException {
+public:
+    bool GetErrorMessage(char* buffer, unsigned maxLength, unsigned* helpContext = nullptr) const override;
+};
+
+// ------------------------------------------------------------- connection
+class CDatabase {
+public:
+    enum OpenOptions : unsigned {
+        openReadOnly = 0x0002,
+        useCursorLib = 0x0004,
+        noOdbcDialog = 0x0008,
+        forceOdbcDialog = 0x0010,
+    };
+
+    CDatabase();
+    virtual ~CDatabase();
+    CDatabase(const CDatabase&) = delete;
+    CDatabase& operator=(const CDatabase&) = delete;
+
+    // Connects with an ODBC connect string. Returns false, or raises
+    // CDBException (by pointer), when the driver refuses.
+    bool OpenEx(const char* connect, unsigned options = 0);
+    // Idempotent.
+    void Close();
+    bool IsOpen() const { return m_hdbc != SQL_NULL_HDBC; }
+    // The connect string as completed by the driver.
+    CString GetConnect() const { return m_strConnect; }
+    // Seconds; takes effect on statements of later connections and recordsets.
+    void SetQueryTimeout(unsigned seconds) { m_dwQueryTimeout = seconds; }
+    unsigned GetQueryTimeout() const { return m_dwQueryTimeout; }
+
+    bool BeginTrans();
+    bool CommitTrans();
+    bool Rollback();
+    bool InTransaction() const { return m_bTransactionPending; }
+
+    // Runs a statement that gives no rows. Raises CDBException.
+    void ExecuteSQL(const char* sql);
+
+    // What the driver reported at connect time.
+    CString GetDatabaseName() const;   // SQL_DATABASE_NAME
+    CString GetDBMSName() const { return m_strDbms; }
+    char IdentifierQuoteChar() const { return m_chIdentifierQuote; }
+    int IdentifierCase() const { return m_nIdentifierCase; }  // SQL_IC_UPPER, SQL_IC_LOWER, ...
+    // Turns "[NAME]" into the driver's quoted identifier, folded as the
+    // driver says unquoted names are folded.
+    std::string QuoteIdentifier(const std::string& bareName) const;
+    // Rewrites every "[name]" of a statement into a quoted identifier.
+    std::string TranslateBrackets(const std::string& sql) const;
+
+    SQLHENV m_henv = SQL_NULL_HENV;
+    SQLHDBC m_hdbc = SQL_NULL_HDBC;
+
+protected:
+    friend class CRecordset;
+    CString m_strConnect;
+    CString m_strDbms;
+    unsigned m_dwQueryTimeout = 15;
+    bool m_bTransactionPending = false;
+    char m_chIdentifierQuote = '"';
+    int m_nIdentifierCase = SQL_IC_SENSITIVE;
+};
+
+// Raises a CDBException built from the diagnostics of a handle.
+[[noreturn]] void ThrowDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle);
+
+// ------------------------------------------------------------- field exchange
+class CRecordset;
+
+// One bound column as DoFieldExchange describes it.
+struct CFieldInfo {
+    enum Kind { Text, Long, Int };
+    std::string name;       // bare name, without brackets
+    Kind kind;
+    int maxLength;          // text only: 255, 4097 or 32672
+    int sqlType;            // text only: SQL_VARCHAR (12) or SQL_LONGVARCHAR (-1)
+    void* value;            // the member
+};
+
+class CFieldExchange {
+public:
+    enum FieldType { noFieldType = -1, outputColumn = 0, param = 1 };
+    explicit CFieldExchange(std::vector<CFieldInfo>& fields) : m_fields(fields) {}
+    void SetFieldType(int type) { m_nFieldType = type; }
+    void Add(const char* bracketedName, CFieldInfo::Kind kind, void* value, int maxLength, int sqlType);
+
+    int m_nFieldType = outputColumn;
+private:
+    std::vector<CFieldInfo>& m_fields;
+};
+
+void RFX_Text(CFieldExchange* pFX, const char* name, CString& value, int maxLength = 255, int columnType = SQL_VARCHAR,
+              short scale = 0);
+void RFX_Long(CFieldExchange* pFX, const char* name, long& value);
+void RFX_Int(CFieldExchange* pFX, const char* name, int& value);
+
+// ------------------------------------------------------------- recordset
+class CRecordset {
+public:
+    enum OpenType { dynaset = 0, snapshot = 1, forwardOnly = 3 };
+    enum OpenOptions : unsigned { none = 0x0, appendOnly = 0x8, readOnly = 0x4 };
+
+    explicit CRecordset(CDatabase* pDatabase = nullptr);
+    virtual ~CRecordset();
+    CRecordset(const CRecordset&) = delete;
+    CRecordset& operator=(const CRecordset&) = delete;
+
+    // text: a table name (the columns of DoFieldExchange from it, with
+    // m_strFilter and m_strSort), or a statement beginning "SELECT".
+    // options: none (rows can be changed) or readOnly. Returns false or
+    // raises CDBException.
+    virtual bool Open(unsigned openType = snapshot, const char* text = nullptr, unsigned options = none);
+    // Idempotent.
+    virtual void Close();
+    bool IsOpen() const;
+
+    long GetRecordCount() const;  // rows of the snapshot
+    bool IsEOF() const;
+    bool IsBOF() const;
+    void MoveFirst();
+    void MoveNext();
+
+    bool CanAppend() const;
+    bool CanUpdate() const;
+    void AddNew();
+    void Edit();
+    // Writes the members changed since AddNew or Edit. Raises CDBException.
+    bool Update();
+    // Removes the current row. Raises CDBException.
+    void Delete();
+    bool IsDeleted() const;
+
+    bool IsFieldNull(const void* member) const;
+    void SetFieldNull(void* member, bool isNull = true);
+
+    virtual void DoFieldExchange(CFieldExchange* pFX);
+    virtual CString GetDefaultSQL();
+    virtual CString GetDefaultConnect();
+
+    // The columns DoFieldExchange binds, in order (works on a closed recordset).
+    std::vector<CFieldInfo> DescribeFields();
+
+    CString m_strFilter;
+    CString m_strSort;
+    int m_nFields = 0;
+    int m_nDefaultType = snapshot;
+    CDatabase* m_pDatabase;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
