@@ -274,7 +274,9 @@ std::vector<std::string> DvnSchema::Statements(Dialect dialect) {
 }
 
 std::string DvnSchema::Script(Dialect dialect) {
-    std::string script;
+    std::string script = std::string("-- The repository schema for ") + (dialect == SQLite ? "SQLite" : "PostgreSQL") +
+                         ", as `dvnbt init` creates it.\n-- Generated from the recordset classes' field exchange "
+                         "(src/recordsets/dvnschema.cpp);\n-- a test keeps this file equal to what they give.\n\n";
     for (const auto& s : Statements(dialect)) script += s + ";\n\n";
     return script;
 }
@@ -306,18 +308,9 @@ void DvnSchema::Drop(CDatabase& db) {
             db.ExecuteSQL((std::string("DROP FUNCTION IF EXISTS DVBT.") + f + "() CASCADE").c_str());
 }
 
-void DvnSchema::TuneConnection(CDatabase& db) {
-    if (DialectOf(db) != SQLite) return;
-    // Write-ahead logging is a property of the file and stays; the
-    // synchronous level holds for this connection only.
-    QueryStrings(db, "PRAGMA DVBT.journal_mode=WAL");
-    db.ExecuteSQL("PRAGMA DVBT.synchronous=NORMAL");
-}
-
 bool DvnSchema::Create(CDatabase& db, bool recreate) {
     const Dialect dialect = DialectOf(db);
     if (Exists(db) && !recreate) return false;
-    if (dialect == SQLite) TuneConnection(db);  // the journal mode cannot change inside a transaction
     db.BeginTrans();
     try {
         if (recreate) Drop(db);

@@ -47,11 +47,6 @@ public:
     // Drops every table of the schema (and what hangs on it).
     static void Drop(CDatabase& db);
 
-    // Settings of a connection for many small transactions: on SQLite,
-    // write-ahead logging and synchronous NORMAL on the attached database.
-    // Nothing on PostgreSQL.
-    static void TuneConnection(CDatabase& db);
-
     // The key of the seeded "Default Data Structure" row.
     static constexpr const char* kDefaultDataStructureKey = "DEFAULT_DATA_STRUCTURE";
 
