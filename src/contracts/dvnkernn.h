@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <iosfwd>
 #include <set>
 #include <sstream>
@@ -187,6 +188,13 @@ public:
     DvnString Find(const DvnString& key, bool inherit);
     // Where the profile file is (DVN_PROFILE, else $HOME/.dvnprofile).
     static std::string Path();
+    // In-process values that Find returns before the file's, for every
+    // profile object of the process (a command-line option such as
+    // dvnbt --db sets "BTODBCDataSourceName" this way). A null value removes
+    // the key. While any override is set, a missing profile file is no error:
+    // CurrentConfig gives "" and only the overrides are found.
+    static void SetOverride(const DvnString& key, const DvnString& value);
+    static void ClearOverrides();
 private:
     struct Impl;
     Impl* _impl;
@@ -267,8 +275,11 @@ public:
     void Message(long number, const DvnString& argument) override;
     const std::vector<Entry>& Messages() const { return _messages; }
     void Clear() { _messages.clear(); }
+    // Called with every message as it arrives.
+    void SetListener(std::function<void(long, const DvnString&)> listener) { _listener = std::move(listener); }
 private:
     std::vector<Entry> _messages;
+    std::function<void(long, const DvnString&)> _listener;
 };
 
 // ---------------------------------------------------------------------------

@@ -1,2 +1,857 @@
 // Implementation of the recordset layer: see odbcframe.h.
+//
+// A recordset is a true snapshot: Open runs the statement, reads every row
+// into memory and releases the cursor. AddNew, Edit and Delete then write
+// through prepared statements that the connection keeps by their text. A row
+// is found again by the DBMS's row locator (rowid on SQLite, ctid on
+// PostgreSQL), so Update and Delete hit exactly one row even among rows that
+// are alike.
 #include "odbcframe.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <new>
+
+namespace {
+
+bool Succeeded(SQLRETURN rc) { return rc == SQL_SUCCESS || rc == SQL_SUCCESS_WITH_INFO; }
+
+std::string Upper(std::string s) {
+    for (auto& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return s;
+}
+
+bool StartsWithNoCase(const std::string& text, const char* prefix) {
+    size_t n = std::strlen(prefix);
+    return text.size() >= n && Upper(text.substr(0, n)) == Upper(prefix);
+}
+
+std::string TrimCopy(const std::string& s) {
+    size_t b = s.find_first_not_of(" \t\r\n");
+    if (b == std::string::npos) return std::string();
+    size_t e = s.find_last_not_of(" \t\r\n");
+    return s.substr(b, e - b + 1);
+}
+
+// Leaves out UID= and PWD= attributes without a value (so that the data
+// source's own apply) and a leading "ODBC;". A value in braces may hold ';'.
+std::string CleanConnectString(std::string in) {
+    if (StartsWithNoCase(in, "ODBC;")) in = in.substr(5);
+    std::string out;
+    size_t pos = 0;
+    while (pos < in.size()) {
+        size_t eq = in.find('=', pos);
+        size_t end = in.find(';', pos);
+        if (eq != std::string::npos && (end == std::string::npos || eq < end) && eq + 1 < in.size() &&
+            in[eq + 1] == '{') {
+            size_t close = in.find('}', eq);
+            end = close == std::string::npos ? std::string::npos : in.find(';', close);
+        }
+        if (end == std::string::npos) end = in.size();
+        std::string part = in.substr(pos, end - pos);
+        size_t partEq = part.find('=');
+        std::string key = Upper(TrimCopy(part.substr(0, partEq)));
+        std::string value = partEq == std::string::npos ? std::string() : TrimCopy(part.substr(partEq + 1));
+        bool keep = !TrimCopy(part).empty() && !((key == "UID" || key == "PWD") && value.empty());
+        if (keep) out += (out.empty() ? "" : ";") + part;
+        pos = end + 1;
+    }
+    return out;
+}
+
+// Reads the diagnostics of a handle into an exception.
+CDBException* MakeDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle) {
+    std::string error, state;
+    if (handle) {
+        for (SQLSMALLINT rec = 1;; ++rec) {
+            SQLCHAR sqlState[6] = {0};
+            SQLINTEGER native = 0;
+            SQLCHAR text[SQL_MAX_MESSAGE_LENGTH + 1] = {0};
+            SQLSMALLINT textLen = 0;
+            SQLRETURN drc = SQLGetDiagRec(handleType, handle, rec, sqlState, &native, text, sizeof text, &textLen);
+            if (!Succeeded(drc)) break;
+            std::string message(reinterpret_cast<char*>(text));
+            // The origin is the run of bracketed components before the text.
+            std::string origin;
+            size_t p = 0;
+            while (p < message.size() && message[p] == '[') {
+                size_t close = message.find(']', p);
+                if (close == std::string::npos) break;
+                p = close + 1;
+            }
+            origin = message.substr(0, p);
+            std::string body = TrimCopy(message.substr(p));
+            while (!body.empty() && (body.back() == '\n' || body.back() == '\r')) body.pop_back();
+            if (!error.empty()) error += "\n";
+            error += body;
+            if (!state.empty()) state += "\n";
+            state += "State:" + std::string(reinterpret_cast<char*>(sqlState)) + ",Native:" + std::to_string(native) +
+                     ",Origin:" + origin;
+        }
+    }
+    if (error.empty()) error = "ODBC call failed without diagnostics (rc=" + std::to_string(rc) + ")";
+    return new CDBException(static_cast<short>(rc), CString(error), CString(state));
+}
+
+[[noreturn]] void ThrowFrameError(const std::string& text, const char* state) {
+    throw new CDBException(SQL_ERROR, CString(text), CString(std::string("State:") + state + ",Native:0,Origin:[dvnbdbbe]"));
+}
+
+void Check(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle) {
+    if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, handleType, handle);
+}
+
+// Reads one column of the current row as text; false when it is NULL.
+bool ReadText(SQLHSTMT h, SQLUSMALLINT col, std::string& out) {
+    out.clear();
+    char buf[8192];
+    for (;;) {
+        SQLLEN ind = 0;
+        SQLRETURN rc = SQLGetData(h, col, SQL_C_CHAR, buf, sizeof buf, &ind);
+        if (rc == SQL_NO_DATA) return true;
+        Check(rc, SQL_HANDLE_STMT, h);
+        if (ind == SQL_NULL_DATA) return false;
+        // Every part but the last fills the buffer and ends in a terminating
+        // zero that is not data.
+        if (rc == SQL_SUCCESS_WITH_INFO && (ind == SQL_NO_TOTAL || ind >= static_cast<SQLLEN>(sizeof buf))) {
+            out.append(buf, sizeof buf - 1);
+            continue;
+        }
+        out.append(buf, static_cast<size_t>(ind));
+        return true;
+    }
+}
+
+bool ReadNumber(SQLHSTMT h, SQLUSMALLINT col, long& out) {
+    SQLBIGINT v = 0;
+    SQLLEN ind = 0;
+    Check(SQLGetData(h, col, SQL_C_SBIGINT, &v, sizeof v, &ind), SQL_HANDLE_STMT, h);
+    if (ind == SQL_NULL_DATA) {
+        out = 0;
+        return false;
+    }
+    out = static_cast<long>(v);
+    return true;
+}
+
+// Frees the statement's cursor and parameters whatever happens in between.
+struct StatementUse {
+    CDatabase& db;
+    SQLHSTMT h;
+    StatementUse(CDatabase& d, const std::string& sql) : db(d), h(d.PreparedStatement(sql)) {}
+    ~StatementUse() { db.ReleaseStatement(h); }
+};
+
+// A parameter value with a stable address for SQLBindParameter.
+struct Param {
+    std::string text;
+    SQLINTEGER number = 0;
+    SQLLEN ind = 0;
+    bool isText = true;
+    int sqlType = SQL_VARCHAR;
+};
+
+void BindParams(SQLHSTMT h, std::vector<Param>& params) {
+    SQLUSMALLINT n = 1;
+    for (auto& p : params) {
+        SQLRETURN rc;
+        if (p.isText) {
+            SQLULEN size = std::max<SQLULEN>(p.text.size(), 1);
+            if (p.ind != SQL_NULL_DATA) p.ind = static_cast<SQLLEN>(p.text.size());
+            rc = SQLBindParameter(h, n, SQL_PARAM_INPUT, SQL_C_CHAR, static_cast<SQLSMALLINT>(p.sqlType), size, 0,
+                                  const_cast<char*>(p.text.data()), static_cast<SQLLEN>(p.text.size()), &p.ind);
+        } else {
+            rc = SQLBindParameter(h, n, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0, 0, &p.number, 0, &p.ind);
+        }
+        Check(rc, SQL_HANDLE_STMT, h);
+        ++n;
+    }
+}
+
+}  // namespace
+
+// ============================================================ exceptions
+bool CException::GetErrorMessage(char* buffer, unsigned maxLength, unsigned*) const {
+    if (buffer && maxLength) buffer[0] = '\0';
+    return false;
+}
+
+static bool CopyMessage(const char* text, char* buffer, unsigned maxLength) {
+    if (!buffer || maxLength == 0) return false;
+    std::strncpy(buffer, text, maxLength - 1);
+    buffer[maxLength - 1] = '\0';
+    return true;
+}
+
+bool CDBException::GetErrorMessage(char* buffer, unsigned maxLength, unsigned*) const {
+    return CopyMessage(m_strError.c_str(), buffer, maxLength);
+}
+
+bool CMemoryException::GetErrorMessage(char* buffer, unsigned maxLength, unsigned*) const {
+    return CopyMessage("Out of memory.", buffer, maxLength);
+}
+
+void ThrowDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle) {
+    throw MakeDBException(rc, handleType, handle);
+}
+
+// ============================================================ CDatabase
+CDatabase::CDatabase() = default;
+
+CDatabase::~CDatabase() { Close(); }
+
+bool CDatabase::OpenEx(const char* connect, unsigned options) {
+    Close();
+    std::string in = CleanConnectString(connect ? connect : "");
+    if (!Succeeded(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &m_henv))) {
+        m_henv = SQL_NULL_HENV;
+        throw new CMemoryException;
+    }
+    SQLSetEnvAttr(m_henv, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+    SQLHDBC hdbc = SQL_NULL_HDBC;
+    if (!Succeeded(SQLAllocHandle(SQL_HANDLE_DBC, m_henv, &hdbc))) {
+        CDBException* e = MakeDBException(SQL_ERROR, SQL_HANDLE_ENV, m_henv);
+        SQLFreeHandle(SQL_HANDLE_ENV, m_henv);
+        m_henv = SQL_NULL_HENV;
+        throw e;
+    }
+    if (options & openReadOnly)
+        SQLSetConnectAttr(hdbc, SQL_ATTR_ACCESS_MODE, reinterpret_cast<SQLPOINTER>(SQL_MODE_READ_ONLY), 0);
+    std::vector<SQLCHAR> out(4096);
+    SQLSMALLINT outLen = 0;
+    SQLRETURN rc = SQLDriverConnect(hdbc, nullptr, reinterpret_cast<SQLCHAR*>(const_cast<char*>(in.c_str())), SQL_NTS,
+                                    out.data(), static_cast<SQLSMALLINT>(out.size()), &outLen, SQL_DRIVER_NOPROMPT);
+    if (!Succeeded(rc)) {
+        CDBException* e = MakeDBException(rc, SQL_HANDLE_DBC, hdbc);
+        SQLFreeHandle(SQL_HANDLE_DBC, hdbc);
+        SQLFreeHandle(SQL_HANDLE_ENV, m_henv);
+        m_henv = SQL_NULL_HENV;
+        throw e;
+    }
+    m_hdbc = hdbc;
+    m_strConnect = reinterpret_cast<char*>(out.data());
+
+    char buf[256] = {0};
+    SQLSMALLINT len = 0;
+    if (Succeeded(SQLGetInfo(m_hdbc, SQL_DBMS_NAME, buf, sizeof buf, &len))) m_strDbms = buf;
+    buf[0] = '\0';
+    if (Succeeded(SQLGetInfo(m_hdbc, SQL_IDENTIFIER_QUOTE_CHAR, buf, sizeof buf, &len)))
+        m_chIdentifierQuote = buf[0] == ' ' ? '\0' : buf[0];
+    SQLUSMALLINT idCase = SQL_IC_SENSITIVE;
+    if (Succeeded(SQLGetInfo(m_hdbc, SQL_IDENTIFIER_CASE, &idCase, sizeof idCase, nullptr))) m_nIdentifierCase = idCase;
+
+    if (IsSQLite())
+        m_locator = {"rowid", "rowid = CAST(? AS INTEGER)", false};
+    else if (m_strDbms == "PostgreSQL")
+        m_locator = {"ctid", "ctid = CAST(? AS tid)", true};
+    else
+        m_locator = {"", "", false};
+
+    if (IsSQLite()) {
+        try {
+            AttachOwnFileAsDvbt();
+        } catch (...) {
+            Close();
+            throw;
+        }
+    }
+    return true;
+}
+
+// Attaches the main database file once more under the name DVBT and gives
+// the attached database a write-ahead log with synchronous NORMAL (the
+// driver's own pragmas reach the main database only).
+void CDatabase::AttachOwnFileAsDvbt() {
+    std::string file;
+    {
+        SQLHSTMT h = NewStatement();
+        struct Free {
+            SQLHSTMT h;
+            ~Free() { SQLFreeHandle(SQL_HANDLE_STMT, h); }
+        } guard{h};
+        Check(SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>("PRAGMA database_list")), SQL_NTS),
+              SQL_HANDLE_STMT, h);
+        while (Succeeded(SQLFetch(h))) {
+            std::string name, path;
+            ReadText(h, 2, name);
+            ReadText(h, 3, path);
+            if (name == "main") file = path;
+            if (Upper(name) == "DVBT") return;  // already there
+        }
+    }
+    if (file.empty()) return;  // an in-memory database has no file to share
+    SQLHSTMT h = NewStatement();
+    struct Free {
+        SQLHSTMT h;
+        ~Free() { SQLFreeHandle(SQL_HANDLE_STMT, h); }
+    } guard{h};
+    SQLLEN ind = static_cast<SQLLEN>(file.size());
+    Check(SQLBindParameter(h, 1, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, file.size(), 0, file.data(), ind, &ind),
+          SQL_HANDLE_STMT, h);
+    Check(SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>("ATTACH DATABASE ? AS DVBT")), SQL_NTS),
+          SQL_HANDLE_STMT, h);
+    SQLFreeStmt(h, SQL_RESET_PARAMS);
+    // Best effort: another connection holding the file may keep the mode
+    // from changing now; the mode is kept in the file once set.
+    for (const char* pragma : {"PRAGMA DVBT.journal_mode=WAL", "PRAGMA DVBT.synchronous=NORMAL"}) {
+        SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>(pragma)), SQL_NTS);
+        SQLFreeStmt(h, SQL_CLOSE);
+    }
+}
+
+void CDatabase::FreeStatements() {
+    for (auto& [sql, h] : m_statements) SQLFreeHandle(SQL_HANDLE_STMT, h);
+    m_statements.clear();
+}
+
+void CDatabase::Close() {
+    FreeStatements();
+    if (m_hdbc != SQL_NULL_HDBC) {
+        if (m_bTransactionPending) SQLEndTran(SQL_HANDLE_DBC, m_hdbc, SQL_ROLLBACK);
+        SQLDisconnect(m_hdbc);
+        SQLFreeHandle(SQL_HANDLE_DBC, m_hdbc);
+        m_hdbc = SQL_NULL_HDBC;
+    }
+    if (m_henv != SQL_NULL_HENV) {
+        SQLFreeHandle(SQL_HANDLE_ENV, m_henv);
+        m_henv = SQL_NULL_HENV;
+    }
+    m_bTransactionPending = false;
+    m_strConnect.Empty();
+    m_strDbms.Empty();
+}
+
+bool CDatabase::BeginTrans() {
+    if (!IsOpen()) ThrowFrameError("BeginTrans on a closed connection", "08003");
+    if (m_bTransactionPending) return false;
+    Check(SQLSetConnectAttr(m_hdbc, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0),
+          SQL_HANDLE_DBC, m_hdbc);
+    m_bTransactionPending = true;
+    return true;
+}
+
+static bool EndTransaction(CDatabase& db, bool& pending, SQLSMALLINT completion) {
+    if (!db.IsOpen()) ThrowFrameError("transaction end on a closed connection", "08003");
+    if (!pending) return false;
+    pending = false;
+    SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, db.m_hdbc, completion);
+    SQLSetConnectAttr(db.m_hdbc, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
+    Check(rc, SQL_HANDLE_DBC, db.m_hdbc);
+    return true;
+}
+
+bool CDatabase::CommitTrans() { return EndTransaction(*this, m_bTransactionPending, SQL_COMMIT); }
+bool CDatabase::Rollback() { return EndTransaction(*this, m_bTransactionPending, SQL_ROLLBACK); }
+
+SQLHSTMT CDatabase::NewStatement() {
+    if (!IsOpen()) ThrowFrameError("statement on a closed connection", "08003");
+    SQLHSTMT h = SQL_NULL_HSTMT;
+    Check(SQLAllocHandle(SQL_HANDLE_STMT, m_hdbc, &h), SQL_HANDLE_DBC, m_hdbc);
+    if (m_dwQueryTimeout)
+        SQLSetStmtAttr(h, SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(m_dwQueryTimeout)),
+                       0);
+    return h;
+}
+
+SQLHSTMT CDatabase::PreparedStatement(const std::string& sql) {
+    auto it = m_statements.find(sql);
+    if (it != m_statements.end()) return it->second;
+    SQLHSTMT h = NewStatement();
+    SQLRETURN rc = SQLPrepare(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.c_str())), SQL_NTS);
+    if (!Succeeded(rc)) {
+        CDBException* e = MakeDBException(rc, SQL_HANDLE_STMT, h);
+        SQLFreeHandle(SQL_HANDLE_STMT, h);
+        throw e;
+    }
+    if (m_statements.size() >= 256) FreeStatements();
+    m_statements.emplace(sql, h);
+    return h;
+}
+
+void CDatabase::ReleaseStatement(SQLHSTMT h) {
+    SQLFreeStmt(h, SQL_CLOSE);
+    SQLFreeStmt(h, SQL_RESET_PARAMS);
+}
+
+void CDatabase::ExecuteSQL(const char* sql) {
+    SQLHSTMT h = NewStatement();
+    std::string text = TranslateBrackets(sql ? sql : "");
+    SQLRETURN rc = SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.c_str())), SQL_NTS);
+    if (!Succeeded(rc) && rc != SQL_NO_DATA) {
+        CDBException* e = MakeDBException(rc, SQL_HANDLE_STMT, h);
+        SQLFreeHandle(SQL_HANDLE_STMT, h);
+        throw e;
+    }
+    SQLFreeHandle(SQL_HANDLE_STMT, h);
+}
+
+CString CDatabase::GetDatabaseName() const {
+    if (!IsOpen()) return CString();
+    char buf[1024] = {0};
+    SQLSMALLINT len = 0;
+    if (!Succeeded(SQLGetInfo(m_hdbc, SQL_DATABASE_NAME, buf, sizeof buf, &len))) return CString();
+    return CString(buf);
+}
+
+std::string CDatabase::QuoteIdentifier(const std::string& bareName) const {
+    std::string name = bareName;
+    if (m_nIdentifierCase == SQL_IC_UPPER)
+        name = Upper(name);
+    else if (m_nIdentifierCase == SQL_IC_LOWER)
+        for (auto& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (!m_chIdentifierQuote) return name;
+    return m_chIdentifierQuote + name + m_chIdentifierQuote;
+}
+
+std::string CDatabase::TranslateBrackets(const std::string& sql) const {
+    std::string out;
+    out.reserve(sql.size() + 8);
+    for (size_t i = 0; i < sql.size(); ++i) {
+        char c = sql[i];
+        if (c == '\'' || c == '"') {  // copy a literal or quoted identifier whole
+            size_t j = i + 1;
+            while (j < sql.size()) {
+                if (sql[j] == c) {
+                    if (j + 1 < sql.size() && sql[j + 1] == c) {
+                        j += 2;
+                        continue;
+                    }
+                    break;
+                }
+                ++j;
+            }
+            out.append(sql, i, std::min(j, sql.size() - 1) - i + 1);
+            i = j;
+            continue;
+        }
+        if (c == '[') {
+            size_t close = sql.find(']', i);
+            if (close != std::string::npos) {
+                out += QuoteIdentifier(sql.substr(i + 1, close - i - 1));
+                i = close;
+                continue;
+            }
+        }
+        out += c;
+    }
+    return out;
+}
+
+// ============================================================ field exchange
+void CFieldExchange::Add(const char* bracketedName, CFieldInfo::Kind kind, void* value, int maxLength, int sqlType) {
+    std::string name = bracketedName ? bracketedName : "";
+    if (name.size() >= 2 && name.front() == '[' && name.back() == ']') name = name.substr(1, name.size() - 2);
+    m_fields.push_back(CFieldInfo{name, kind, maxLength, sqlType, value});
+}
+
+void RFX_Text(CFieldExchange* pFX, const char* name, CString& value, int maxLength, int columnType, short) {
+    pFX->Add(name, CFieldInfo::Text, &value, maxLength, columnType);
+}
+
+void RFX_Long(CFieldExchange* pFX, const char* name, long& value) {
+    pFX->Add(name, CFieldInfo::Long, &value, 0, SQL_INTEGER);
+}
+
+void RFX_Int(CFieldExchange* pFX, const char* name, int& value) {
+    pFX->Add(name, CFieldInfo::Int, &value, 0, SQL_INTEGER);
+}
+
+// ============================================================ CRecordset
+struct CRecordset::Impl {
+    struct Value {
+        std::string text;
+        long number = 0;
+        bool null = true;
+    };
+    struct Row {
+        std::vector<Value> values;
+        std::string locator;
+        bool deleted = false;
+    };
+    enum Mode { Idle, Adding, Editing };
+
+    std::vector<CFieldInfo> fields;
+    std::vector<Row> rows;
+    size_t current = 0;
+    bool open = false;
+    bool updatable = false;
+    std::string table;  // as written in the statement, for INSERT/UPDATE/DELETE
+    Mode mode = Idle;
+    std::vector<Value> before;  // the values when AddNew or Edit began
+    std::vector<bool> touched;  // SetFieldNull was called during AddNew/Edit
+    std::vector<bool> nullFlags;  // null state of the members outside AddNew/Edit
+
+    int IndexOf(const void* member) const {
+        for (size_t i = 0; i < fields.size(); ++i)
+            if (fields[i].value == member) return static_cast<int>(i);
+        return -1;
+    }
+    static bool IsTextField(const CFieldInfo& f) { return f.kind == CFieldInfo::Text; }
+    static long GetNumber(const CFieldInfo& f) {
+        return f.kind == CFieldInfo::Long ? *static_cast<long*>(f.value) : *static_cast<int*>(f.value);
+    }
+    static void SetNumber(const CFieldInfo& f, long v) {
+        if (f.kind == CFieldInfo::Long)
+            *static_cast<long*>(f.value) = v;
+        else
+            *static_cast<int*>(f.value) = static_cast<int>(v);
+    }
+    static CString& Text(const CFieldInfo& f) { return *static_cast<CString*>(f.value); }
+
+    // Copies a row into the members.
+    void Load(const Row& row) {
+        for (size_t i = 0; i < fields.size(); ++i) {
+            const Value& v = row.values[i];
+            if (IsTextField(fields[i]))
+                Text(fields[i]) = v.text;
+            else
+                SetNumber(fields[i], v.null ? 0 : v.number);
+            nullFlags[i] = v.null;
+        }
+    }
+    void LoadEmpty() {
+        for (size_t i = 0; i < fields.size(); ++i) {
+            if (IsTextField(fields[i]))
+                Text(fields[i]).Empty();
+            else
+                SetNumber(fields[i], 0);
+            nullFlags[i] = true;
+        }
+    }
+    void LoadCurrent() {
+        if (current < rows.size())
+            Load(rows[current]);
+        else
+            LoadEmpty();
+    }
+    Value Capture(size_t i) const {
+        Value v;
+        if (IsTextField(fields[i])) {
+            v.text = Text(fields[i]).str();
+        } else {
+            v.number = GetNumber(fields[i]);
+        }
+        return v;
+    }
+    bool Changed(size_t i) const {
+        if (touched[i]) return true;
+        if (IsTextField(fields[i])) return Text(fields[i]).str() != before[i].text;
+        return GetNumber(fields[i]) != before[i].number;
+    }
+    bool WritesNull(size_t i) const {
+        if (IsTextField(fields[i])) return Text(fields[i]).IsEmpty();
+        return GetNumber(fields[i]) == kPseudoNull;
+    }
+    void SkipDeleted() {
+        while (current < rows.size() && rows[current].deleted) ++current;
+    }
+};
+
+CRecordset::CRecordset(CDatabase* pDatabase) : m_pDatabase(pDatabase), m_impl(std::make_unique<Impl>()) {}
+
+CRecordset::~CRecordset() { Close(); }
+
+void CRecordset::DoFieldExchange(CFieldExchange*) {}
+CString CRecordset::GetDefaultSQL() { return CString(); }
+CString CRecordset::GetDefaultConnect() { return CString("ODBC;"); }
+
+std::vector<CFieldInfo> CRecordset::DescribeFields() {
+    std::vector<CFieldInfo> fields;
+    CFieldExchange fx(fields);
+    fx.SetFieldType(CFieldExchange::outputColumn);
+    DoFieldExchange(&fx);
+    return fields;
+}
+
+bool CRecordset::IsOpen() const { return m_impl->open; }
+
+void CRecordset::Close() {
+    Impl& m = *m_impl;
+    m.rows.clear();
+    m.rows.shrink_to_fit();
+    m.open = false;
+    m.updatable = false;
+    m.mode = Impl::Idle;
+    m.current = 0;
+}
+
+bool CRecordset::Open(unsigned, const char* text, unsigned options) {
+    if (!m_pDatabase || !m_pDatabase->IsOpen()) ThrowFrameError("recordset opened on a closed connection", "08003");
+    Close();
+    Impl& m = *m_impl;
+    CDatabase& db = *m_pDatabase;
+    try {
+        m.fields = DescribeFields();
+        m.nullFlags.assign(m.fields.size(), true);
+        std::string given = TrimCopy(text ? text : GetDefaultSQL().str());
+        const CDatabase::RowLocator& loc = db.Locator();
+        bool wantUpdate = !(options & readOnly) && !loc.select.empty();
+        std::string sql;
+        size_t firstField = 1;  // ODBC column of the first member
+        m.table.clear();
+        if (StartsWithNoCase(given, "SELECT")) {
+            // A whole statement, taken as it stands; when it reads one table
+            // with "SELECT * FROM", its rows can be changed.
+            sql = given;
+            const char* star = "SELECT * FROM ";
+            if (wantUpdate && StartsWithNoCase(given, star)) {
+                std::string rest = TrimCopy(given.substr(std::strlen(star)));
+                m.table = rest.substr(0, rest.find_first_of(" \t\r\n"));
+                sql = "SELECT " + loc.select + ", * FROM " + rest;
+                firstField = 2;
+            }
+        } else {
+            m.table = given;
+            sql = "SELECT ";
+            if (wantUpdate) {
+                sql += loc.select + ", ";
+                firstField = 2;
+            }
+            for (size_t i = 0; i < m.fields.size(); ++i) {
+                if (i) sql += ", ";
+                sql += "[" + m.fields[i].name + "]";
+            }
+            sql += " FROM " + given;
+            if (!m_strFilter.IsEmpty()) sql += " WHERE " + m_strFilter.str();
+            if (!m_strSort.IsEmpty()) sql += " ORDER BY " + m_strSort.str();
+        }
+        m.updatable = wantUpdate && !m.table.empty();
+        sql = db.TranslateBrackets(sql);
+
+        StatementUse use(db, sql);
+        Check(SQLExecute(use.h), SQL_HANDLE_STMT, use.h);
+        SQLSMALLINT columns = 0;
+        SQLNumResultCols(use.h, &columns);
+        size_t bound = std::min<size_t>(m.fields.size(), columns >= static_cast<SQLSMALLINT>(firstField)
+                                                             ? static_cast<size_t>(columns) - firstField + 1
+                                                             : 0);
+        for (;;) {
+            SQLRETURN rc = SQLFetch(use.h);
+            if (rc == SQL_NO_DATA) break;
+            Check(rc, SQL_HANDLE_STMT, use.h);
+            Impl::Row row;
+            row.values.resize(m.fields.size());
+            if (firstField == 2) ReadText(use.h, 1, row.locator);
+            for (size_t i = 0; i < bound; ++i) {
+                SQLUSMALLINT col = static_cast<SQLUSMALLINT>(firstField + i);
+                Impl::Value& v = row.values[i];
+                if (Impl::IsTextField(m.fields[i]))
+                    v.null = !ReadText(use.h, col, v.text);
+                else
+                    v.null = !ReadNumber(use.h, col, v.number);
+            }
+            m.rows.push_back(std::move(row));
+        }
+    } catch (const std::bad_alloc&) {
+        Close();
+        throw new CMemoryException;
+    } catch (...) {
+        Close();
+        throw;
+    }
+    m.open = true;
+    m.current = 0;
+    m.LoadCurrent();
+    return true;
+}
+
+long CRecordset::GetRecordCount() const { return static_cast<long>(m_impl->rows.size()); }
+
+bool CRecordset::IsEOF() const {
+    const Impl& m = *m_impl;
+    return !m.open || m.current >= m.rows.size();
+}
+
+bool CRecordset::IsBOF() const {
+    const Impl& m = *m_impl;
+    return !m.open || m.rows.empty();
+}
+
+void CRecordset::MoveFirst() {
+    Impl& m = *m_impl;
+    m.mode = Impl::Idle;
+    m.current = 0;
+    m.SkipDeleted();
+    m.LoadCurrent();
+}
+
+void CRecordset::MoveNext() {
+    Impl& m = *m_impl;
+    m.mode = Impl::Idle;
+    if (m.current < m.rows.size()) ++m.current;
+    m.SkipDeleted();
+    m.LoadCurrent();
+}
+
+bool CRecordset::CanAppend() const { return m_impl->open && m_impl->updatable; }
+bool CRecordset::CanUpdate() const { return m_impl->open && m_impl->updatable; }
+bool CRecordset::IsDeleted() const {
+    const Impl& m = *m_impl;
+    return m.current < m.rows.size() && m.rows[m.current].deleted;
+}
+
+void CRecordset::AddNew() {
+    Impl& m = *m_impl;
+    if (!CanAppend()) ThrowFrameError("AddNew on a recordset that is read-only or not open", "HY092");
+    for (size_t i = 0; i < m.fields.size(); ++i) {
+        if (Impl::IsTextField(m.fields[i]))
+            Impl::Text(m.fields[i]).Empty();
+        else
+            Impl::SetNumber(m.fields[i], kPseudoNull);
+    }
+    m.before.resize(m.fields.size());
+    for (size_t i = 0; i < m.fields.size(); ++i) m.before[i] = m.Capture(i);
+    m.touched.assign(m.fields.size(), false);
+    m.mode = Impl::Adding;
+}
+
+void CRecordset::Edit() {
+    Impl& m = *m_impl;
+    if (!CanUpdate()) ThrowFrameError("Edit on a recordset that is read-only or not open", "HY092");
+    if (m.current >= m.rows.size() || m.rows[m.current].deleted)
+        ThrowFrameError("Edit without a current row", "24000");
+    // A null number gets the pseudo-null value, so that assigning 0 to it
+    // counts as a change.
+    for (size_t i = 0; i < m.fields.size(); ++i)
+        if (!Impl::IsTextField(m.fields[i]) && m.nullFlags[i]) Impl::SetNumber(m.fields[i], kPseudoNull);
+    m.before.resize(m.fields.size());
+    for (size_t i = 0; i < m.fields.size(); ++i) m.before[i] = m.Capture(i);
+    m.touched.assign(m.fields.size(), false);
+    m.mode = Impl::Editing;
+}
+
+bool CRecordset::Update() {
+    Impl& m = *m_impl;
+    if (m.mode == Impl::Idle) ThrowFrameError("Update without AddNew or Edit", "HY010");
+    CDatabase& db = *m_pDatabase;
+    std::vector<size_t> changed;
+    for (size_t i = 0; i < m.fields.size(); ++i)
+        if (m.Changed(i)) changed.push_back(i);
+    Impl::Mode mode = m.mode;
+    if (changed.empty()) {
+        m.mode = Impl::Idle;
+        m.LoadCurrent();
+        return false;
+    }
+    std::vector<Param> params(changed.size() + (mode == Impl::Editing ? 1 : 0));
+    std::string sql;
+    for (size_t k = 0; k < changed.size(); ++k) {
+        size_t i = changed[k];
+        const CFieldInfo& f = m.fields[i];
+        Param& p = params[k];
+        p.isText = Impl::IsTextField(f);
+        p.sqlType = f.sqlType == SQL_LONGVARCHAR ? SQL_LONGVARCHAR : SQL_VARCHAR;
+        if (m.WritesNull(i))
+            p.ind = SQL_NULL_DATA;
+        else if (p.isText)
+            p.text = Impl::Text(f).str();
+        else
+            p.number = static_cast<SQLINTEGER>(Impl::GetNumber(f));
+    }
+    const CDatabase::RowLocator& loc = db.Locator();
+    if (mode == Impl::Adding) {
+        sql = "INSERT INTO " + m.table + " (";
+        std::string values;
+        for (size_t k = 0; k < changed.size(); ++k) {
+            sql += (k ? ", [" : "[") + m.fields[changed[k]].name + "]";
+            values += k ? ", ?" : "?";
+        }
+        sql += ") VALUES (" + values + ")";
+    } else {
+        sql = "UPDATE " + m.table + " SET ";
+        for (size_t k = 0; k < changed.size(); ++k) sql += (k ? ", [" : "[") + m.fields[changed[k]].name + "] = ?";
+        sql += " WHERE " + loc.condition;
+        if (loc.movesOnUpdate) sql += " RETURNING " + loc.select;
+        Param& p = params.back();
+        p.text = m.rows[m.current].locator;
+        p.isText = true;
+    }
+    sql = db.TranslateBrackets(sql);
+    std::string newLocator;
+    {
+        StatementUse use(db, sql);
+        BindParams(use.h, params);
+        SQLRETURN rc = SQLExecute(use.h);
+        if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, SQL_HANDLE_STMT, use.h);
+        if (mode == Impl::Editing) {
+            bool hit;
+            if (loc.movesOnUpdate) {
+                hit = Succeeded(SQLFetch(use.h));
+                if (hit) ReadText(use.h, 1, newLocator);
+            } else {
+                SQLLEN count = 0;
+                SQLRowCount(use.h, &count);
+                hit = count == 1;
+            }
+            if (!hit) ThrowFrameError("the current row is no longer in table " + m.table, "01001");
+        }
+    }
+    if (mode == Impl::Editing) {
+        Impl::Row& row = m.rows[m.current];
+        for (size_t i : changed) {
+            Impl::Value& v = row.values[i];
+            v.null = m.WritesNull(i);
+            v.text = Impl::IsTextField(m.fields[i]) ? Impl::Text(m.fields[i]).str() : std::string();
+            v.number = v.null || Impl::IsTextField(m.fields[i]) ? 0 : Impl::GetNumber(m.fields[i]);
+        }
+        if (loc.movesOnUpdate) row.locator = newLocator;
+    }
+    m.mode = Impl::Idle;
+    m.LoadCurrent();
+    return true;
+}
+
+void CRecordset::Delete() {
+    Impl& m = *m_impl;
+    if (!CanUpdate()) ThrowFrameError("Delete on a recordset that is read-only or not open", "HY092");
+    if (m.current >= m.rows.size() || m.rows[m.current].deleted)
+        ThrowFrameError("Delete without a current row", "24000");
+    CDatabase& db = *m_pDatabase;
+    std::vector<Param> params(1);
+    params[0].text = m.rows[m.current].locator;
+    std::string sql = "DELETE FROM " + m.table + " WHERE " + db.Locator().condition;
+    StatementUse use(db, db.TranslateBrackets(sql));
+    BindParams(use.h, params);
+    SQLRETURN rc = SQLExecute(use.h);
+    if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, SQL_HANDLE_STMT, use.h);
+    SQLLEN count = 0;
+    SQLRowCount(use.h, &count);
+    if (count != 1) ThrowFrameError("the current row is no longer in table " + m.table, "01001");
+    m.rows[m.current].deleted = true;
+    m.mode = Impl::Idle;
+}
+
+bool CRecordset::IsFieldNull(const void* member) const {
+    const Impl& m = *m_impl;
+    int i = m.IndexOf(member);
+    if (i < 0) return false;
+    size_t k = static_cast<size_t>(i);
+    if (m.mode == Impl::Idle) return m.nullFlags[k];
+    if (!Impl::IsTextField(m.fields[k])) return Impl::GetNumber(m.fields[k]) == kPseudoNull;
+    return m.Changed(k) ? Impl::Text(m.fields[k]).IsEmpty() : m.nullFlags[k] || m.mode == Impl::Adding;
+}
+
+void CRecordset::SetFieldNull(void* member, bool isNull) {
+    Impl& m = *m_impl;
+    if (m.fields.empty()) {
+        m.fields = DescribeFields();
+        m.nullFlags.assign(m.fields.size(), true);
+    }
+    int i = m.IndexOf(member);
+    if (i < 0) return;
+    size_t k = static_cast<size_t>(i);
+    const CFieldInfo& f = m.fields[k];
+    if (isNull) {
+        if (Impl::IsTextField(f))
+            Impl::Text(f).Empty();
+        else
+            Impl::SetNumber(f, m.mode == Impl::Idle ? 0 : kPseudoNull);
+    } else if (!Impl::IsTextField(f) && Impl::GetNumber(f) == kPseudoNull) {
+        Impl::SetNumber(f, 0);
+    }
+    if (m.mode == Impl::Idle)
+        m.nullFlags[k] = isNull;
+    else
+        m.touched[k] = true;
+}

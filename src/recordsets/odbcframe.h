@@ -8,8 +8,10 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <climits>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "cstring.h"
@@ -55,7 +57,11 @@ public:
     CDatabase& operator=(const CDatabase&) = delete;
 
     // Connects with an ODBC connect string. Returns false, or raises
-    // CDBException (by pointer), when the driver refuses.
+    // CDBException (by pointer), when the driver refuses. An empty UID= or
+    // PWD= attribute is left out, so that the data source's own user and
+    // password apply. On SQLite the connection's own file is attached as
+    // DVBT (write-ahead log, synchronous NORMAL), so that "DVBT.TABLE"
+    // names a table on SQLite as on a DBMS with schemas.
     bool OpenEx(const char* connect, unsigned options = 0);
     // Idempotent.
     void Close();
@@ -82,20 +88,41 @@ public:
     // Turns "[NAME]" into the driver's quoted identifier, folded as the
     // driver says unquoted names are folded.
     std::string QuoteIdentifier(const std::string& bareName) const;
-    // Rewrites every "[name]" of a statement into a quoted identifier.
+    // Rewrites every "[name]" of a statement into a quoted identifier;
+    // text inside string literals and quoted identifiers is left alone.
     std::string TranslateBrackets(const std::string& sql) const;
+    bool IsSQLite() const { return m_strDbms == "SQLite"; }
+
+    // How the recordsets name one row exactly: a select expression and a
+    // condition with one parameter (empty when the DBMS offers none).
+    struct RowLocator {
+        std::string select;      // "rowid" / "ctid"
+        std::string condition;   // "rowid = CAST(? AS INTEGER)" / "ctid = CAST(? AS tid)"
+        bool movesOnUpdate;      // a changed row gets a new locator (PostgreSQL)
+    };
+    const RowLocator& Locator() const { return m_locator; }
+
+    // A prepared statement for sql, kept for the life of the connection.
+    // The caller binds, executes, reads and then calls ReleaseStatement.
+    SQLHSTMT PreparedStatement(const std::string& sql);
+    void ReleaseStatement(SQLHSTMT hstmt);
 
     SQLHENV m_henv = SQL_NULL_HENV;
     SQLHDBC m_hdbc = SQL_NULL_HDBC;
 
 protected:
     friend class CRecordset;
+    SQLHSTMT NewStatement();
+    void AttachOwnFileAsDvbt();
+    void FreeStatements();
     CString m_strConnect;
     CString m_strDbms;
     unsigned m_dwQueryTimeout = 15;
     bool m_bTransactionPending = false;
     char m_chIdentifierQuote = '"';
     int m_nIdentifierCase = SQL_IC_SENSITIVE;
+    RowLocator m_locator;
+    std::unordered_map<std::string, SQLHSTMT> m_statements;
 };
 
 // Raises a CDBException built from the diagnostics of a handle.
@@ -136,6 +163,10 @@ class CRecordset {
 public:
     enum OpenType { dynaset = 0, snapshot = 1, forwardOnly = 3 };
     enum OpenOptions : unsigned { none = 0x0, appendOnly = 0x8, readOnly = 0x4 };
+    // After AddNew, and for a column that is null when Edit starts, a number
+    // member holds this value until it is assigned; Update writes NULL for a
+    // number member that still holds it. An empty text member is written as NULL.
+    static constexpr long kPseudoNull = INT_MIN + 0x7EE4;
 
     explicit CRecordset(CDatabase* pDatabase = nullptr);
     virtual ~CRecordset();

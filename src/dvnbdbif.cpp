@@ -1,0 +1,109 @@
+// Opening the database connection and choosing the table prefix.
+#include "dvnbdbif.h"
+
+#ifndef DVN_SQLITE_ODBC_DRIVER
+#define DVN_SQLITE_ODBC_DRIVER "/usr/lib/x86_64-linux-gnu/odbc/libsqlite3odbc.so"
+#endif
+
+DvnConvCoreDbIF::DvnConvCoreDbIF() : m_pDatabase(new CDatabase) {}
+
+DvnConvCoreDbIF::~DvnConvCoreDbIF() { delete m_pDatabase; }
+
+namespace {
+
+CString ToCString(const DvnString& s) { return CString(s.IsNull() ? "" : s.c_str()); }
+
+// Connects db with the connect string of a data source; the caller traces
+// and maps what it may throw.
+void Connect(const CString& dataSource, CDatabase& db, const CString& user, const CString& password) {
+    db.SetQueryTimeout(60);
+    DVN_TRACE(3, 1, "open database with userid: " << user << " and password: " << password);
+    db.OpenEx(DvnConvCoreDbIF::BuildConnectString(dataSource, user, password), 12);
+}
+
+}  // namespace
+
+CString DvnConvCoreDbIF::BuildConnectString(const CString& dataSource, const CString& user, const CString& password) {
+    return "DSN=" + dataSource + ";UID=" + user + ";PWD=" + password;
+}
+
+const char* DvnConvCoreDbIF::EmbeddedDriverPath() { return DVN_SQLITE_ODBC_DRIVER; }
+
+CString DvnConvCoreDbIF::EmbeddedDataSource(const std::string& file) {
+    // An empty DSN followed by DRIVER= makes the driver manager load the
+    // library directly; Timeout= lets a second connection wait for a lock.
+    return CString(std::string(";DRIVER=") + EmbeddedDriverPath() + ";Database=" + file + ";Timeout=10000");
+}
+
+int DvnConvCoreDbIF::OpenDatabaseFromProfile(CDatabase& db, const DvnString& user, const DvnString& password) {
+    CString strUser = ToCString(user), strPassword = ToCString(password);
+    if (db.m_hdbc != SQL_NULL_HDBC) return 0;
+    try {
+        DvnProfile profile;
+        profile.OpenConfig(profile.CurrentConfig(), false);
+        DvnString name = profile.Find("BTODBCDataSourceName", false);
+        if (name.IsNull()) {
+            DVN_TRACE(1, 2, "BTODBCDriverName variable not set in machine profile");
+            return 12;
+        }
+        try {
+            Connect(CString(name.c_str()), db, strUser, strPassword);
+        } catch (CDBException* e) {
+            DVN_TRACE(1, 2, "db.Open failed:" << e->m_strError);
+            e->Delete();
+            return 12;
+        }
+        if (db.m_hdbc == SQL_NULL_HDBC) {
+            DVN_TRACE(1, 2, "Could not open Database spezified in PROFILE");
+            return 12;
+        }
+        return 0;
+    } catch (const DvnNoDefaultConfigException&) {
+        DVN_TRACE(1, 2, "profile error");
+    } catch (const DvnNoSuchConfigException&) {
+        DVN_TRACE(1, 2, "profile error");
+    } catch (const DvnOSException& e) {
+        DVN_TRACE(1, 2, "profile not found:" << (e.ServiceName().IsNull() ? "<null>" : e.ServiceName().c_str()));
+    } catch (CMemoryException* e) {
+        DVN_TRACE(1, 2, "unknown error");
+        e->Delete();
+    } catch (...) {
+        DVN_TRACE(1, 2, "unknown error");
+    }
+    return 12;
+}
+
+int DvnConvCoreDbIF::OpenDatabaseFromFile(const CString& dataSource, CDatabase& db, const DvnString& user,
+                                          const DvnString& password) {
+    CString strUser = ToCString(user), strPassword = ToCString(password);
+    if (db.m_hdbc != SQL_NULL_HDBC) return 0;
+    try {
+        Connect(dataSource, db, strUser, strPassword);
+    } catch (CDBException* e) {
+        DVN_TRACE(1, 2, "Exception In Open Database: rc =" << e->m_nRetCode << "Error: " << e->m_strError
+                                                            << "State: " << e->m_strStateNativeOrigin);
+        e->Delete();
+        return 12;
+    } catch (CMemoryException* e) {
+        DVN_TRACE(1, 2, "Could not open Database");
+        e->Delete();
+        return 12;
+    }
+    if (db.m_hdbc == SQL_NULL_HDBC) {
+        DVN_TRACE(1, 2, "Could not open Database");
+        return 12;
+    }
+    return 0;
+}
+
+CString DvnConvCoreDbIF::GetTablePrefix(CDatabase& db) {
+    CString connect = db.GetConnect();
+    int at = connect.Find("FIL=");
+    if (at >= 0) {
+        CString type = connect.Mid(at + 4);
+        int end = type.Find(';');
+        if (end >= 0) type = type.Left(end);
+        if (type == "MS Access") return CString("DVBT_");
+    }
+    return CString("DVBT.");
+}

@@ -1,0 +1,173 @@
+#include "testdb.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+
+#include "dvnbdbif.h"
+
+std::string BackendName(Backend b) { return b == Backend::SQLite ? "SQLite" : "PostgreSQL"; }
+
+namespace {
+
+const char* Env(const char* name) {
+    const char* v = std::getenv(name);
+    return v && *v ? v : nullptr;
+}
+
+std::string UniqueSuffix() {
+    static std::atomic<int> counter{0};
+    static std::mt19937 rng{std::random_device{}()};
+    return std::to_string(getpid()) + "_" + std::to_string(++counter) + "_" + std::to_string(rng() % 100000);
+}
+
+// An administrative connection to the PostgreSQL test server.
+std::unique_ptr<CDatabase> PgAdmin(const char* dsn) {
+    auto db = std::make_unique<CDatabase>();
+    db->OpenEx(("DSN=" + std::string(dsn)).c_str(), CDatabase::noOdbcDialog);
+    return db;
+}
+
+}  // namespace
+
+void ExecAll(CDatabase& db, std::initializer_list<const char*> statements) {
+    for (const char* s : statements) {
+        try {
+            db.ExecuteSQL(s);
+        } catch (CDBException* e) {
+            std::string text = std::string(s) + ": " + e->m_strError.str();
+            e->Delete();
+            throw std::runtime_error(text);
+        }
+    }
+}
+
+std::vector<std::string> QueryRows(CDatabase& db, const std::string& sql) {
+    std::vector<std::string> rows;
+    SQLHSTMT h = SQL_NULL_HSTMT;
+    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &h);
+    std::string text = db.TranslateBrackets(sql);
+    SQLRETURN rc = SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
+    if (rc != SQL_SUCCESS && rc != SQL_SUCCESS_WITH_INFO) {
+        try {
+            ThrowDBException(rc, SQL_HANDLE_STMT, h);
+        } catch (CDBException* e) {
+            std::string msg = sql + ": " + e->m_strError.str();
+            e->Delete();
+            SQLFreeHandle(SQL_HANDLE_STMT, h);
+            throw std::runtime_error(msg);
+        }
+    }
+    SQLSMALLINT cols = 0;
+    SQLNumResultCols(h, &cols);
+    for (SQLRETURN f = SQLFetch(h); f == SQL_SUCCESS || f == SQL_SUCCESS_WITH_INFO; f = SQLFetch(h)) {
+        std::string row;
+        for (SQLUSMALLINT c = 1; c <= cols; ++c) {
+            std::string value;
+            char buf[4096];
+            SQLLEN ind = 0;
+            bool isNull = false;
+            for (;;) {
+                SQLRETURN g = SQLGetData(h, c, SQL_C_CHAR, buf, sizeof buf, &ind);
+                if (g == SQL_NO_DATA) break;
+                if (ind == SQL_NULL_DATA) {
+                    isNull = true;
+                    break;
+                }
+                if (g == SQL_SUCCESS_WITH_INFO && (ind == SQL_NO_TOTAL || ind >= static_cast<SQLLEN>(sizeof buf))) {
+                    value.append(buf, sizeof buf - 1);
+                    continue;
+                }
+                value.append(buf, static_cast<size_t>(ind));
+                break;
+            }
+            if (c > 1) row += "|";
+            row += isNull ? "<null>" : value;
+        }
+        rows.push_back(row);
+    }
+    SQLFreeHandle(SQL_HANDLE_STMT, h);
+    return rows;
+}
+
+std::string QueryValue(CDatabase& db, const std::string& sql) {
+    auto rows = QueryRows(db, sql);
+    if (rows.empty()) return "<none>";
+    return rows[0].substr(0, rows[0].find('|'));
+}
+
+void DbTest::PrepareSchema() {}
+
+void DbTest::SetUp() {
+    if (GetParam() == Backend::SQLite) {
+        m_dir = (std::filesystem::temp_directory_path() / ("dvnbt_test_" + UniqueSuffix())).string();
+        std::filesystem::create_directories(m_dir);
+        m_file = m_dir + "/test.db";
+        if (const char* dsn = Env("DVNBT_TEST_SQLITE_DSN"))
+            m_dataSource = std::string(dsn) + ";Database=" + m_file;
+        else
+            m_dataSource = DvnConvCoreDbIF::EmbeddedDataSource(m_file).str();
+    } else {
+        const char* dsn = Env("DVNBT_TEST_PG_DSN");
+        if (!dsn) {
+            const char* require = Env("DVNBT_TEST_REQUIRE_PG");
+            if (require && std::string(require) == "1")
+                FAIL() << "DVNBT_TEST_REQUIRE_PG=1 but DVNBT_TEST_PG_DSN is not set";
+            GTEST_SKIP() << "PostgreSQL not configured (set DVNBT_TEST_PG_DSN)";
+        }
+        m_pgDatabase = "dvnbt_t_" + UniqueSuffix();
+        try {
+            auto admin = PgAdmin(dsn);
+            ExecAll(*admin, {("CREATE DATABASE " + m_pgDatabase).c_str()});
+        } catch (CDBException* e) {
+            std::string text = e->m_strError.str();
+            e->Delete();
+            m_pgDatabase.clear();
+            FAIL() << "cannot reach the PostgreSQL test server: " << text;
+        } catch (const std::exception& e) {
+            m_pgDatabase.clear();
+            FAIL() << "cannot create the test database: " << e.what();
+        }
+        m_dataSource = std::string(dsn) + ";Database=" + m_pgDatabase;
+        ExecAll(Db(), {"CREATE SCHEMA dvbt"});
+    }
+    PrepareSchema();
+}
+
+CDatabase& DbTest::Db() {
+    if (!m_db) {
+        m_db = std::make_unique<CDatabase>();
+        if (DvnConvCoreDbIF::OpenDatabaseFromFile(m_dataSource.c_str(), *m_db, DvnString(), DvnString()) != 0)
+            throw std::runtime_error("cannot open the test database " + m_dataSource);
+    }
+    return *m_db;
+}
+
+std::unique_ptr<CDatabase> DbTest::OpenSecondConnection() const {
+    auto db = std::make_unique<CDatabase>();
+    if (DvnConvCoreDbIF::OpenDatabaseFromFile(m_dataSource.c_str(), *db, DvnString(), DvnString()) != 0)
+        throw std::runtime_error("cannot open a second connection to " + m_dataSource);
+    return db;
+}
+
+void DbTest::TearDown() {
+    m_db.reset();
+    if (!m_dir.empty()) {
+        std::error_code ec;
+        std::filesystem::remove_all(m_dir, ec);
+    }
+    if (!m_pgDatabase.empty()) {
+        try {
+            auto admin = PgAdmin(Env("DVNBT_TEST_PG_DSN"));
+            ExecAll(*admin, {("DROP DATABASE IF EXISTS " + m_pgDatabase + " WITH (FORCE)").c_str()});
+        } catch (CDBException* e) {
+            ADD_FAILURE() << "cannot drop the test database: " << e->m_strError;
+            e->Delete();
+        } catch (const std::exception& e) {
+            ADD_FAILURE() << e.what();
+        }
+    }
+}
