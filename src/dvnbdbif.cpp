@@ -1,6 +1,8 @@
 // Opening the database connection and choosing the table prefix.
 #include "dvnbdbif.h"
 
+#include <cstdlib>
+
 #ifndef DVN_SQLITE_ODBC_DRIVER
 #define DVN_SQLITE_ODBC_DRIVER "/usr/lib/x86_64-linux-gnu/odbc/libsqlite3odbc.so"
 #endif
@@ -10,6 +12,13 @@ DvnConvCoreDbIF::DvnConvCoreDbIF() : m_pDatabase(new CDatabase) {}
 DvnConvCoreDbIF::~DvnConvCoreDbIF() { delete m_pDatabase; }
 
 namespace {
+
+CString g_lastOpenError;
+
+int Failed(const CString& reason) {
+    g_lastOpenError = reason;
+    return 12;
+}
 
 CString ToCString(const DvnString& s) { return CString(s.IsNull() ? "" : s.c_str()); }
 
@@ -27,12 +36,17 @@ CString DvnConvCoreDbIF::BuildConnectString(const CString& dataSource, const CSt
     return "DSN=" + dataSource + ";UID=" + user + ";PWD=" + password;
 }
 
-const char* DvnConvCoreDbIF::EmbeddedDriverPath() { return DVN_SQLITE_ODBC_DRIVER; }
+std::string DvnConvCoreDbIF::EmbeddedDriverPath() {
+    const char* env = std::getenv("DVN_SQLITE_ODBC_DRIVER");
+    return env && *env ? env : DVN_SQLITE_ODBC_DRIVER;
+}
+
+CString DvnConvCoreDbIF::LastOpenError() { return g_lastOpenError; }
 
 CString DvnConvCoreDbIF::EmbeddedDataSource(const std::string& file) {
     // An empty DSN followed by DRIVER= makes the driver manager load the
     // library directly; Timeout= lets a second connection wait for a lock.
-    return CString(std::string(";DRIVER=") + EmbeddedDriverPath() + ";Database=" + file + ";Timeout=10000");
+    return CString(";DRIVER=" + EmbeddedDriverPath() + ";Database=" + file + ";Timeout=10000");
 }
 
 int DvnConvCoreDbIF::OpenDatabaseFromProfile(CDatabase& db, const DvnString& user, const DvnString& password) {
@@ -44,33 +58,39 @@ int DvnConvCoreDbIF::OpenDatabaseFromProfile(CDatabase& db, const DvnString& use
         DvnString name = profile.Find("BTODBCDataSourceName", false);
         if (name.IsNull()) {
             DVN_TRACE(1, 2, "BTODBCDriverName variable not set in machine profile");
-            return 12;
+            return Failed("BTODBCDataSourceName is not set in the machine profile " + CString(DvnProfile::Path()));
         }
         try {
             Connect(CString(name.c_str()), db, strUser, strPassword);
         } catch (CDBException* e) {
             DVN_TRACE(1, 2, "db.Open failed:" << e->m_strError);
+            CString reason = e->m_strError;
             e->Delete();
-            return 12;
+            return Failed(reason);
         }
         if (db.m_hdbc == SQL_NULL_HDBC) {
             DVN_TRACE(1, 2, "Could not open Database spezified in PROFILE");
-            return 12;
+            return Failed("the data source of the machine profile could not be opened");
         }
+        g_lastOpenError.Empty();
         return 0;
-    } catch (const DvnNoDefaultConfigException&) {
+    } catch (const DvnNoDefaultConfigException& e) {
         DVN_TRACE(1, 2, "profile error");
-    } catch (const DvnNoSuchConfigException&) {
+        return Failed(e.what());
+    } catch (const DvnNoSuchConfigException& e) {
         DVN_TRACE(1, 2, "profile error");
+        return Failed(e.what());
     } catch (const DvnOSException& e) {
         DVN_TRACE(1, 2, "profile not found:" << (e.ServiceName().IsNull() ? "<null>" : e.ServiceName().c_str()));
+        return Failed(e.what());
     } catch (CMemoryException* e) {
         DVN_TRACE(1, 2, "unknown error");
         e->Delete();
+        return Failed("out of memory");
     } catch (...) {
         DVN_TRACE(1, 2, "unknown error");
+        return Failed("unknown error");
     }
-    return 12;
 }
 
 int DvnConvCoreDbIF::OpenDatabaseFromFile(const CString& dataSource, CDatabase& db, const DvnString& user,
@@ -82,17 +102,19 @@ int DvnConvCoreDbIF::OpenDatabaseFromFile(const CString& dataSource, CDatabase& 
     } catch (CDBException* e) {
         DVN_TRACE(1, 2, "Exception In Open Database: rc =" << e->m_nRetCode << "Error: " << e->m_strError
                                                             << "State: " << e->m_strStateNativeOrigin);
+        CString reason = e->m_strError;
         e->Delete();
-        return 12;
+        return Failed(reason);
     } catch (CMemoryException* e) {
         DVN_TRACE(1, 2, "Could not open Database");
         e->Delete();
-        return 12;
+        return Failed("out of memory");
     }
     if (db.m_hdbc == SQL_NULL_HDBC) {
         DVN_TRACE(1, 2, "Could not open Database");
-        return 12;
+        return Failed("the data source could not be opened");
     }
+    g_lastOpenError.Empty();
     return 0;
 }
 

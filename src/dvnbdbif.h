@@ -32,8 +32,13 @@ public:
     // A data source name for an SQLite database file that needs no ODBC
     // configuration: it names the driver library itself (set at build time).
     static CString EmbeddedDataSource(const std::string& file);
-    // The SQLite ODBC driver library that EmbeddedDataSource names.
-    static const char* EmbeddedDriverPath();
+    // The SQLite ODBC driver library that EmbeddedDataSource names:
+    // $DVN_SQLITE_ODBC_DRIVER, else the one chosen at build time.
+    static std::string EmbeddedDriverPath();
+    // Why the last open operation of this process that gave 12 failed (the
+    // driver's message or the profile's complaint); empty after a success.
+    // For programs that show the reason to a person.
+    static CString LastOpenError();
 
 protected:
     CDatabase* m_pDatabase;  // owned; open only during an operation

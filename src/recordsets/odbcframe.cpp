@@ -34,11 +34,9 @@ std::string TrimCopy(const std::string& s) {
     return s.substr(b, e - b + 1);
 }
 
-// Leaves out UID= and PWD= attributes without a value (so that the data
-// source's own apply) and a leading "ODBC;". A value in braces may hold ';'.
-std::string CleanConnectString(std::string in) {
-    if (StartsWithNoCase(in, "ODBC;")) in = in.substr(5);
-    std::string out;
+// Splits a connect string into its attributes; a value in braces may hold ';'.
+std::vector<std::string> ConnectAttributes(const std::string& in) {
+    std::vector<std::string> parts;
     size_t pos = 0;
     while (pos < in.size()) {
         size_t eq = in.find('=', pos);
@@ -49,13 +47,30 @@ std::string CleanConnectString(std::string in) {
             end = close == std::string::npos ? std::string::npos : in.find(';', close);
         }
         if (end == std::string::npos) end = in.size();
-        std::string part = in.substr(pos, end - pos);
-        size_t partEq = part.find('=');
-        std::string key = Upper(TrimCopy(part.substr(0, partEq)));
-        std::string value = partEq == std::string::npos ? std::string() : TrimCopy(part.substr(partEq + 1));
-        bool keep = !TrimCopy(part).empty() && !((key == "UID" || key == "PWD") && value.empty());
-        if (keep) out += (out.empty() ? "" : ";") + part;
+        parts.push_back(in.substr(pos, end - pos));
         pos = end + 1;
+    }
+    return parts;
+}
+
+std::string AttributeKey(const std::string& part) { return Upper(TrimCopy(part.substr(0, part.find('=')))); }
+
+// Leaves out UID= and PWD= attributes without a value (so that the data
+// source's own apply), an empty DSN= before a DRIVER= (the driver manager
+// would look for a default data source instead of loading the driver),
+// empty attributes and a leading "ODBC;".
+std::string CleanConnectString(std::string in) {
+    if (StartsWithNoCase(in, "ODBC;")) in = in.substr(5);
+    std::vector<std::string> parts = ConnectAttributes(in);
+    bool hasDriver = std::any_of(parts.begin(), parts.end(), [](const std::string& p) { return AttributeKey(p) == "DRIVER"; });
+    std::string out;
+    for (const std::string& part : parts) {
+        size_t eq = part.find('=');
+        std::string key = AttributeKey(part);
+        std::string value = eq == std::string::npos ? std::string() : TrimCopy(part.substr(eq + 1));
+        bool dropEmpty = key == "UID" || key == "PWD" || (key == "DSN" && hasDriver);
+        bool keep = !TrimCopy(part).empty() && !(dropEmpty && value.empty());
+        if (keep) out += (out.empty() ? "" : ";") + part;
     }
     return out;
 }
@@ -190,6 +205,15 @@ bool CDBException::GetErrorMessage(char* buffer, unsigned maxLength, unsigned*) 
 
 bool CMemoryException::GetErrorMessage(char* buffer, unsigned maxLength, unsigned*) const {
     return CopyMessage("Out of memory.", buffer, maxLength);
+}
+
+CString RedactPassword(const CString& connect) {
+    std::string out;
+    for (const std::string& part : ConnectAttributes(connect.str())) {
+        if (TrimCopy(part).empty() || AttributeKey(part) == "PWD") continue;
+        out += (out.empty() ? "" : ";") + part;
+    }
+    return CString(out);
 }
 
 void ThrowDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle) {
@@ -391,6 +415,14 @@ CString CDatabase::GetDatabaseName() const {
     char buf[1024] = {0};
     SQLSMALLINT len = 0;
     if (!Succeeded(SQLGetInfo(m_hdbc, SQL_DATABASE_NAME, buf, sizeof buf, &len))) return CString();
+    return CString(buf);
+}
+
+CString CDatabase::GetDBMSVersion() const {
+    if (!IsOpen()) return CString();
+    char buf[256] = {0};
+    SQLSMALLINT len = 0;
+    if (!Succeeded(SQLGetInfo(m_hdbc, SQL_DBMS_VER, buf, sizeof buf, &len))) return CString();
     return CString(buf);
 }
 

@@ -83,6 +83,7 @@ public:
     // What the driver reported at connect time.
     CString GetDatabaseName() const;   // SQL_DATABASE_NAME
     CString GetDBMSName() const { return m_strDbms; }
+    CString GetDBMSVersion() const;    // SQL_DBMS_VER
     char IdentifierQuoteChar() const { return m_chIdentifierQuote; }
     int IdentifierCase() const { return m_nIdentifierCase; }  // SQL_IC_UPPER, SQL_IC_LOWER, ...
     // Turns "[NAME]" into the driver's quoted identifier, folded as the
@@ -124,6 +125,9 @@ protected:
     RowLocator m_locator;
     std::unordered_map<std::string, SQLHSTMT> m_statements;
 };
+
+// A connect string without its PWD= attribute, for printing.
+CString RedactPassword(const CString& connect);
 
 // Raises a CDBException built from the diagnostics of a handle.
 [[noreturn]] void ThrowDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle);

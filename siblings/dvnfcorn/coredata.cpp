@@ -1,0 +1,353 @@
+// Objects, entities, links and the core data that owns them.
+#include "attrnode.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <mutex>
+#include <random>
+#include <unistd.h>
+
+DvnfEntity DvnfEntity::undefined(nullptr, &DvnfEntityType::undefined, DvnfString(), DvnfString(),
+                                 DvnfObject::StateNone);
+const DvnfLink DvnfLink::undefined(&DvnfLinkType::undefined, nullptr);
+
+namespace {
+// Names are never null, so that "" finds every entity without a name.
+DvnfString NotNull(const DvnfString& s) { return s.IsNull() ? DvnfString("") : s; }
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// Objects
+
+DvnfObject::~DvnfObject() = default;
+
+DvnfString DvnfObject::CreateOID() {
+    // Time in microseconds, process id, a counter and a random word drawn once
+    // per process. The (time, counter) pair only grows within a process, so
+    // keys of one process never repeat, even when the clock steps back; the
+    // process id and the random word keep processes apart.
+    static std::mutex lock;
+    static unsigned long long last = 0;
+    static unsigned counter = 0;
+    static const unsigned salt = [] {
+        std::random_device rd;
+        return static_cast<unsigned>(rd());
+    }();
+    std::lock_guard<std::mutex> guard(lock);
+    auto now = static_cast<unsigned long long>(
+        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch())
+            .count());
+    if (now > last) {
+        last = now;
+        counter = 0;
+    } else if (++counter > 0xFFFF) {
+        ++last;
+        counter = 0;
+    }
+    char buf[40];
+    std::snprintf(buf, sizeof buf, "%014llX%06X%04X%08X", last & 0xFFFFFFFFFFFFFFULL,
+                  static_cast<unsigned>(getpid()) & 0xFFFFFFu, counter, salt);
+    return DvnfString(buf);
+}
+
+// ---------------------------------------------------------------------------
+// Links
+
+bool DvnfLink::IsValid() const { return _type && _type->IsValid() && _target && _target->IsValid(); }
+
+DvnfEntity& DvnfLink::Target() const { return IsValid() ? *_target : DvnfEntity::undefined; }
+
+const DvnfLink& DvnfLinkTypeIterator::Seek(size_t from) {
+    if (_entity && _type) {
+        const auto& links = _entity->Links();
+        for (size_t i = from; i < links.size(); ++i) {
+            if (&links[i].Type() == _type) {
+                _pos = i;
+                return links[i];
+            }
+        }
+        _pos = links.size();
+    }
+    return DvnfLink::undefined;
+}
+
+const DvnfLink& DvnfLinkTypeIterator::First() { return Seek(0); }
+
+const DvnfLink& DvnfLinkTypeIterator::Next() { return Seek(_pos + 1); }
+
+long DvnfLinkTypeIterator::Count() const {
+    if (!_entity || !_type) return 0;
+    const auto& links = _entity->Links();
+    return static_cast<long>(
+        std::count_if(links.begin(), links.end(), [this](const DvnfLink& l) { return &l.Type() == _type; }));
+}
+
+// ---------------------------------------------------------------------------
+// Entities
+
+DvnfEntity::DvnfEntity(DvnfCoreData* data, const DvnfEntityType* type, const DvnfString& oid,
+                       const DvnfString& name, State_t state)
+    : DvnfObject(oid, state, data == nullptr), _data(data), _type(type), _name(name) {
+    if (data) {
+        _root = std::make_unique<DvnfAttrNode>();
+        _root->ownerEntity = this;
+    }
+}
+
+DvnfEntity::~DvnfEntity() = default;
+
+void DvnfEntity::Name(const DvnfString& name) {
+    if (!_data) return;
+    DvnfString old = _name;
+    _name = NotNull(name);
+    _data->Rename(*this, old);
+}
+
+void DvnfEntity::OID(const DvnfString& oid) {
+    if (!_data) return;
+    DvnfString old = _oid;
+    _oid = oid;
+    _data->Rekey(*this, old);
+}
+
+DvnfAttributeData DvnfEntity::AttributeData() { return DvnfAttributeData(_root.get(), {}); }
+
+DvnfAttributeDataReader DvnfEntity::AttributeData() const { return DvnfAttributeDataReader(_root.get(), {}); }
+
+DvnfLinkTypeIterator DvnfEntity::LinksOfType(const DvnfLinkType& type) const { return DvnfLinkTypeIterator(this, &type); }
+
+namespace {
+const DvnfLinkType* LinkTypeOf(const DvnfEntity& e, const DvnfString& linkName) {
+    if (!e.IsValid() || !e.CoreData()) return nullptr;
+    const DvnfLinkType& t = e.CoreData()->Types().FindLinkType(linkName, e.Type());
+    DVNK_REQUIRE(t.IsValid(), "link type not in the catalogue for this entity type");
+    return &t;
+}
+}  // namespace
+
+DvnfLinkTypeIterator DvnfEntity::LinksOfType(const DvnfString& linkName) const {
+    const DvnfLinkType* t = LinkTypeOf(*this, linkName);
+    return t ? DvnfLinkTypeIterator(this, t) : DvnfLinkTypeIterator();
+}
+
+const DvnfLink& DvnfEntity::FirstLinkOfType(const DvnfLinkType& type) const {
+    for (const auto& l : _links)
+        if (&l.Type() == &type) return l;
+    return DvnfLink::undefined;
+}
+
+const DvnfLink& DvnfEntity::FirstLinkOfType(const DvnfString& linkName) const {
+    const DvnfLinkType* t = LinkTypeOf(*this, linkName);
+    return t ? FirstLinkOfType(*t) : DvnfLink::undefined;
+}
+
+void DvnfEntity::DeleteAllLinksOfType(const DvnfLinkType& type) {
+    _links.erase(std::remove_if(_links.begin(), _links.end(), [&](const DvnfLink& l) { return &l.Type() == &type; }),
+                 _links.end());
+}
+
+void DvnfEntity::DeleteAllLinksOfType(const DvnfString& linkName) {
+    if (const DvnfLinkType* t = LinkTypeOf(*this, linkName)) DeleteAllLinksOfType(*t);
+}
+
+const DvnfLink& DvnfEntity::AddLink(const DvnfLinkType& type, DvnfEntity& target, bool noDuplicate) {
+    if (!IsValid() || !target.IsValid() || !type.IsValid()) return DvnfLink::undefined;
+    DVNK_REQUIRE(&type.Source() == _type, "link type does not start at this entity's type");
+    DVNK_REQUIRE(&type.Target() == &target.Type(), "link target is not of the link type's target type");
+    if (noDuplicate) {
+        for (const auto& l : _links)
+            if (&l.Type() == &type && &l.Target() == &target) return l;
+    }
+    _links.emplace_back(&type, &target);
+    return _links.back();
+}
+
+// ---------------------------------------------------------------------------
+// Frontend reader defaults
+
+DvnfFrontendReader::~DvnfFrontendReader() = default;
+
+DvnfString DvnfFrontendReader::GetName(DvnfEntity& entity) { return entity.Name(); }
+
+void DvnfFrontendReader::ReadBlock(DvnfTRXData&, DvnfEntity&, bool) {}
+
+DvnfString DvnfFrontendReader::GetOID(DvnfEntity&) { return DvnfString(""); }
+
+// ---------------------------------------------------------------------------
+// Core data
+
+DvnfCoreRepresentation::DvnfCoreRepresentation(DvnfCoreTypes& types, DvnfMessageHandler* handler)
+    : _types(&types), _handler(handler ? handler : &_default) {}
+
+DvnfCoreRepresentation::~DvnfCoreRepresentation() = default;
+
+void DvnfCoreRepresentation::MessageHandler(DvnfMessageHandler* handler) { _handler = handler ? handler : &_default; }
+
+DvnfCoreData::DvnfCoreData(DvnfCoreTypes& types, DvnfMessageHandler* handler) : DvnfCoreRepresentation(types, handler) {}
+
+DvnfCoreData::~DvnfCoreData() = default;
+
+DvnfCoreData::TypeIndex& DvnfCoreData::Index(const DvnfEntityType& type) const { return _index[&type]; }
+
+const DvnfEntityMap& DvnfCoreData::GetEntities(const DvnfString& typeName) const {
+    return Index(Types().GetEntityType(typeName, true)).byName;
+}
+
+DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name,
+                               DvnfObject::State_t state) {
+    DVNK_REQUIRE(type.IsValid(), "entity type not valid");
+    _entities.push_back(std::unique_ptr<DvnfEntity>(new DvnfEntity(this, &type, oid, NotNull(name), state)));
+    DvnfEntity& e = *_entities.back();
+    _order.push_back(&e);
+    TypeIndex& ix = Index(type);
+    ix.byName.emplace(e.Name(), &e);
+    if (!oid.IsEmpty()) ix.byOID.emplace(oid.str(), &e);
+    return e;
+}
+
+void DvnfCoreData::Rename(DvnfEntity& entity, const DvnfString& oldName) {
+    TypeIndex& ix = Index(entity.Type());
+    auto range = ix.byName.equal_range(oldName);
+    for (auto it = range.first; it != range.second; ++it) {
+        if (it->second == &entity) {
+            ix.byName.erase(it);
+            break;
+        }
+    }
+    ix.byName.emplace(entity.Name(), &entity);
+}
+
+void DvnfCoreData::Rekey(DvnfEntity& entity, const DvnfString& oldOID) {
+    TypeIndex& ix = Index(entity.Type());
+    if (!entity.OID().IsEmpty()) {
+        auto found = ix.byOID.find(entity.OID().str());
+        DVNK_REQUIRE(found == ix.byOID.end() || found->second == &entity, "key already used by another entity");
+    }
+    if (!oldOID.IsEmpty()) {
+        auto it = ix.byOID.find(oldOID.str());
+        if (it != ix.byOID.end() && it->second == &entity) ix.byOID.erase(it);
+    }
+    if (!entity.OID().IsEmpty()) ix.byOID[entity.OID().str()] = &entity;
+}
+
+DvnfEntity& DvnfCoreData::CreateEntity(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name) {
+    DVNK_REQUIRE(type.IsValid(), "CreateEntity: entity type not valid");
+    if (!oid.IsEmpty()) {
+        DvnfEntity& known = GetEntityByOID(type, oid, false);
+        DvnfEntity* found = known.IsValid() ? &known : nullptr;
+        if (!found && !name.IsEmpty()) {
+            // A skeleton made by name takes the key.
+            auto range = Index(type).byName.equal_range(name);
+            for (auto it = range.first; it != range.second; ++it) {
+                DvnfEntity& e = it->second->Entity();
+                if (e.OID().IsEmpty()) {
+                    e.OID(oid);
+                    found = &e;
+                    break;
+                }
+            }
+        }
+        if (found) {
+            if (!name.IsEmpty() && !(found->Name() == name)) found->Name(name);
+            if (found->State() == DvnfObject::StateNone) found->State(DvnfObject::StateNew);
+            return *found;
+        }
+        return Make(type, oid, name, DvnfObject::StateNew);
+    }
+    return Make(type, DvnfObject::CreateOID(), name, DvnfObject::StateNew);
+}
+
+DvnfEntity& DvnfCoreData::CreateEntity(const DvnfString& typeName, const DvnfString& oid, const DvnfString& name) {
+    return CreateEntity(Types().GetEntityType(typeName, true), oid, name);
+}
+
+DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfEntityType& type, const DvnfString& oid, bool create) {
+    if (!type.IsValid() || oid.IsEmpty()) return DvnfEntity::undefined;
+    TypeIndex& ix = Index(type);
+    auto it = ix.byOID.find(oid.str());
+    if (it != ix.byOID.end()) return *it->second;
+    if (!create) return DvnfEntity::undefined;
+    return Make(type, oid, DvnfString(""), DvnfObject::StateNone);
+}
+
+DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfString& typeName, const DvnfString& oid, bool create) {
+    return GetEntityByOID(Types().GetEntityType(typeName, true), oid, create);
+}
+
+DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfEntityType& type, const DvnfString& name) {
+    if (!type.IsValid()) return DvnfEntity::undefined;
+    TypeIndex& ix = Index(type);
+    auto it = ix.byName.find(name);
+    return it == ix.byName.end() ? DvnfEntity::undefined : it->second->Entity();
+}
+
+DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfString& typeName, const DvnfString& name) {
+    return GetEntityByName(Types().GetEntityType(typeName, true), name);
+}
+
+const DvnfLink& DvnfCoreData::AddLinkByOID(DvnfEntity& entity, const DvnfLinkType& linkType, const DvnfString& oid,
+                                           bool createTarget, bool noDuplicate) {
+    if (!entity.IsValid() || !linkType.IsValid()) return DvnfLink::undefined;
+    DvnfEntity& target = GetEntityByOID(linkType.Target(), oid, createTarget);
+    if (!target.IsValid()) return DvnfLink::undefined;
+    return entity.AddLink(linkType, target, noDuplicate);
+}
+
+const DvnfLink& DvnfCoreData::AddLinkByOID(DvnfEntity& entity, const DvnfString& linkName, const DvnfString& typeName,
+                                           const DvnfString& oid, bool createTarget, bool noDuplicate) {
+    if (!entity.IsValid()) return DvnfLink::undefined;
+    const DvnfLinkType& t = Types().GetLinkType(linkName, entity.Type(), Types().GetEntityType(typeName, true), true);
+    return AddLinkByOID(entity, t, oid, createTarget, noDuplicate);
+}
+
+const DvnfLink& DvnfCoreData::AddLinkByName(DvnfEntity& entity, const DvnfLinkType& linkType, const DvnfString& name,
+                                            bool createTarget, bool noDuplicate) {
+    if (!entity.IsValid() || !linkType.IsValid() || name.IsEmpty()) return DvnfLink::undefined;
+    DvnfEntity* target = &GetEntityByName(linkType.Target(), name);
+    if (!target->IsValid()) {
+        if (!createTarget) return DvnfLink::undefined;
+        target = &Make(linkType.Target(), DvnfString(""), name, DvnfObject::StateNone);
+    }
+    return entity.AddLink(linkType, *target, noDuplicate);
+}
+
+const DvnfLink& DvnfCoreData::AddLinkByName(DvnfEntity& entity, const DvnfString& linkName, const DvnfString& typeName,
+                                            const DvnfString& name, bool createTarget, bool noDuplicate) {
+    if (!entity.IsValid()) return DvnfLink::undefined;
+    const DvnfLinkType& t = Types().GetLinkType(linkName, entity.Type(), Types().GetEntityType(typeName, true), true);
+    return AddLinkByName(entity, t, name, createTarget, noDuplicate);
+}
+
+// ---------------------------------------------------------------------------
+// Processed
+
+bool DvnfProcessed::Processed(const DvnfObject& object) const {
+    auto it = _done.find(&object);
+    return it != _done.end() && it->second;
+}
+
+void DvnfProcessed::Processed(const DvnfObject& object, bool flag) { _done[&object] = flag; }
+
+// ---------------------------------------------------------------------------
+
+DvnfString ReturnQuotedString(const DvnString& text, const char* open, const char* close) {
+    std::string o = open ? open : "", c = close ? close : "";
+    std::string in = text.str(), out = o;
+    out.reserve(in.size() + o.size() + c.size() + 4);
+    if (c.empty()) {
+        out += in;
+    } else {
+        for (size_t i = 0; i < in.size();) {
+            if (in.compare(i, c.size(), c) == 0) {
+                out += c;
+                out += c;
+                i += c.size();
+            } else {
+                out += in[i++];
+            }
+        }
+    }
+    out += c;
+    return DvnfString(out);
+}

@@ -1,0 +1,88 @@
+#include "testenv.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "dvnkernn.h"
+
+namespace {
+
+std::string TempPath(const std::string& stem) {
+    static std::atomic<int> counter{0};
+    return (std::filesystem::temp_directory_path() /
+            (stem + "_" + std::to_string(getpid()) + "_" + std::to_string(++counter)))
+        .string();
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream os;
+    os << in.rdbuf();
+    return os.str();
+}
+
+}  // namespace
+
+TraceCapture::TraceCapture() : m_file(TempPath("dvnbt_trace")) {
+    setenv("DVN_TRACE", "1", 1);
+    setenv("DVN_TRACE_LEVEL", "3", 1);
+    setenv("DVN_TRACE_FILE", m_file.c_str(), 1);
+    unsetenv("DVN_TRACE_CATEGORIES");
+    DvnTrace::ConfigureFromEnvironment();
+}
+
+TraceCapture::~TraceCapture() {
+    unsetenv("DVN_TRACE");
+    unsetenv("DVN_TRACE_LEVEL");
+    unsetenv("DVN_TRACE_FILE");
+    DvnTrace::ConfigureFromEnvironment();
+    std::filesystem::remove(m_file);
+}
+
+std::string TraceCapture::Text() const { return ReadFile(m_file); }
+
+ProfileFile::ProfileFile(const std::string& content) : m_file(TempPath("dvnbt_profile")) {
+    std::ofstream(m_file) << content;
+    const char* old = std::getenv("DVN_PROFILE");
+    m_hadOld = old != nullptr;
+    if (old) m_old = old;
+    setenv("DVN_PROFILE", m_file.c_str(), 1);
+    DvnProfile::ClearOverrides();
+}
+
+ProfileFile::~ProfileFile() {
+    if (m_hadOld)
+        setenv("DVN_PROFILE", m_old.c_str(), 1);
+    else
+        unsetenv("DVN_PROFILE");
+    DvnProfile::ClearOverrides();
+    std::filesystem::remove(m_file);
+}
+
+CliResult RunDvnbt(const std::vector<std::string>& args, const std::vector<std::string>& env) {
+    std::string out = TempPath("dvnbt_out"), err = TempPath("dvnbt_err");
+    pid_t pid = fork();
+    if (pid == 0) {
+        for (const std::string& e : env) putenv(const_cast<char*>(e.c_str()));
+        if (!freopen(out.c_str(), "w", stdout) || !freopen(err.c_str(), "w", stderr)) _exit(127);
+        std::vector<char*> argv;
+        std::string program = std::string(DVN_BINARY_DIR) + "/tools/dvnbt/dvnbt";
+        argv.push_back(program.data());
+        for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+        argv.push_back(nullptr);
+        execv(program.c_str(), argv.data());
+        _exit(127);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    CliResult r{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), ReadFile(out), ReadFile(err)};
+    std::filesystem::remove(out);
+    std::filesystem::remove(err);
+    return r;
+}

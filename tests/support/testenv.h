@@ -1,0 +1,38 @@
+// Helpers for tests that look at traces, the machine profile and the
+// command-line program.
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Switches the trace on into a temporary file for its lifetime (all levels
+// and categories), and off again afterwards.
+class TraceCapture {
+public:
+    TraceCapture();
+    ~TraceCapture();
+    std::string Text() const;  // everything traced so far
+private:
+    std::string m_file;
+};
+
+// Points the machine profile ($DVN_PROFILE) at a temporary file with the
+// given content for its lifetime; also clears in-process overrides.
+class ProfileFile {
+public:
+    explicit ProfileFile(const std::string& content);
+    ~ProfileFile();
+    const std::string& Path() const { return m_file; }
+private:
+    std::string m_file;
+    std::string m_old;
+    bool m_hadOld;
+};
+
+// Runs the built dvnbt with the arguments (each passed as one argument).
+struct CliResult {
+    int status;        // exit status
+    std::string out;   // standard output
+    std::string err;   // standard error
+};
+CliResult RunDvnbt(const std::vector<std::string>& args, const std::vector<std::string>& env = {});

@@ -1,0 +1,31 @@
+// dvnbt ping: open a connection and say what was reached.
+#include <iostream>
+
+#include "cli.h"
+#include "dvnbdbif.h"
+
+namespace {
+
+int Ping(dvnbt::Context& ctx) {
+    if (!ctx.args.empty()) {
+        dvnbt::Error("ping takes no arguments");
+        return dvnbt::kUsage;
+    }
+    CDatabase db;
+    int level = ctx.dataSource.empty()
+                    ? DvnConvCoreDbIF::OpenDatabaseFromProfile(db, ctx.dbUser, ctx.dbPassword)
+                    : DvnConvCoreDbIF::OpenDatabaseFromFile(ctx.dataSource.c_str(), db, ctx.dbUser, ctx.dbPassword);
+    if (level != 0) {
+        dvnbt::Error("cannot open " + ctx.Describe() + ": " + DvnConvCoreDbIF::LastOpenError().str());
+        return dvnbt::kFailed;
+    }
+    std::cout << "product: " << db.GetDBMSName() << " " << db.GetDBMSVersion() << "\n"
+              << "connect: " << RedactPassword(db.GetConnect()) << "\n"
+              << "prefix: " << DvnConvCoreDbIF::GetTablePrefix(db) << std::endl;
+    db.Close();
+    return dvnbt::kOk;
+}
+
+}  // namespace
+
+DVNBT_COMMAND(ping, "ping", "", "open the database; print its product, connect string and table prefix", Ping);

@@ -1,0 +1,115 @@
+// dvnbt: the command line of the database back end.
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+#include "cli.h"
+#include "dvnbdbif.h"
+
+namespace dvnbt {
+
+std::vector<Command>& Registry() {
+    static std::vector<Command> commands;
+    return commands;
+}
+
+bool Register(const Command& command) {
+    Registry().push_back(command);
+    return true;
+}
+
+const std::vector<Command>& Commands() { return Registry(); }
+
+void Error(const std::string& text) { std::cerr << "dvnbt: " << text << std::endl; }
+
+std::string Context::Describe() const {
+    if (!dbFile.empty()) return "database file " + dbFile;
+    if (!dataSource.empty()) return "data source " + RedactPassword(dataSource.c_str()).str();
+    return "the data source of the machine profile " + DvnProfile::Path();
+}
+
+namespace {
+
+void Usage(std::ostream& os) {
+    os << "usage: dvnbt [--db FILE | --dsn NAME] [--db-user USER] COMMAND [ARGS...]\n"
+          "       dvnbt --help | --version\n"
+          "\n"
+          "Connection (every command):\n"
+          "  --db FILE       an embedded SQLite database file (created if missing);\n"
+          "                  needs no ODBC configuration\n"
+          "  --dsn NAME      a data source configured in unixODBC (odbc.ini)\n"
+          "                  with neither: BTODBCDataSourceName of the machine profile\n"
+          "  --db-user USER  database user; the password comes from $DVNBT_DB_PASSWORD\n"
+          "\n"
+          "Commands:\n";
+    for (const Command& c : Commands()) {
+        std::string head = std::string(c.name) + (*c.synopsis ? " " : "") + c.synopsis;
+        os << "  " << head << std::string(head.size() < 22 ? 22 - head.size() : 1, ' ') << c.summary << "\n";
+    }
+    os << "\nExit status: 0 done, 1 failed, 2 wrong usage, 3 done with warnings.\n";
+}
+
+int UsageError(const std::string& text) {
+    Error(text);
+    std::cerr << "Try 'dvnbt --help'." << std::endl;
+    return kUsage;
+}
+
+}  // namespace
+}  // namespace dvnbt
+
+int main(int argc, char** argv) {
+    using namespace dvnbt;
+    Context ctx;
+    std::string dsn;
+    int i = 1;
+    for (; i < argc; ++i) {
+        std::string a = argv[i];
+        auto value = [&](const char* option) -> const char* {
+            if (i + 1 >= argc) return nullptr;
+            (void)option;
+            return argv[++i];
+        };
+        if (a == "--help" || a == "-h") {
+            Usage(std::cout);
+            return kOk;
+        } else if (a == "--version") {
+            std::cout << "dvnbt " << DVNBT_VERSION << std::endl;
+            return kOk;
+        } else if (a == "--db" || a == "--dsn" || a == "--db-user") {
+            const char* v = value(a.c_str());
+            if (!v || !*v) return UsageError("option " + a + " needs a value");
+            if (a == "--db")
+                ctx.dbFile = v;
+            else if (a == "--dsn")
+                dsn = v;
+            else
+                ctx.dbUser = DvnString(v);
+        } else if (a.size() > 1 && a[0] == '-') {
+            return UsageError("unknown option " + a);
+        } else {
+            break;
+        }
+    }
+    if (!ctx.dbFile.empty() && !dsn.empty()) return UsageError("give either --db or --dsn, not both");
+    if (i >= argc) return UsageError("no command given");
+    std::string name = argv[i++];
+    const Command* command = nullptr;
+    for (const Command& c : Commands())
+        if (name == c.name) command = &c;
+    if (!command) return UsageError("unknown command " + name);
+    for (; i < argc; ++i) ctx.args.push_back(argv[i]);
+
+    if (const char* pwd = std::getenv("DVNBT_DB_PASSWORD")) ctx.dbPassword = DvnString(pwd);
+    if (!ctx.dbFile.empty()) {
+        if (ctx.dbFile.find(';') != std::string::npos) return UsageError("a database file name must not contain ';'");
+        std::error_code ec;
+        std::string file = std::filesystem::absolute(ctx.dbFile, ec).string();
+        ctx.dataSource = DvnConvCoreDbIF::EmbeddedDataSource(ec ? ctx.dbFile : file).str();
+    } else if (!dsn.empty()) {
+        ctx.dataSource = dsn;
+    }
+    if (!ctx.dataSource.empty()) DvnProfile::SetOverride("BTODBCDataSourceName", ctx.dataSource);
+    return command->run(ctx);
+}
