@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "dvnkernn.h"
+#include "odbcframe.h"
 
 namespace dvnbt {
 
@@ -34,6 +35,10 @@ struct Context {
 
 // Prints "dvnbt: <text>" on standard error.
 void Error(const std::string& text);
+
+// Opens the database the options chose. On failure says why on standard
+// error and returns false.
+bool OpenDatabase(const Context& ctx, CDatabase& db);
 
 using CommandFn = int (*)(Context&);
 struct Command {

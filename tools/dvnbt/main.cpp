@@ -23,6 +23,15 @@ const std::vector<Command>& Commands() { return Registry(); }
 
 void Error(const std::string& text) { std::cerr << "dvnbt: " << text << std::endl; }
 
+bool OpenDatabase(const Context& ctx, CDatabase& db) {
+    int level = ctx.dataSource.empty()
+                    ? DvnConvCoreDbIF::OpenDatabaseFromProfile(db, ctx.dbUser, ctx.dbPassword)
+                    : DvnConvCoreDbIF::OpenDatabaseFromFile(ctx.dataSource.c_str(), db, ctx.dbUser, ctx.dbPassword);
+    if (level == 0) return true;
+    Error("cannot open " + ctx.Describe() + ": " + DvnConvCoreDbIF::LastOpenError().str());
+    return false;
+}
+
 std::string Context::Describe() const {
     if (!dbFile.empty()) return "database file " + dbFile;
     if (!dataSource.empty()) return "data source " + RedactPassword(dataSource.c_str()).str();
