@@ -145,8 +145,17 @@ protected:
     int ReportDbException(CDBException* e, const char* action, const char* table, CRecordset* rs = nullptr);
     // Prefix + bare table name.
     CString Table(const char* bareName) const { return m_strTablePrefix + bareName; }
-    // The row mark of a row written by a family without a second pass.
+    // The mark of a row that a save updates (families without a second
+    // pass): 3 for a row marked 0 or 3 in a marking run, else the source mark.
     int MarkForUpdate(int current) const;
+    // The mark of a row that a first pass inserts: 9 in a family with a
+    // second pass, which then sets the source mark; else the source mark.
+    int MarkForInsert(bool withSecondPass) const { return withSecondPass ? MarkFirstPassDone : m_nSourceMark; }
+    // The second pass at its row: a row marked 9 (inserted by this run's
+    // first pass) takes the source mark and is written; any other row was
+    // there before this run and is written only with overwrite on. False:
+    // leave the row alone, level 0.
+    bool SecondPassMayWrite(int& checkedOut) const;
 
     // Stores not yet there: one save per entity that reports it as not
     // storable. Each is replaced by the real store of its kind.

@@ -52,6 +52,14 @@ int DvnConvCoreDbBe::MarkForUpdate(int current) const {
     return m_nSourceMark;
 }
 
+bool DvnConvCoreDbBe::SecondPassMayWrite(int& checkedOut) const {
+    if (checkedOut == MarkFirstPassDone) {
+        checkedOut = m_nSourceMark;
+        return true;
+    }
+    return m_bOverwrite;
+}
+
 // ------------------------------------------------------------------ loops
 
 int DvnConvCoreDbBe::SaveLoop(CDatabase& db, const char* typeName, bool authorized, const Right& right,
@@ -157,7 +165,7 @@ int DvnConvCoreDbBe::LoadTRX(const DvnString& file) {
     DVNK_REQUIRE(m_pCoreData != nullptr, "_data != 0");
     DvnODBCReader reader(*m_pCoreData, nullptr);
     DvnTRXFrontend frontend(*m_pCoreData, &reader);
-    int result = frontend.ReadFile(file, 2, nullptr, nullptr);
+    int result = frontend.ReadFile(file.c_str(), 2, nullptr, nullptr);
     if (result > 2) Report(51301, file);
     return result;
 }

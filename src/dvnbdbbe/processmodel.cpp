@@ -4,9 +4,7 @@
 
 #include "dvnbdbbe.h"
 #include "dvnfcorn.h"
-#include "recordsets/dvncategoryset.h"
-#include "recordsets/dvnprocessset.h"
-#include "recordsets/dvnversionset.h"
+#include "dvnprocsets.h"
 #include "storedforms.h"
 
 // ------------------------------------------------------------------ categories
