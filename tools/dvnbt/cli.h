@@ -29,6 +29,8 @@ struct Context {
     std::string dbFile;          // --db FILE, as given
     DvnString dbUser;            // --db-user; null when not given
     DvnString dbPassword;        // $DVNBT_DB_PASSWORD; null when not set
+    std::string user;            // --user; empty: $DVNBT_USER (login.h)
+    std::string systemGroup;     // --system-group; empty: the profile's, else SYS_GRP
     std::vector<std::string> args;  // what follows the subcommand
     // A short, printable description of where the database is.
     std::string Describe() const;

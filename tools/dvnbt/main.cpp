@@ -41,7 +41,8 @@ std::string Context::Describe() const {
 namespace {
 
 void Usage(std::ostream& os) {
-    os << "usage: dvnbt [--db FILE | --dsn NAME] [--db-user USER] COMMAND [ARGS...]\n"
+    os << "usage: dvnbt [--db FILE | --dsn NAME] [--db-user USER] [--user NAME] [--system-group NAME]\n"
+          "             COMMAND [ARGS...]\n"
           "       dvnbt --help | --version\n"
           "\n"
           "Connection (every command):\n"
@@ -50,6 +51,13 @@ void Usage(std::ostream& os) {
           "  --dsn NAME      a data source configured in unixODBC (odbc.ini)\n"
           "                  with neither: BTODBCDataSourceName of the machine profile\n"
           "  --db-user USER  database user; the password comes from $DVNBT_DB_PASSWORD\n"
+          "\n"
+          "Login (commands that read or change the definitions, such as import):\n"
+          "  --user NAME     the build-time user, else $DVNBT_USER; the password comes\n"
+          "                  from $DVNBT_PASSWORD, else a prompt on a terminal\n"
+          "  --system-group NAME\n"
+          "                  the user's system group, else SystemGroup of the machine\n"
+          "                  profile, else SYS_GRP\n"
           "\n"
           "Commands:\n";
     for (const Command& c : Commands()) {
@@ -87,13 +95,17 @@ int main(int argc, char** argv) {
         } else if (a == "--version") {
             std::cout << "dvnbt " << DVNBT_VERSION << std::endl;
             return kOk;
-        } else if (a == "--db" || a == "--dsn" || a == "--db-user") {
+        } else if (a == "--db" || a == "--dsn" || a == "--db-user" || a == "--user" || a == "--system-group") {
             const char* v = value(a.c_str());
             if (!v || !*v) return UsageError("option " + a + " needs a value");
             if (a == "--db")
                 ctx.dbFile = v;
             else if (a == "--dsn")
                 dsn = v;
+            else if (a == "--user")
+                ctx.user = v;
+            else if (a == "--system-group")
+                ctx.systemGroup = v;
             else
                 ctx.dbUser = DvnString(v);
         } else if (a.size() > 1 && a[0] == '-') {
