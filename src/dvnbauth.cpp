@@ -170,8 +170,11 @@ bool DvnBTAuthorization::HasUsers(DvnMessageTarget& target, const DvnString& dat
     bool result = false;
     std::string context;
     try {
+        // One row at most, found through the key's index, however many
+        // persons there are: a snapshot holds every row it selects.
+        const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
         DvnPersonSet person(&db);
-        OpenTable(person, DvnConvCoreDbIF::GetTablePrefix(db), "PERSON", "", context);
+        OpenTable(person, prefix, "PERSON", "PERSON_ID = (SELECT MIN(PERSON_ID) FROM " + prefix + "PERSON)", context);
         result = person.GetRecordCount() >= 1;
         person.Close();
     } catch (CDBException* e) {

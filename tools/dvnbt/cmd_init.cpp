@@ -1,12 +1,26 @@
 // dvnbt init: create the repository schema in an empty database;
 // dvnbt schema-script: print the statements init runs.
+#include <algorithm>
 #include <iostream>
 #include <sstream>
 
 #include "cli.h"
 #include "dvnschema.h"
+#include "login.h"
 
 namespace {
+
+// Whether the database holds the table of persons; true when that cannot be
+// told, so that the login decides.
+bool HoldsPersonTable(CDatabase& db) {
+    try {
+        const auto tables = DvnSchema::ExistingTables(db);
+        return std::find(tables.begin(), tables.end(), "PERSON") != tables.end();
+    } catch (CDBException* e) {
+        e->Delete();
+        return true;
+    }
+}
 
 int Init(dvnbt::Context& ctx) {
     bool recreate = false;
@@ -19,6 +33,11 @@ int Init(dvnbt::Context& ctx) {
     }
     CDatabase db;
     if (!dvnbt::OpenDatabase(ctx, db)) return dvnbt::kFailed;
+    // Dropping a repository that has users is a system administrator's work.
+    if (recreate && HoldsPersonTable(db) && !dvnbt::Login(ctx, dvnbt::LoginFor::Administration)) {
+        db.Close();
+        return dvnbt::kFailed;
+    }
     std::ostringstream err;
     int status = DvnSchema::Init(db, recreate, std::cout, err);
     db.Close();
