@@ -8,6 +8,7 @@
 #include "dvnkernn.h"
 
 #include <cstdint>
+#include <iosfwd>
 #include <map>
 #include <memory>
 #include <string>
@@ -50,6 +51,11 @@ public:
     static const char* Text(long number);
     // Every number the catalogue holds, ascending.
     static std::vector<long> Numbers();
+    // Where the default handler prints: standard output unless a program
+    // chooses another stream (the command line prints messages on standard
+    // error, apart from its progress lines). Not owned; null restores
+    // standard output.
+    static void DefaultOutput(std::ostream* out);
 };
 
 // Keeps every report (number and arguments) and, when echo is true, also

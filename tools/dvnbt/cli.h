@@ -16,6 +16,7 @@ enum Exit : int {
     kFailed = 1,    // the operation failed (database, file, rights)
     kUsage = 2,     // wrong command line
     kWarnings = 3,  // done, with warnings
+    kErrors = 4,    // done, but some objects were not stored (errors)
 };
 
 // What the options before the subcommand chose.

@@ -64,7 +64,8 @@ void Usage(std::ostream& os) {
         std::string head = std::string(c.name) + (*c.synopsis ? " " : "") + c.synopsis;
         os << "  " << head << std::string(head.size() < 22 ? 22 - head.size() : 1, ' ') << c.summary << "\n";
     }
-    os << "\nExit status: 0 done, 1 failed, 2 wrong usage, 3 done with warnings.\n";
+    os << "\nExit status: 0 done, 1 failed, 2 wrong usage, 3 done with warnings,\n"
+          "4 done with errors (some objects not stored).\n";
 }
 
 int UsageError(const std::string& text) {

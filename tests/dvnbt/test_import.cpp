@@ -1,0 +1,113 @@
+// dvnbt import on both databases: options, standard output, messages on
+// standard error, exit statuses.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "dvnfcorn.h"
+#include "repositorydb.h"
+#include "testenv.h"
+
+namespace {
+
+class DvnbtImport : public RepositoryTest {
+protected:
+    void SetUp() override {
+        RepositoryTest::SetUp();
+        m_dir = std::filesystem::temp_directory_path() / ("dvnbt_import_" + std::to_string(getpid()));
+        std::filesystem::create_directories(m_dir);
+    }
+    void TearDown() override {
+        std::filesystem::remove_all(m_dir);
+        RepositoryTest::TearDown();
+    }
+    std::string File(const std::string& text) {
+        std::string path = (m_dir / ("f" + std::to_string(++m_files) + ".trx")).string();
+        std::ofstream(path) << text;
+        return path;
+    }
+    CliResult Import(std::vector<std::string> args) {
+        std::vector<std::string> all = IsPostgres() ? std::vector<std::string>{"--dsn", DataSource()}
+                                                    : std::vector<std::string>{"--db", DbFile()};
+        all.push_back("import");
+        all.insert(all.end(), args.begin(), args.end());
+        return RunDvnbt(all);
+    }
+    std::vector<std::string> Rows() {
+        return QueryRows(Db(), "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.CATEGORY ORDER BY NAME");
+    }
+    static std::string Line(long number, const char* a1, const char* a2 = nullptr) {
+        return DvnfMessageHandler::Format(number, DvnString(a1), DvnString(a2)).str() + "\n";
+    }
+
+private:
+    std::filesystem::path m_dir;
+    int m_files = 0;
+};
+
+TEST_P(DvnbtImport, StoresPrintsProgressAndReportsMessagesOnStandardError) {
+    std::string file = File("Category \"Sales\" { Description = \"Orders\"; }\n");
+    CliResult r = Import({"--initial-load", file});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out,
+              "Version, Release, Level\nCategory Sales...\n\n"
+              "Finished with Process Model import \nNo errors during import.\n");
+    EXPECT_NE(r.err.find(Line(51019, "Sales")), std::string::npos) << r.err;
+    EXPECT_EQ(Rows(), (std::vector<std::string>{"Sales|0|Orders"}));
+    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.VERSION"), "1");
+
+    // --no-overwrite: the row stays and the run says so.
+    CliResult kept = Import({"--initial-load", "--no-overwrite", File("Category \"Sales\" { Description = \"X\"; }\n")});
+    EXPECT_EQ(kept.status, 0) << kept.err;
+    EXPECT_NE(kept.err.find(Line(51083, "Sales")), std::string::npos) << kept.err;
+    EXPECT_EQ(Rows(), (std::vector<std::string>{"Sales|0|Orders"}));
+
+    // --mark-changes: new rows 5, updated rows 3, deletions as tombstones.
+    CliResult marked = Import({"--initial-load", "--mark-changes",
+                               File("Category \"New\" {}\nCategory \"Sales\" {}\n")});
+    EXPECT_EQ(marked.status, 0) << marked.err;
+    EXPECT_EQ(Rows(), (std::vector<std::string>{"New|5|<null>", "Sales|3|<null>"}));
+    CliResult gone = Import({"--initial-load", "--mark-changes", File("delete Category \"New\";\n")});
+    EXPECT_EQ(gone.status, 0) << gone.err;
+    EXPECT_EQ(Rows(), (std::vector<std::string>{"New|4|<null>", "Sales|3|<null>"}));
+    // Without it deletions are physical.
+    CliResult removed = Import({"--initial-load", File("delete Category \"Sales\";\n")});
+    EXPECT_NE(removed.err.find(Line(51219, "Sales")), std::string::npos) << removed.err;
+    EXPECT_EQ(Rows(), (std::vector<std::string>{"New|4|<null>"}));
+}
+
+TEST_P(DvnbtImport, ExitStatusFollowsTheLevel) {
+    // Without a user and without --initial-load no right is held: warnings.
+    CliResult refused = Import({File("Category \"A\" {}\n")});
+    EXPECT_EQ(refused.status, 3) << refused.err;
+    EXPECT_NE(refused.err.find(Line(51165, "Category")), std::string::npos) << refused.err;
+    EXPECT_NE(refused.out.find("Warnings found during import.\n"), std::string::npos);
+    EXPECT_TRUE(Rows().empty());
+
+    // Objects of a kind that cannot be stored yet: errors, the rest is stored.
+    CliResult partly = Import({"--initial-load", File("Role \"Clerk\" {}\nCategory \"A\" {}\n")});
+    EXPECT_EQ(partly.status, 4) << partly.err;
+    EXPECT_NE(partly.err.find(Line(51900, "Clerk", "Role")), std::string::npos) << partly.err;
+    EXPECT_NE(partly.out.find("Errors found during import.\n"), std::string::npos);
+    EXPECT_EQ(Rows().size(), 1u);
+
+    // A file that does not parse: failure, nothing stored.
+    std::string bad = File("Category \"B\" {\n");
+    CliResult failed = Import({"--initial-load", bad});
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_EQ(failed.out, "Could not load TRX" + bad);
+    EXPECT_NE(failed.err.find(Line(51301, bad.c_str())), std::string::npos) << failed.err;
+    EXPECT_NE(failed.err.find("dvnbt: import of " + bad + " failed"), std::string::npos);
+    EXPECT_EQ(Rows().size(), 1u);
+
+    for (auto args : std::vector<std::vector<std::string>>{{}, {"--bogus", bad}, {bad, bad}}) {
+        CliResult usage = Import(args);
+        EXPECT_EQ(usage.status, 2) << testing::PrintToString(args);
+        EXPECT_EQ(usage.err.rfind("dvnbt: ", 0), 0u) << usage.err;
+    }
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtImport);
+
+}  // namespace
