@@ -7,6 +7,7 @@
 
 #include "dvnfcorn.h"
 #include "repositorydb.h"
+#include "staffrows.h"
 #include "testenv.h"
 
 namespace {
@@ -27,12 +28,12 @@ protected:
         std::ofstream(path) << text;
         return path;
     }
-    CliResult Import(std::vector<std::string> args) {
+    CliResult Import(std::vector<std::string> args, const std::vector<std::string>& env = {}) {
         std::vector<std::string> all = IsPostgres() ? std::vector<std::string>{"--dsn", DataSource()}
                                                     : std::vector<std::string>{"--db", DbFile()};
         all.push_back("import");
         all.insert(all.end(), args.begin(), args.end());
-        return RunDvnbt(all);
+        return RunDvnbt(all, env);
     }
     std::vector<std::string> Rows() {
         return QueryRows(Db(), "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.CATEGORY ORDER BY NAME");
@@ -78,12 +79,15 @@ TEST_P(DvnbtImport, StoresPrintsProgressAndReportsMessagesOnStandardError) {
 }
 
 TEST_P(DvnbtImport, ExitStatusFollowsTheLevel) {
-    // Without a user and without --initial-load no right is held: warnings.
-    CliResult refused = Import({File("Category \"A\" {}\n")});
+    // A user without the modelling right: the section is refused, warnings.
+    AddSystemGroup(Db(), "G1", "SYS_GRP");
+    AddPerson(Db(), {.id = "P1", .userId = "CLERK", .systemGroup = "G1", .password = "pw", .staff = 1});
+    CliResult refused = Import({File("Category \"A\" {}\n")}, {"DVNBT_USER=clerk", "DVNBT_PASSWORD=pw"});
     EXPECT_EQ(refused.status, 3) << refused.err;
     EXPECT_NE(refused.err.find(Line(51165, "Category")), std::string::npos) << refused.err;
     EXPECT_NE(refused.out.find("Warnings found during import.\n"), std::string::npos);
     EXPECT_TRUE(Rows().empty());
+    ExecAll(Db(), {"DELETE FROM DVBT.PERSON"});
 
     // Objects of a kind that cannot be stored yet: errors, the rest is stored.
     CliResult partly = Import({"--initial-load", File("Role \"Clerk\" {}\nCategory \"A\" {}\n")});

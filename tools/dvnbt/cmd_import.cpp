@@ -5,6 +5,7 @@
 #include "dvnbauth.h"
 #include "dvnbdbif.h"
 #include "dvnfcorn.h"
+#include "login.h"
 
 namespace {
 
@@ -42,10 +43,14 @@ int Import(dvnbt::Context& ctx) {
         return dvnbt::kUsage;
     }
 
+    // The user's password and rights first: a refused login touches nothing.
+    if (!dvnbt::Login(ctx, initialLoad ? dvnbt::LoginFor::InitialLoad : dvnbt::LoginFor::Rights)) {
+        DvnBTAuthorization::DestroyInstance();
+        return dvnbt::kFailed;
+    }
     // Progress lines and final words go to standard output; every reported
     // message goes to standard error.
     DvnfMessageHandler::DefaultOutput(&std::cerr);
-    DvnBTAuthorization::GetInstance()->SetDBUser(ctx.dbUser, ctx.dbPassword);
     int level;
     {
         DvnConvCoreDbIF facade;
