@@ -179,7 +179,7 @@ std::vector<std::string> SqliteTriggers() {
 // PostgreSQL: the schema DVBT; names fold to lower case.
 std::vector<std::string> PostgresTriggers() {
     auto function = [](const std::string& name, const std::string& body, const char* result) {
-        return "CREATE FUNCTION DVBT." + name + "() RETURNS trigger LANGUAGE plpgsql AS $$\nBEGIN\n" + body +
+        return "CREATE OR REPLACE FUNCTION DVBT." + name + "() RETURNS trigger LANGUAGE plpgsql AS $$\nBEGIN\n" + body +
                "  RETURN " + result + ";\nEND\n$$";
     };
     const std::string agentName =

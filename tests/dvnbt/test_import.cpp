@@ -28,12 +28,14 @@ protected:
         std::ofstream(path) << text;
         return path;
     }
-    CliResult Import(std::vector<std::string> args, const std::vector<std::string>& env = {}) {
+    // dvnbt import on this test's database, logged in as user (password "pw") when given.
+    CliResult Import(std::vector<std::string> args, const std::string& user = "") {
         std::vector<std::string> all = IsPostgres() ? std::vector<std::string>{"--dsn", DataSource()}
                                                     : std::vector<std::string>{"--db", DbFile()};
+        if (!user.empty()) all.insert(all.end(), {"--user", user});
         all.push_back("import");
         all.insert(all.end(), args.begin(), args.end());
-        return RunDvnbt(all, env);
+        return RunDvnbt(all, {"DVNBT_PASSWORD=pw"});
     }
     std::vector<std::string> Rows() {
         return QueryRows(Db(), "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.CATEGORY ORDER BY NAME");
@@ -52,6 +54,8 @@ TEST_P(DvnbtImport, StoresPrintsProgressAndReportsMessagesOnStandardError) {
     CliResult r = Import({"--initial-load", file});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out,
+              "The repository has no users yet: importing as initial load, with all rights. "
+              "The persons of this file become its users.\n"
               "Version, Release, Level\nCategory Sales...\n\n"
               "Finished with Process Model import \nNo errors during import.\n");
     EXPECT_NE(r.err.find(Line(51019, "Sales")), std::string::npos) << r.err;
@@ -78,19 +82,27 @@ TEST_P(DvnbtImport, StoresPrintsProgressAndReportsMessagesOnStandardError) {
     EXPECT_EQ(Rows(), (std::vector<std::string>{"New|4|<null>"}));
 }
 
-TEST_P(DvnbtImport, ExitStatusFollowsTheLevel) {
-    // A user without the modelling right: the section is refused, warnings.
+TEST_P(DvnbtImport, ExitStatusFollowsTheLevelUnderTheRightsOfTheUser) {
+    // A repository without users imports only as an initial load.
+    std::string file = File("Category \"A\" {}\n");
+    CliResult nobody = Import({file});
+    EXPECT_EQ(nobody.status, 1);
+    EXPECT_NE(nobody.err.find("no users yet"), std::string::npos) << nobody.err;
+
     AddSystemGroup(Db(), "G1", "SYS_GRP");
     AddPerson(Db(), {.id = "P1", .userId = "CLERK", .systemGroup = "G1", .password = "pw", .staff = 1});
-    CliResult refused = Import({File("Category \"A\" {}\n")}, {"DVNBT_USER=clerk", "DVNBT_PASSWORD=pw"});
+    AddPerson(Db(), {.id = "P2", .userId = "MODELER", .systemGroup = "G1", .password = "pw", .staff = 1,
+                     .processModeling = 1});
+
+    // Without the modelling right the categories are refused: warnings, nothing stored.
+    CliResult refused = Import({file}, "clerk");
     EXPECT_EQ(refused.status, 3) << refused.err;
     EXPECT_NE(refused.err.find(Line(51165, "Category")), std::string::npos) << refused.err;
     EXPECT_NE(refused.out.find("Warnings found during import.\n"), std::string::npos);
     EXPECT_TRUE(Rows().empty());
-    ExecAll(Db(), {"DELETE FROM DVBT.PERSON"});
 
     // Objects of a kind that cannot be stored yet: errors, the rest is stored.
-    CliResult partly = Import({"--initial-load", File("Role \"Clerk\" {}\nCategory \"A\" {}\n")});
+    CliResult partly = Import({File("Role \"Clerk\" {}\nCategory \"A\" {}\n")}, "modeler");
     EXPECT_EQ(partly.status, 4) << partly.err;
     EXPECT_NE(partly.err.find(Line(51900, "Clerk", "Role")), std::string::npos) << partly.err;
     EXPECT_NE(partly.out.find("Errors found during import.\n"), std::string::npos);
@@ -98,7 +110,7 @@ TEST_P(DvnbtImport, ExitStatusFollowsTheLevel) {
 
     // A file that does not parse: failure, nothing stored.
     std::string bad = File("Category \"B\" {\n");
-    CliResult failed = Import({"--initial-load", bad});
+    CliResult failed = Import({bad}, "modeler");
     EXPECT_EQ(failed.status, 1);
     EXPECT_EQ(failed.out, "Could not load TRX" + bad);
     EXPECT_NE(failed.err.find(Line(51301, bad.c_str())), std::string::npos) << failed.err;

@@ -43,7 +43,7 @@ int Import(dvnbt::Context& ctx) {
         return dvnbt::kUsage;
     }
 
-    // The user's password and rights first: a refused login touches nothing.
+    // The user's rights decide what is stored; an initial load holds them all.
     if (!dvnbt::Login(ctx, initialLoad ? dvnbt::LoginFor::InitialLoad : dvnbt::LoginFor::Rights)) {
         DvnBTAuthorization::DestroyInstance();
         return dvnbt::kFailed;
