@@ -24,7 +24,7 @@ const std::vector<DvnSchema::Table> kTables = {
      {"PID", "NAME", "CATID", "INPUT_DS", "OUTPUT_DS", "ORGANIZATION", "ROLE", "ADMINISTRATOR"}, {}},
     {"PROCESS_GRAPH_ATTR", Make<DvnProcessGraphAttrSet>, {"PID"}, {}},
     {"PROCESS_TOPOL_ATTR", Make<DvnProcessTopolAttrSet>, {"PID"}, {}},
-    {"ACTIVITY", Make<DvnActivitySet>, {"AID", "PID,INSIDE_BLOCK,NAME", "INPUT_DS"}, {}},
+    {"ACTIVITY", Make<DvnActivitySet>, {"AID", "PID,INSIDE_BLOCK,NAME", "INPUT_DS", "OUTPUT_DS"}, {}},
     {"ACTIVITY_EXTENT", Make<DvnActivityExtentSet>, {"AID", "ORGANIZATION"}, {}},
     {"SOURCE", Make<DvnSourceSet>, {"SOURCE_ID", "PID,BLOCK_AID,SOURCE_NUMBER"}, {}},
     {"SINK", Make<DvnSinkSet>, {"SINK_ID", "PID,BLOCK_AID,SINK_NUMBER"}, {}},
@@ -65,7 +65,7 @@ const std::vector<DvnSchema::Table> kTables = {
     {"PERS_HAS_PRC_TMPLT", Make<DvnPersonHasPrcTemplateListSet>, {"PRC_TEMPLATE_LIST,PERSON", "PERSON"}, {}},
     {"PERS_HAS_WRK_LST", Make<DvnPersonHasWorkListSet>, {"WORK_LIST,PERSON", "PERSON"}, {}},
     // programs
-    {"PROGRAM", Make<DvnProgramSet>, {"PROGRAM_ID", "NAME", "INPUT_DS"}, {}},
+    {"PROGRAM", Make<DvnProgramSet>, {"PROGRAM_ID", "NAME", "INPUT_DS", "OUTPUT_DS"}, {}},
     {"WINNT_EXTENT", Make<DvnWPlatformSet>, {"PROGRAM_ID"}, {}},
     {"WIN95_EXTENT", Make<DvnWPlatformSet>, {"PROGRAM_ID"}, {}},
     {"NK2_EXTENT", Make<DvnOPlatformSet>, {"PROGRAM_ID"}, {}},
