@@ -61,6 +61,13 @@ TEST_P(Frame, ConnectionReportsWhatTheDriverSaysAndClosesIdempotently) {
     // Bracketed names fold as the driver folds unquoted names.
     EXPECT_EQ(db.TranslateBrackets("[NAME] = 'a[b]' AND \"X[Y]\" = 1"),
               IsPostgres() ? "\"name\" = 'a[b]' AND \"X[Y]\" = 1" : "\"NAME\" = 'a[b]' AND \"X[Y]\" = 1");
+    if (!IsPostgres()) {
+        // DVBT is the connection's own file, attached with a write-ahead log.
+        EXPECT_EQ(QueryValue(db, "PRAGMA DVBT.journal_mode"), "wal");
+        EXPECT_EQ(QueryValue(db, "PRAGMA DVBT.synchronous"), "1");
+        ExecAll(db, {"INSERT INTO DVBT.ITEM (ITEM_ID) VALUES ('x')"});
+        EXPECT_EQ(QueryValue(db, "SELECT ITEM_ID FROM main.ITEM"), "x");
+    }
     db.Close();
     EXPECT_EQ(db.m_hdbc, nullptr);
     db.Close();
