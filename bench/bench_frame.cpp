@@ -55,19 +55,23 @@ std::string Key(int i) { return "K" + std::to_string(i); }
 void Reset(CDatabase& db) { db.ExecuteSQL("DELETE FROM DVBT.BENCH"); }
 
 // ---------------------------------------------------------------- the frame
+void AddRow(BenchSet& set, int i) {
+    set.AddNew();
+    set.m_ITEM_ID = Key(i).c_str();
+    set.m_NAME = "name of the row";
+    set.m_DOCUMENTATION = "some documentation text";
+    set.m_NUM = i;
+    set.m_FLAGS = 0;
+    set.Update();
+}
+
 void FrameInsert(CDatabase& db, int n, bool commitEach) {
     BenchSet set(&db);
     set.Open(1, "DVBT.BENCH", 0);
     if (!commitEach) db.BeginTrans();
     for (int i = 0; i < n; ++i) {
         if (commitEach) db.BeginTrans();
-        set.AddNew();
-        set.m_ITEM_ID = Key(i).c_str();
-        set.m_NAME = "name of the row";
-        set.m_DOCUMENTATION = "some documentation text";
-        set.m_NUM = i;
-        set.m_FLAGS = 0;
-        set.Update();
+        AddRow(set, i);
         if (commitEach) db.CommitTrans();
     }
     if (!commitEach) db.CommitTrans();
@@ -82,13 +86,7 @@ void FrameLookupInsert(CDatabase& db, int n, bool commitEach) {
         set.m_strFilter = ("ITEM_ID = '" + Key(i) + "'").c_str();
         set.Open(1, "DVBT.BENCH", 0);
         if (set.GetRecordCount() == 0) {
-            set.AddNew();
-            set.m_ITEM_ID = Key(i).c_str();
-            set.m_NAME = "name of the row";
-            set.m_DOCUMENTATION = "some documentation text";
-            set.m_NUM = i;
-            set.m_FLAGS = 0;
-            set.Update();
+            AddRow(set, i);
         }
         set.Close();
         if (commitEach) db.CommitTrans();

@@ -665,6 +665,10 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
     try {
         m.fields = DescribeFields();
         m.nullFlags.assign(m.fields.size(), true);
+        if (m_nFields > 0 && static_cast<size_t>(m_nFields) != m.fields.size())
+            ThrowFrameError("m_nFields is " + std::to_string(m_nFields) + " but DoFieldExchange binds " +
+                                std::to_string(m.fields.size()) + " columns",
+                            "HY000");
         std::string given = TrimCopy(text ? text : GetDefaultSQL().str());
         const CDatabase::RowLocator& loc = db.Locator();
         bool wantUpdate = !(options & readOnly) && !loc.select.empty();

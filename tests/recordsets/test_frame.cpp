@@ -297,6 +297,17 @@ TEST_P(Frame, FailuresRaiseExceptionsWithTheDriversTextAndState) {
     }
     Insert("ok", "still usable", 1);
     EXPECT_EQ(Rows().size(), 1u);
+
+    // A class whose column count disagrees with its DoFieldExchange is caught.
+    ItemSet miscounted(&Db());
+    miscounted.m_nFields = 5;
+    try {
+        miscounted.Open(1, prefix + "ITEM", 4);
+        ADD_FAILURE() << "a wrong m_nFields was accepted";
+    } catch (CDBException* e) {
+        EXPECT_NE(e->m_strError.Find("m_nFields is 5 but DoFieldExchange binds 6"), -1) << e->m_strError;
+        e->Delete();
+    }
 }
 
 TEST_P(Frame, ReadOnlyRecordsetsCannotChangeRows) {
