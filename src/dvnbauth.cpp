@@ -1,5 +1,12 @@
 #include "dvnbauth.h"
 
+#include <string>
+#include <vector>
+
+#include "dvnbdbif.h"
+#include "dvnlookup.h"
+#include "dvnrecordsets.h"
+
 DvnBTAuthorization* DvnBTAuthorization::_instance = nullptr;
 
 DvnBTAuthorization::DvnBTAuthorization() = default;
@@ -21,3 +28,228 @@ void DvnBTAuthorization::SetDBUser(const DvnString& user, const DvnString& passw
     m_strDbPassword = password;
 }
 
+// ---------------------------------------------------------------------------
+// The database operations. Each one opens a connection of its own and closes
+// it before it returns, on every path.
+
+namespace {
+
+const char* const kAdministratorRole = "System administrator";
+
+using dvnlookup::Literal;
+
+CString Literal(const DvnString& value) { return Literal(CString(value.c_str())); }
+
+void ReportDBException(DvnMessageTarget& target, CDBException* e, const std::string& context) {
+    target.Message(51368, DvnString(e->m_strError.c_str()));
+    DVN_TRACE(1, 2, context << e->m_nRetCode << "Error: " << e->m_strError << "State: " << e->m_strStateNativeOrigin);
+    e->Delete();
+}
+
+// Opens db with the data source rule: empty means the machine profile.
+// On failure reports 51366 with the data source and returns false.
+bool OpenConnection(DvnMessageTarget& target, CDatabase& db, const DvnString& dataSource, const DvnString& user,
+                    const DvnString& password) {
+    int level = dataSource.IsEmpty()
+                    ? DvnConvCoreDbIF::OpenDatabaseFromProfile(db, user, password)
+                    : DvnConvCoreDbIF::OpenDatabaseFromFile(CString(dataSource.c_str()), db, user, password);
+    if (level == 0 && db.IsOpen()) return true;
+    db.Close();
+    target.Message(51366, dataSource);
+    DVN_TRACE(1, 8, "Open database failed");
+    return false;
+}
+
+void CloseConnection(DvnMessageTarget& target, CDatabase& db) {
+    try {
+        if (db.IsOpen()) db.Close();
+    } catch (CDBException* e) {
+        ReportDBException(target, e, "Exception closing database: rc =");
+    }
+}
+
+// Opens rs read-only on prefix + table with the filter; a CDBException
+// goes up with the table remembered in context.
+void OpenTable(CRecordset& rs, const CString& prefix, const char* table, const CString& filter, std::string& context) {
+    context = std::string("Exception opening table ") + table + ": rc =";
+    rs.m_strFilter = filter;
+    rs.Open(CRecordset::snapshot, prefix + table, CRecordset::readOnly);
+}
+
+// The identifier of the named system group, empty when there is none.
+// A CDBException goes up.
+CString SystemGroupID(CDatabase& db, const CString& prefix, const DvnString& systemGroup) {
+    DvnSystemGroupSet group(&db);
+    return dvnlookup::FirstRow(group, prefix + "SYSTEM_GROUP", "NAME = " + Literal(systemGroup), CString(),
+                               [&] { return group.m_SYSTEM_GROUP_ID; });
+}
+
+}  // namespace
+
+// Reads the rights of one found person into a fresh object. Any CDBException
+// goes up, with context naming the table of the failed statement.
+class DvnRightsLoader {
+public:
+    DvnRightsLoader(CDatabase& db, const CString& prefix, std::string& context)
+        : m_db(db), m_prefix(prefix), m_context(context) {}
+
+    void Load(DvnBTAuthorization& auth, const DvnString& systemGroup, const DvnString& userId,
+              const DvnPersonSet& person) {
+        auth.SetUserID(systemGroup, userId);
+        auth.SetAuthForSetAuthorization(person.m_SAUTH_DEF_AUTH != 0);
+        auth.SetAuthForOperation(person.m_OPERATION_AUTH != 0);
+        auth.SetAuthForProcessModeling(person.m_PROC_DEF_AUTH != 0);
+        auth.SetAuthForStaff(person.m_STAFF_AUTH != 0);
+        auth.SetAuthForTopology(person.m_TOPOLOGY_AUTH != 0);
+
+        const CString key = Literal(person.m_PERSON_ID);
+        const bool global = person.m_GLOBAL_PRC_AUTH != 0, globalAdmin = person.m_GLOBAL_PADM_AUTH != 0;
+        if (global || globalAdmin) {
+            auth.SetAuthForAllProcessCategories(global);
+            auth.SetAuthForAllProcessCategoriesAsAdmin(globalAdmin);
+        } else {
+            for (const CString& name : CategoryNames("PERS_SEL_PADM_AUTH", key))
+                auth.SetAuthForProcessCategoryAsAdmin(DvnString(name.c_str()));
+            for (const CString& name : CategoryNames("PERS_HAS_PRC_AUTH", key))
+                auth.SetAuthForProcessCategory(DvnString(name.c_str()));
+        }
+
+        if (!person.IsFieldNull(&person.m_GLOBAL_PERS_AUTH)) {
+            auth.SetAuthForAllWorkitems(person.m_GLOBAL_PERS_AUTH != 0);
+            DvnPersonSet other(&m_db);
+            Select(other, "PERSON", "PERSON_ID", "AUTH_FOR_PERSON", "PERS_AUTH_FOR_PERS", key);
+            for (; !other.IsEOF(); Next(other, "PERSON")) auth.SetAuthForWorkitemsOf(DvnString(other.m_USERID.c_str()));
+            other.Close();
+        }
+
+        auth.SetSystemAdmin(false);
+        DvnRoleSet role(&m_db);
+        Select(role, "ROLE", "ROLE_ID", "ROLE_ID", "ROLE_INCL_PERSON", key);
+        for (; !role.IsEOF(); Next(role, "ROLE")) {
+            if (role.m_NAME == kAdministratorRole) {
+                auth.SetSystemAdmin(true);
+                break;
+            }
+        }
+        role.Close();
+    }
+
+private:
+    // The rows of table whose key is named by the person's rows of relation:
+    // one statement instead of one lookup per relation row.
+    void Select(CRecordset& rs, const char* table, const char* key, const char* relationColumn,
+                const char* relation, const CString& person) {
+        m_context = std::string("Exception opening table ") + table + ": rc =";
+        CString sql = "SELECT * FROM " + m_prefix + table + " WHERE [" + key + "] IN (SELECT [" + relationColumn +
+                      "] FROM " + m_prefix + relation + " WHERE [PERSON_ID] = " + person + ")";
+        rs.Open(CRecordset::snapshot, sql, CRecordset::readOnly);
+    }
+
+    void Next(CRecordset& rs, const char* table) {
+        m_context = std::string("Exception reading table ") + table + ": rc =";
+        rs.MoveNext();
+    }
+
+    std::vector<CString> CategoryNames(const char* relation, const CString& person) {
+        DvnCategorySet category(&m_db);
+        Select(category, "CATEGORY", "CATID", "CATID", relation, person);
+        std::vector<CString> names;
+        for (; !category.IsEOF(); Next(category, "CATEGORY")) names.push_back(category.m_NAME);
+        category.Close();
+        return names;
+    }
+
+    CDatabase& m_db;
+    const CString& m_prefix;
+    std::string& m_context;
+};
+
+bool DvnBTAuthorization::HasUsers(DvnMessageTarget& target, const DvnString& dataSource) {
+    CDatabase db;
+    if (!OpenConnection(target, db, dataSource, DbUser(), DbPassword())) return false;
+    bool result = false;
+    std::string context;
+    try {
+        // One row at most, found through the key's index, however many
+        // persons there are: a snapshot holds every row it selects.
+        const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
+        DvnPersonSet person(&db);
+        OpenTable(person, prefix, "PERSON", "PERSON_ID = (SELECT MIN(PERSON_ID) FROM " + prefix + "PERSON)", context);
+        result = person.GetRecordCount() >= 1;
+        person.Close();
+    } catch (CDBException* e) {
+        ReportDBException(target, e, context);
+        result = false;
+    }
+    CloseConnection(target, db);
+    return result;
+}
+
+bool DvnBTAuthorization::IsPasswordValid(DvnMessageTarget& target, const DvnString& systemGroup,
+                                         const DvnString& userId, const DvnString& password,
+                                         const DvnString& dataSource) {
+    const DvnString encoded = DvnUser::PasswordEncodeAsString(userId, password);
+    CDatabase db;
+    if (!OpenConnection(target, db, dataSource, DbUser(), DbPassword())) return false;
+    const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
+    CString groupId;
+    try {
+        groupId = SystemGroupID(db, prefix, systemGroup);
+    } catch (CDBException* e) {
+        ReportDBException(target, e, "Exception opening table SYSTEM_GRPOUP: rc =");
+    }
+    bool result = false;
+    std::string context;
+    try {
+        DvnPersonSet person(&db);
+        OpenTable(person, prefix, "PERSON",
+                  "USERID = " + Literal(userId) + " AND SYSTEM_GROUP = " + Literal(groupId) +
+                      " AND PASSWORD = " + Literal(encoded),
+                  context);
+        result = person.GetRecordCount() >= 1;
+        person.Close();
+    } catch (CDBException* e) {
+        ReportDBException(target, e, context);
+        result = false;
+    }
+    CloseConnection(target, db);
+    return result;
+}
+
+void DvnBTAuthorization::SetUser(DvnMessageTarget& target, const DvnString& systemGroup, const DvnString& userId,
+                                 const DvnString& dbUser, const DvnString& dbPassword, const DvnString& dataSource) {
+    CDatabase db;
+    if (!OpenConnection(target, db, dataSource, dbUser, dbPassword)) return;
+    const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
+    CString groupId;
+    try {
+        groupId = SystemGroupID(db, prefix, systemGroup);
+    } catch (CDBException* e) {
+        ReportDBException(target, e, "Exception opening table SYSTEM_GRPOUP: rc =");
+        CloseConnection(target, db);
+        return;
+    }
+    // The rights are read into a fresh object and taken over only when all
+    // reads succeeded, so a failure leaves this object as it was.
+    DvnBTAuthorization loaded;
+    bool found = false;
+    std::string context;
+    try {
+        DvnPersonSet person(&db);
+        OpenTable(person, prefix, "PERSON", "USERID = " + Literal(userId) + " AND SYSTEM_GROUP = " + Literal(groupId),
+                  context);
+        if (person.GetRecordCount() >= 1) {
+            DvnRightsLoader(db, prefix, context).Load(loaded, systemGroup, userId, person);
+            found = true;
+        }
+        person.Close();
+    } catch (CDBException* e) {
+        ReportDBException(target, e, context);
+        found = false;
+    }
+    if (found) {
+        static_cast<DvnPersonAuth&>(*this) = static_cast<const DvnPersonAuth&>(loaded);
+        SetDBUser(dbUser, dbPassword);
+    }
+    CloseConnection(target, db);
+}

@@ -1,17 +1,35 @@
-// The conversion facade that callers hold, and the opening of its database
-// connection. The operations of the facade come with their own subsystems;
-// what is here opens connections and names the table prefix.
+// The conversion facade that callers hold: the import of a TRX file, and the
+// opening of its database connection. The facade owns one connection for its
+// whole life, opened at the start of each operation and closed at its end.
 #pragma once
 
 #include <string>
 
+#include "dvnfcorn.h"
 #include "dvnkernn.h"
 #include "odbcframe.h"
 
 class DvnConvCoreDbIF {
 public:
-    DvnConvCoreDbIF();
+    // With data: kept and never deleted. With null: core data of its own over
+    // the process-wide catalogue, with the default message handler, deleted
+    // by the destructor.
+    explicit DvnConvCoreDbIF(DvnfTRXData* data = nullptr);
     virtual ~DvnConvCoreDbIF();
+
+    // Parses a TRX file and stores what it holds, section after section, so
+    // that every reference points backwards. dataSource null or empty: the
+    // data source of the machine profile. overwrite: an existing row is
+    // rewritten (else left alone). sourceOption: true writes rows clean and
+    // deletes physically, false marks new rows 5, changed rows 3 and leaves
+    // deleted rows as tombstones (mark 4). initialLoad: the row of VERSION is
+    // written when missing, and every right counts as held. Returns the
+    // highest level met: 0, 4 warnings, 8 errors, 12 failed as a whole.
+    int ImportTRX(const DvnString& file, const DvnString& dataSource, bool overwrite, bool sourceOption,
+                  bool initialLoad);
+
+    // The core data of the facade (its handler receives the facade's messages).
+    DvnfTRXData* CoreData() const { return m_pData; }
     DvnConvCoreDbIF(const DvnConvCoreDbIF&) = delete;
     DvnConvCoreDbIF& operator=(const DvnConvCoreDbIF&) = delete;
 
@@ -41,5 +59,11 @@ public:
     static CString LastOpenError();
 
 protected:
+    // Reports to the handler of the facade's core data; unused arguments null.
+    void Report(long number, const DvnString& a1 = DvnString(), const DvnString& a2 = DvnString(),
+                const DvnString& a3 = DvnString());
+
+    DvnfTRXData* m_pData;
     CDatabase* m_pDatabase;  // owned; open only during an operation
+    bool m_bCallerData;
 };

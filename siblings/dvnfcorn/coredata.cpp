@@ -275,15 +275,17 @@ DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfString& typeName, const DvnfS
     return GetEntityByOID(Types().GetEntityType(typeName, true), oid, create);
 }
 
-DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfEntityType& type, const DvnfString& name) {
+DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfEntityType& type, const DvnfString& name, bool create) {
     if (!type.IsValid()) return DvnfEntity::undefined;
     TypeIndex& ix = Index(type);
-    auto it = ix.byName.find(name);
-    return it == ix.byName.end() ? DvnfEntity::undefined : it->second->Entity();
+    auto it = ix.byName.find(NotNull(name));
+    if (it != ix.byName.end()) return it->second->Entity();
+    if (!create || name.IsEmpty()) return DvnfEntity::undefined;
+    return Make(type, DvnfString(""), name, DvnfObject::StateNone);
 }
 
-DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfString& typeName, const DvnfString& name) {
-    return GetEntityByName(Types().GetEntityType(typeName, true), name);
+DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfString& typeName, const DvnfString& name, bool create) {
+    return GetEntityByName(Types().GetEntityType(typeName, true), name, create);
 }
 
 const DvnfLink& DvnfCoreData::AddLinkByOID(DvnfEntity& entity, const DvnfLinkType& linkType, const DvnfString& oid,
@@ -304,12 +306,9 @@ const DvnfLink& DvnfCoreData::AddLinkByOID(DvnfEntity& entity, const DvnfString&
 const DvnfLink& DvnfCoreData::AddLinkByName(DvnfEntity& entity, const DvnfLinkType& linkType, const DvnfString& name,
                                             bool createTarget, bool noDuplicate) {
     if (!entity.IsValid() || !linkType.IsValid() || name.IsEmpty()) return DvnfLink::undefined;
-    DvnfEntity* target = &GetEntityByName(linkType.Target(), name);
-    if (!target->IsValid()) {
-        if (!createTarget) return DvnfLink::undefined;
-        target = &Make(linkType.Target(), DvnfString(""), name, DvnfObject::StateNone);
-    }
-    return entity.AddLink(linkType, *target, noDuplicate);
+    DvnfEntity& target = GetEntityByName(linkType.Target(), name, createTarget);
+    if (!target.IsValid()) return DvnfLink::undefined;
+    return entity.AddLink(linkType, target, noDuplicate);
 }
 
 const DvnfLink& DvnfCoreData::AddLinkByName(DvnfEntity& entity, const DvnfString& linkName, const DvnfString& typeName,

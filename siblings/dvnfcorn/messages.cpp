@@ -6,6 +6,8 @@
 #include <iterator>
 
 namespace {
+std::ostream* g_defaultOutput = &std::cout;
+
 struct CatalogueEntry {
     long number;
     const char* text;
@@ -62,6 +64,8 @@ std::vector<long> DvnfMessageHandler::Numbers() {
     return out;
 }
 
+void DvnfMessageHandler::DefaultOutput(std::ostream* out) { g_defaultOutput = out ? out : &std::cout; }
+
 DvnString DvnfMessageHandler::Format(long number, const DvnString& a1, const DvnString& a2, const DvnString& a3,
                                      const DvnString& a4, const DvnString& a5, const DvnString& a6,
                                      const DvnString& a7) {
@@ -79,7 +83,7 @@ DvnString DvnfMessageHandler::Format(long number, const DvnString& a1, const Dvn
 
 void DvnfMessageHandler::Report(long number, const DvnString& a1, const DvnString& a2, const DvnString& a3,
                                 const DvnString& a4, const DvnString& a5, const DvnString& a6, const DvnString& a7) {
-    std::cout << Format(number, a1, a2, a3, a4, a5, a6, a7).str() << '\n' << std::flush;
+    *g_defaultOutput << Format(number, a1, a2, a3, a4, a5, a6, a7).str() << '\n' << std::flush;
 }
 
 DvnString DvnfCollectingMessageHandler::Entry::Line() const {

@@ -8,6 +8,7 @@
 #include "dvnkernn.h"
 
 #include <cstdint>
+#include <iosfwd>
 #include <map>
 #include <memory>
 #include <string>
@@ -50,6 +51,11 @@ public:
     static const char* Text(long number);
     // Every number the catalogue holds, ascending.
     static std::vector<long> Numbers();
+    // Where the default handler prints: standard output unless a program
+    // chooses another stream (the command line prints messages on standard
+    // error, apart from its progress lines). Not owned; null restores
+    // standard output.
+    static void DefaultOutput(std::ostream* out);
 };
 
 // Keeps every report (number and arguments) and, when echo is true, also
@@ -490,9 +496,10 @@ public:
     // true a missing one is made as a skeleton (state 0, no name).
     DvnfEntity& GetEntityByOID(const DvnfEntityType& type, const DvnfString& oid, bool create = false);
     DvnfEntity& GetEntityByOID(const DvnfString& typeName, const DvnfString& oid, bool create = false);
-    // The first entity of that type and name, or DvnfEntity::undefined.
-    DvnfEntity& GetEntityByName(const DvnfEntityType& type, const DvnfString& name);
-    DvnfEntity& GetEntityByName(const DvnfString& typeName, const DvnfString& name);
+    // The first entity of that type and name, or DvnfEntity::undefined. With
+    // create true a missing one is made as a skeleton (state 0, no key).
+    DvnfEntity& GetEntityByName(const DvnfEntityType& type, const DvnfString& name, bool create = false);
+    DvnfEntity& GetEntityByName(const DvnfString& typeName, const DvnfString& name, bool create = false);
 
     // Links entity to the entity of typeName with that key (or name). With
     // createTarget a missing target is made as a skeleton: state 0, with the

@@ -70,7 +70,10 @@ CliResult RunDvnbt(const std::vector<std::string>& args, const std::vector<std::
     pid_t pid = fork();
     if (pid == 0) {
         for (const std::string& e : env) putenv(const_cast<char*>(e.c_str()));
-        if (!freopen(out.c_str(), "w", stdout) || !freopen(err.c_str(), "w", stderr)) _exit(127);
+        // Never a terminal on standard input: nothing may wait for a person.
+        if (!freopen("/dev/null", "r", stdin) || !freopen(out.c_str(), "w", stdout) ||
+            !freopen(err.c_str(), "w", stderr))
+            _exit(127);
         std::vector<char*> argv;
         std::string program = std::string(DVN_BINARY_DIR) + "/tools/dvnbt/dvnbt";
         argv.push_back(program.data());

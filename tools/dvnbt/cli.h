@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "dvnkernn.h"
+#include "odbcframe.h"
 
 namespace dvnbt {
 
@@ -15,6 +16,7 @@ enum Exit : int {
     kFailed = 1,    // the operation failed (database, file, rights)
     kUsage = 2,     // wrong command line
     kWarnings = 3,  // done, with warnings
+    kErrors = 4,    // done, but some objects were not stored (errors)
 };
 
 // What the options before the subcommand chose.
@@ -27,6 +29,8 @@ struct Context {
     std::string dbFile;          // --db FILE, as given
     DvnString dbUser;            // --db-user; null when not given
     DvnString dbPassword;        // $DVNBT_DB_PASSWORD; null when not set
+    std::string user;            // --user; empty: $DVNBT_USER (login.h)
+    std::string systemGroup;     // --system-group; empty: the profile's, else SYS_GRP
     std::vector<std::string> args;  // what follows the subcommand
     // A short, printable description of where the database is.
     std::string Describe() const;
@@ -34,6 +38,10 @@ struct Context {
 
 // Prints "dvnbt: <text>" on standard error.
 void Error(const std::string& text);
+
+// Opens the database the options chose. On failure says why on standard
+// error and returns false.
+bool OpenDatabase(const Context& ctx, CDatabase& db);
 
 using CommandFn = int (*)(Context&);
 struct Command {

@@ -12,13 +12,7 @@ int Ping(dvnbt::Context& ctx) {
         return dvnbt::kUsage;
     }
     CDatabase db;
-    int level = ctx.dataSource.empty()
-                    ? DvnConvCoreDbIF::OpenDatabaseFromProfile(db, ctx.dbUser, ctx.dbPassword)
-                    : DvnConvCoreDbIF::OpenDatabaseFromFile(ctx.dataSource.c_str(), db, ctx.dbUser, ctx.dbPassword);
-    if (level != 0) {
-        dvnbt::Error("cannot open " + ctx.Describe() + ": " + DvnConvCoreDbIF::LastOpenError().str());
-        return dvnbt::kFailed;
-    }
+    if (!dvnbt::OpenDatabase(ctx, db)) return dvnbt::kFailed;
     std::cout << "product: " << db.GetDBMSName() << " " << db.GetDBMSVersion() << "\n"
               << "connect: " << RedactPassword(db.GetConnect()) << "\n"
               << "prefix: " << DvnConvCoreDbIF::GetTablePrefix(db) << std::endl;

@@ -23,6 +23,15 @@ const std::vector<Command>& Commands() { return Registry(); }
 
 void Error(const std::string& text) { std::cerr << "dvnbt: " << text << std::endl; }
 
+bool OpenDatabase(const Context& ctx, CDatabase& db) {
+    int level = ctx.dataSource.empty()
+                    ? DvnConvCoreDbIF::OpenDatabaseFromProfile(db, ctx.dbUser, ctx.dbPassword)
+                    : DvnConvCoreDbIF::OpenDatabaseFromFile(ctx.dataSource.c_str(), db, ctx.dbUser, ctx.dbPassword);
+    if (level == 0) return true;
+    Error("cannot open " + ctx.Describe() + ": " + DvnConvCoreDbIF::LastOpenError().str());
+    return false;
+}
+
 std::string Context::Describe() const {
     if (!dbFile.empty()) return "database file " + dbFile;
     if (!dataSource.empty()) return "data source " + RedactPassword(dataSource.c_str()).str();
@@ -32,7 +41,8 @@ std::string Context::Describe() const {
 namespace {
 
 void Usage(std::ostream& os) {
-    os << "usage: dvnbt [--db FILE | --dsn NAME] [--db-user USER] COMMAND [ARGS...]\n"
+    os << "usage: dvnbt [--db FILE | --dsn NAME] [--db-user USER] [--user NAME] [--system-group NAME]\n"
+          "             COMMAND [ARGS...]\n"
           "       dvnbt --help | --version\n"
           "\n"
           "Connection (every command):\n"
@@ -42,12 +52,20 @@ void Usage(std::ostream& os) {
           "                  with neither: BTODBCDataSourceName of the machine profile\n"
           "  --db-user USER  database user; the password comes from $DVNBT_DB_PASSWORD\n"
           "\n"
+          "Login (commands that read or change the definitions, such as import):\n"
+          "  --user NAME     the build-time user, else $DVNBT_USER; the password comes\n"
+          "                  from $DVNBT_PASSWORD, else a prompt on a terminal\n"
+          "  --system-group NAME\n"
+          "                  the user's system group, else SystemGroup of the machine\n"
+          "                  profile, else SYS_GRP\n"
+          "\n"
           "Commands:\n";
     for (const Command& c : Commands()) {
         std::string head = std::string(c.name) + (*c.synopsis ? " " : "") + c.synopsis;
         os << "  " << head << std::string(head.size() < 22 ? 22 - head.size() : 1, ' ') << c.summary << "\n";
     }
-    os << "\nExit status: 0 done, 1 failed, 2 wrong usage, 3 done with warnings.\n";
+    os << "\nExit status: 0 done, 1 failed, 2 wrong usage, 3 done with warnings,\n"
+          "4 done with errors (some objects not stored).\n";
 }
 
 int UsageError(const std::string& text) {
@@ -77,13 +95,17 @@ int main(int argc, char** argv) {
         } else if (a == "--version") {
             std::cout << "dvnbt " << DVNBT_VERSION << std::endl;
             return kOk;
-        } else if (a == "--db" || a == "--dsn" || a == "--db-user") {
+        } else if (a == "--db" || a == "--dsn" || a == "--db-user" || a == "--user" || a == "--system-group") {
             const char* v = value(a.c_str());
             if (!v || !*v) return UsageError("option " + a + " needs a value");
             if (a == "--db")
                 ctx.dbFile = v;
             else if (a == "--dsn")
                 dsn = v;
+            else if (a == "--user")
+                ctx.user = v;
+            else if (a == "--system-group")
+                ctx.systemGroup = v;
             else
                 ctx.dbUser = DvnString(v);
         } else if (a.size() > 1 && a[0] == '-') {

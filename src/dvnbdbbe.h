@@ -1,0 +1,188 @@
+// DvnConvCoreDbBe: the back end. It walks the entities of the core model and
+// writes them to the tables, one recordset per table, one transaction per
+// object. This header is the frame shared by every store; the stores
+// themselves live in src/dvnbdbbe/, one file per subject (frame, process
+// model, staff and programs, topology).
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "dvnfcorn.h"
+#include "dvnkernn.h"
+#include "odbcframe.h"
+
+class DvnCategorySet;
+
+class DvnConvCoreDbBe {
+public:
+    // Result levels: the highest met wins.
+    enum Level { LevelOk = 0, LevelWarning = 4, LevelError = 8, LevelFatal = 12 };
+
+    // Entity states as the integer behind DvnfObject::State().
+    enum EntityState {
+        StateNone = 0,       // takes no part in a save
+        StateDeleted = 1,    // remove the row
+        StateNew = 2,        // no row yet
+        StateUnchanged = 3,  // object and row agree
+        StateChanged = 4,    // object and row differ
+    };
+
+    // Row marks in the column CHECKED_OUT.
+    enum RowMark {
+        MarkClean = 0,
+        MarkChangedRead = 1,
+        MarkNewEditor = 2,
+        MarkChanged = 3,
+        MarkTombstone = 4,
+        MarkNew = 5,
+        MarkFirstPassDone = 9,  // first pass inserted the row, second pass pending
+    };
+
+    // Import mode: core data of its own, rows matched by name.
+    DvnConvCoreDbBe();
+    // Editor mode: the caller's core data (never deleted), rows matched by
+    // identifier.
+    explicit DvnConvCoreDbBe(DvnfTRXData* data);
+    virtual ~DvnConvCoreDbBe();
+    DvnConvCoreDbBe(const DvnConvCoreDbBe&) = delete;
+    DvnConvCoreDbBe& operator=(const DvnConvCoreDbBe&) = delete;
+
+    // ---- options
+    void SetOverwriteOption(bool overwrite) { m_bOverwrite = overwrite; }
+    // true: rows are written clean (mark 0) and deletions are physical;
+    // false: rows are marked 5 (new) or 3 (changed), deletions leave mark 4.
+    void SetSourceOption(bool source) { m_nSourceMark = source ? MarkClean : MarkNew; }
+    void SetCurrentUser(const DvnString& user) { m_strCurrentUser = user; }
+    void SetTablePrefix(const CString& prefix) { m_strTablePrefix = prefix; }
+    CString GetTablePrefix() const { return m_strTablePrefix; }
+    DvnfTRXData* CoreData() const { return m_pCoreData; }
+    bool Overwrite() const { return m_bOverwrite; }
+    int32_t SourceMark() const { return m_nSourceMark; }
+
+    // ---- parse: the TRX file into the core data; the parser's result as it
+    // stands (above 2 is failure and is reported as 51301).
+    int LoadTRX(const DvnString& file);
+
+    // ---- the row of VERSION, written on an initial load when missing.
+    int SaveVersion(CDatabase& db);
+
+    // ---- the saves of an import, in the order the facade calls them.
+    int SaveDomains(CDatabase& db, bool authorized);
+    int SaveSystemGroups(CDatabase& db, bool authorized);
+    int SaveNodes(CDatabase& db, bool authorized);
+    int SaveQueueManagers(CDatabase& db, bool authorized);
+    int SaveSystems(CDatabase& db, bool authorized);
+    int SaveServers(CDatabase& db, bool authorized, const DvnString& system);
+    int SaveCategories(CDatabase& db, bool authorized);
+    int SaveLevels(CDatabase& db, bool authorized);
+    int SavePeople(CDatabase& db, bool authorized);
+    int SaveOrgs(CDatabase& db, bool authorized);
+    int SaveActInstanceLists(CDatabase& db, bool authorized);
+    int SavePrcInstanceLists(CDatabase& db, bool authorized);
+    int SavePrcTemplateLists(CDatabase& db, bool authorized);
+    int SaveWorkLists(CDatabase& db, bool authorized);
+    int SaveRoles(CDatabase& db, bool authorized);
+    int SavePeople2(CDatabase& db, bool authorized);
+    int SavePEAs(CDatabase& db, bool authorized);
+    int SaveDataStructures(CDatabase& db, bool authorized);
+    int SavePrograms(CDatabase& db, bool authorized);
+    int SaveProcesses(CDatabase& db, bool authorized, bool byIdentifier);
+    int SaveToolSets(CDatabase& db, bool authorized);
+
+    // ---- categories
+    int SaveCategory(CDatabase& db, DvnfEntity& entity);
+    int ReadCategoryAttributes(CDatabase& db, DvnfEntity& entity, DvnCategorySet& row, bool isNew);
+
+    // ---- link access for the Read<X>Attributes
+    // The target of the first link of that name to that type; may be invalid.
+    DvnfEntity& GetLink(const DvnfString& linkName, DvnfEntity& entity, const DvnfString& targetType);
+    // The name of that target, or an empty text when the first link is not valid.
+    CString GetLinkName(const DvnfString& linkName, DvnfEntity& entity, const DvnfString& targetType);
+
+    // ---- frame operations
+    // 2 and 4 become 3 on a valid entity; 0, 1 and 3 stay.
+    void ResetState(DvnfEntity& entity);
+    // Runs a statement that removes rows; 0, or 8 after reporting 51368.
+    int DeleteObject(CDatabase& db, const CString& statement, const CString& table);
+    // Profile key "System" (fallback "DVNSYS"), read once.
+    DvnString DefaultSystem();
+    // Profile key "SystemGroup" (fallback "SYS_GRP"), read once.
+    DvnString DefaultSysGrp();
+
+protected:
+    // Which right gates a family, and how a refusal is reported.
+    struct Right {
+        long message;      // 51165, 51166 or 51167
+        const char* trace; // "No process modeling authorization", ...
+    };
+    static const Right ModelingRight;
+    static const Right StaffRight;
+    static const Right TopologyRight;
+
+    // The first pass of every Save<X>s: each valid entity of the type with a
+    // state other than 0 is saved inside BeginTrans/CommitTrans (when
+    // withTransaction); a missing right is reported once, at the first entity
+    // with something to save, and gives 4. Returns the highest level.
+    int SaveLoop(CDatabase& db, const char* typeName, bool authorized, const Right& right, const char* kind,
+                 const std::function<int(DvnfEntity&)>& save, bool withTransaction = true);
+    // The second pass: each valid entity with a state above 1, in a
+    // transaction, without a further test of the right.
+    int SecondPassLoop(CDatabase& db, const char* typeName, const std::function<int(DvnfEntity&)>& save2);
+
+    // A kind whose store is not there yet: reports 51900 (name, kind) and
+    // gives 8, so that nothing of the file is lost in silence.
+    int NotStoredYet(DvnfEntity& entity, const char* kind);
+
+    // The message handler of the core data; unused arguments stay null.
+    void Report(long number, const DvnString& a1 = DvnString(), const DvnString& a2 = DvnString(),
+                const DvnString& a3 = DvnString(), const DvnString& a4 = DvnString(),
+                const DvnString& a5 = DvnString(), const DvnString& a6 = DvnString(),
+                const DvnString& a7 = DvnString());
+    // The one way of dealing with a database exception: 51368 with the
+    // exception's text, the trace "Exception <action> table <table>: rc =...",
+    // the exception freed, the recordset closed when it is open. Gives 8.
+    int ReportDbException(CDBException* e, const char* action, const char* table, CRecordset* rs = nullptr);
+    // Prefix + bare table name.
+    CString Table(const char* bareName) const { return m_strTablePrefix + bareName; }
+    // The mark of a row that a save updates (families without a second
+    // pass): 3 for a row marked 0 or 3 in a marking run, else the source mark.
+    int MarkForUpdate(int current) const;
+    // The mark of a row that a first pass inserts: 9 in a family with a
+    // second pass, which then sets the source mark; else the source mark.
+    int MarkForInsert(bool withSecondPass) const { return withSecondPass ? MarkFirstPassDone : m_nSourceMark; }
+    // The second pass at its row: a row marked 9 (inserted by this run's
+    // first pass) takes the source mark and is written; any other row was
+    // there before this run and is written only with overwrite on. False:
+    // leave the row alone, level 0.
+    bool SecondPassMayWrite(int& checkedOut) const;
+
+    // Stores not yet there: one save per entity that reports it as not
+    // storable. Each is replaced by the real store of its kind.
+    int SaveDomain(CDatabase& db, DvnfEntity& entity);
+    int SaveSystemGrp(CDatabase& db, DvnfEntity& entity);
+    int SaveNode(CDatabase& db, DvnfEntity& entity);
+    int SaveQueueManager(CDatabase& db, DvnfEntity& entity);
+    int SaveSystem(CDatabase& db, DvnfEntity& entity);
+    int SaveServer(CDatabase& db, DvnfEntity& entity, const DvnString& system);
+    int SaveLevel(CDatabase& db, DvnfEntity& entity);
+    int SavePerson(CDatabase& db, DvnfEntity& entity);
+    int SaveOrganization(CDatabase& db, DvnfEntity& entity);
+    int SaveList(CDatabase& db, DvnfEntity& entity, const char* kind);
+    int SaveRole(CDatabase& db, DvnfEntity& entity);
+    int SavePEA(CDatabase& db, DvnfEntity& entity);
+    int SaveDataStructure(CDatabase& db, DvnfEntity& entity);
+    int SaveProgram(CDatabase& db, DvnfEntity& entity);
+    int SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdentifier);
+    int SaveToolSet(CDatabase& db, DvnfEntity& entity);
+
+    DvnfTRXData* m_pCoreData;
+    CString m_strTablePrefix;
+    DvnString m_strDefaultSystem;
+    DvnString m_strDefaultSysGrp;
+    DvnString m_strCurrentUser;
+    bool m_bCallerData;
+    bool m_bOverwrite;
+    int32_t m_nSourceMark;
+    DvnfProcessed m_processed;
+};

@@ -1,0 +1,49 @@
+// The one way in which a recordset class reads one value by key: set the
+// filter, open read-only as a snapshot on prefix plus table, take the first
+// row, close on every path.
+#pragma once
+
+#include <iostream>
+
+#include "odbcframe.h"
+
+namespace dvnlookup {
+
+// The filter with " AND CHECKED_OUT <> 4" behind it unless tombstones count.
+CString WithTombstoneRule(const CString& filter, bool includeDeleted);
+
+// A bare name or identifier as an SQL string literal: in quotes, with every
+// quote inside doubled.
+CString Literal(const CString& bare);
+
+// Opens rs on table with filter and returns take() of the first row, or
+// empty when there is none or Open refuses. A CDBException goes up, with the
+// recordset closed.
+template <class T, class Take>
+T FirstRow(CRecordset& rs, const CString& table, const CString& filter, T empty, Take take) {
+    struct Closer {
+        CRecordset& rs;
+        ~Closer() {
+            if (rs.IsOpen()) rs.Close();
+        }
+    } closer{rs};
+    rs.m_strFilter = filter;
+    if (!rs.Open(CRecordset::snapshot, table, CRecordset::readOnly)) return empty;
+    if (rs.GetRecordCount() < 1 || rs.IsEOF()) return empty;
+    return take();
+}
+
+// As FirstRow, but a CDBException writes its text and an end of line on
+// standard output, is deleted, and gives the empty result.
+template <class T, class Take>
+T FirstRowQuiet(CRecordset& rs, const CString& table, const CString& filter, T empty, Take take) {
+    try {
+        return FirstRow(rs, table, filter, empty, take);
+    } catch (CDBException* e) {
+        std::cout << e->m_strError << std::endl;
+        e->Delete();
+        return empty;
+    }
+}
+
+}  // namespace dvnlookup

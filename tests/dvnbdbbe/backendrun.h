@@ -1,0 +1,36 @@
+// One run of the back end on core data of the test's own, whose messages are
+// collected: the entities are made by hand, as a parsed file would give them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "dvnbdbbe.h"
+#include "dvnfcorn.h"
+#include "repositorydb.h"
+
+struct BackEndRun {
+    DvnfCollectingMessageHandler handler;
+    DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
+    DvnConvCoreDbBe be{&data};
+
+    explicit BackEndRun(bool sourceOption) {
+        be.SetSourceOption(sourceOption);
+        be.SetTablePrefix("DVBT.");
+    }
+    // A new entity (state 2) of the type.
+    DvnfEntity& Add(const char* type, const char* name) {
+        return data.CreateEntity(DvnfString(type), DvnfString(""), DvnfString(name));
+    }
+    // Each report as "number|arg|arg...", null arguments left out.
+    std::vector<std::string> Messages() const {
+        std::vector<std::string> out;
+        for (const auto& e : handler.Entries()) {
+            std::string line = std::to_string(e.number);
+            for (const DvnString& a : e.args)
+                if (!a.IsNull()) line += "|" + a.str();
+            out.push_back(line);
+        }
+        return out;
+    }
+};

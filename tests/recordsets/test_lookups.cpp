@@ -1,0 +1,279 @@
+// The lookups of the recordset classes on both databases: filters, the
+// tombstone rule, quoting, empty results and failures.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "dvnrecordsets.h"
+#include "repositorydb.h"
+
+namespace {
+
+// A name as the callers pass it: an SQL literal with quotes doubled.
+CString Quoted(const char* name) { return CString(DvnString(name).AsQuoted("'", "'").str()); }
+
+class Lookups : public RepositoryTest {
+protected:
+    void Exec(const std::string& sql) { ExecAll(Db(), {sql.c_str()}); }
+    template <class F>
+    std::string Stdout(F f) {
+        testing::internal::CaptureStdout();
+        f();
+        return testing::internal::GetCapturedStdout();
+    }
+};
+
+// The classes looked up by name with the tombstone flag: one clean row and
+// one tombstone whose name holds a quote, in each table.
+TEST_P(Lookups, ByNameAndByIdHonourTombstonesAndQuotes) {
+    struct Family {
+        const char* table;
+        const char* key;
+        bool quotedName;  // false: the lookup takes the bare name
+        std::function<CString(const CString&, bool)> byName;
+        std::function<DvnfString(const CString&, bool)> byId;
+    };
+    DvnCategorySet cat(&Db());
+    DvnDataStructureSet ds(&Db());
+    DvnProgramSet prog(&Db());
+    DvnRoleSet role(&Db());
+    DvnOrganizationSet org(&Db());
+    DvnSystemSet sys(&Db());
+    const std::vector<Family> families = {
+        {"CATEGORY", "CATID", true, [&](auto& n, bool d) { return cat.GetCatID(n, prefix, d); },
+         [&](auto& i, bool d) { return cat.GetName(i, prefix, d); }},
+        {"DATA_STRUCTURE", "DSID", true, [&](auto& n, bool d) { return ds.GetDsID(n, prefix, d); },
+         [&](auto& i, bool d) { return ds.GetName(i, prefix, d); }},
+        {"PROGRAM", "PROGRAM_ID", true, [&](auto& n, bool d) { return prog.GetProgramID(n, prefix, d); },
+         [&](auto& i, bool d) { return prog.GetName(i, prefix, d); }},
+        {"ROLE", "ROLE_ID", true, [&](auto& n, bool d) { return role.GetRoleID(n, prefix, d); },
+         [&](auto& i, bool d) { return role.GetName(i, prefix, d); }},
+        {"ORGANIZATION", "ORGANIZATION_ID", true,
+         [&](auto& n, bool d) { return org.GetOrganizationID(n, prefix, d); },
+         [&](auto& i, bool d) { return org.GetName(i, prefix, d); }},
+        {"SYSTEM", "SYSTEM_ID", false, [&](auto& n, bool d) { return sys.GetSystemID(n, prefix, d); },
+         [&](auto& i, bool d) { return sys.GetName(i, prefix, d); }},
+    };
+    for (const auto& f : families) {
+        SCOPED_TRACE(f.table);
+        auto name = [&](const char* n) { return f.quotedName ? Quoted(n) : CString(n); };
+        const std::string insert = std::string("INSERT INTO DVBT.") + f.table + " (" + f.key + ", NAME, CHECKED_OUT) ";
+        EXPECT_EQ(f.byName(name("Plain"), false), "");  // an empty table
+        Exec(insert + "VALUES ('K1', 'Plain', 0)");
+        Exec(insert + "VALUES ('K2', 'O''Brien', 4)");
+        Exec(insert + "VALUES ('K3', 'Changed', 3)");
+        EXPECT_EQ(f.byName(name("Plain"), false), "K1");
+        EXPECT_EQ(f.byName(name("Changed"), false), "K3");
+        EXPECT_EQ(f.byName(name("O'Brien"), false), "");
+        EXPECT_EQ(f.byName(name("O'Brien"), true), "K2");
+        EXPECT_EQ(f.byName(name("plain"), true), "");
+        EXPECT_EQ(f.byName(name("Nobody"), true), "");
+        EXPECT_EQ(std::string(f.byId("K1", false)), "Plain");
+        EXPECT_EQ(std::string(f.byId("K2", false)), "");
+        EXPECT_EQ(std::string(f.byId("K2", true)), "O'Brien");
+        EXPECT_TRUE(f.byId("K9", true).IsEmpty());
+    }
+}
+
+TEST_P(Lookups, PersonIdsAreFoundInUpperCaseWhateverTheCaseOfTheName) {
+    DvnPersonSet person(&Db());
+    EXPECT_EQ(person.GetPersonID(Quoted("jdoe"), prefix, false), "");
+    Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P1', 'JDOE', 0)");
+    Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P2', 'D''ARCY', 4)");
+    EXPECT_EQ(person.GetPersonID(Quoted("jDoe"), prefix, false), "P1");
+    EXPECT_EQ(person.GetPersonID(Quoted("JDOE"), prefix, false), "P1");
+    EXPECT_EQ(person.GetPersonID(Quoted("d'Arcy"), prefix, false), "");
+    EXPECT_EQ(person.GetPersonID(Quoted("d'Arcy"), prefix, true), "P2");
+    EXPECT_EQ(std::string(person.GetName("P1", prefix, false)), "JDOE");
+    EXPECT_EQ(std::string(person.GetName("P2", prefix, false)), "");
+    EXPECT_EQ(std::string(person.GetName("P2", prefix, true)), "D'ARCY");
+}
+
+TEST_P(Lookups, LevelsGiveMinusOneWithoutARow) {
+    DvnStaffLevelSet level(&Db());
+    EXPECT_EQ(level.GetDefaultLevelID(prefix), -1);
+    EXPECT_EQ(level.GetLevelID(3, prefix), -1);
+    Exec("INSERT INTO DVBT.STAFF_LEVEL (LEVEL_ID, NAME, CHECKED_OUT) VALUES (3, 'Three', 0)");
+    EXPECT_EQ(level.GetLevelID(3, prefix), 3);
+    EXPECT_EQ(level.GetLevelID(4, prefix), -1);
+    EXPECT_EQ(level.GetDefaultLevelID(prefix), 3);
+}
+
+TEST_P(Lookups, TopologyLookupsAndDefaults) {
+    DvnDomainSet domain(&Db());
+    DvnSystemGroupSet group(&Db());
+    DvnSystemSet system(&Db());
+    DvnNodeSet node(&Db());
+    DvnQueueManagerSet qm(&Db());
+    // Empty tables: every text lookup and every default is empty.
+    EXPECT_EQ(domain.GetDefaultDomainID(prefix), "");
+    EXPECT_EQ(group.GetDefaultSysGrpID(prefix), "");
+    EXPECT_EQ(system.GetDefaultSystemID(prefix), "");
+    EXPECT_EQ(system.GetPrimarySystem(prefix), "");
+    EXPECT_EQ(node.GetDefaultNodeID(prefix), "");
+    EXPECT_EQ(qm.GetDefaultQueueManagerID(prefix), "");
+    EXPECT_FALSE(system.GetSystemIdentifier(42, prefix));
+
+    Exec("INSERT INTO DVBT.DV_DOMAIN (DOMAIN_ID, NAME, SYSTEM_QUALIFIER, CHECKED_OUT) VALUES ('D1', 'dom', 'QX', 0)");
+    Exec("INSERT INTO DVBT.SYSTEM_GROUP (SYSTEM_GROUP_ID, NAME, DV_DOMAIN, CHECKED_OUT) VALUES ('G1', 'grp', 'D1', 0)");
+    Exec("INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME, SYSTEM_GROUP, SYSTEM_IDENTIFIER, PRIMARY_SYSTEM, CHECKED_OUT) "
+         "VALUES ('S1', 'sys1', 'G1', 42, 0, 0)");
+    Exec("INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME, SYSTEM_GROUP, SYSTEM_IDENTIFIER, PRIMARY_SYSTEM, CHECKED_OUT) "
+         "VALUES ('S2', 'sys''2', 'G1', 43, 1, 0)");
+    Exec("INSERT INTO DVBT.NODE (NODE_ID, NAME, CHECKED_OUT) VALUES ('N1', 'Default Node', 0)");
+    Exec("INSERT INTO DVBT.QUEUE_MANAGER (QUEUE_MANAGER_ID, NAME, QUEUE_MANAGER_NAME, CHECKED_OUT) "
+         "VALUES ('Q1', 'QM1', 'MQ1', 0)");
+    Exec("INSERT INTO DVBT.QUEUE_MANAGER (QUEUE_MANAGER_ID, NAME, QUEUE_MANAGER_NAME, CHECKED_OUT) "
+         "VALUES ('Q2', 'QM2', 'MQ2', 0)");
+
+    EXPECT_EQ(domain.GetDomainID("dom", prefix), "D1");
+    EXPECT_EQ(domain.GetDefaultDomainID(prefix), "D1");
+    EXPECT_EQ(std::string(domain.GetName("D1", prefix)), "dom");
+    EXPECT_EQ(domain.GetPrefix("D1", prefix), "QX");
+    EXPECT_EQ(group.GetSysGrpID("grp", prefix), "G1");
+    EXPECT_EQ(group.GetDefaultSysGrpID(prefix), "G1");
+    EXPECT_EQ(std::string(group.GetName("G1", prefix)), "grp");
+    EXPECT_EQ(system.GetSystemID("sys'2", prefix, false), "S2");
+    EXPECT_EQ(system.GetSystemGroupID("S1", prefix), "G1");
+    EXPECT_EQ(system.GetPrimarySystem(prefix), "S2");
+    EXPECT_TRUE(system.GetSystemIdentifier(42, prefix));
+    EXPECT_FALSE(system.GetSystemIdentifier(44, prefix));
+    EXPECT_FALSE(system.GetDefaultSystemID(prefix).IsEmpty());
+    EXPECT_EQ(node.GetNodeID(Quoted("Default Node"), prefix), "N1");
+    EXPECT_EQ(node.GetDefaultNodeID(prefix), "N1");
+    EXPECT_EQ(std::string(node.GetName("N1", prefix)), "Default Node");
+    EXPECT_EQ(qm.GetQueueManagerID(Quoted("QM2"), prefix), "Q2");
+    EXPECT_EQ(std::string(qm.GetName("Q2", prefix)), "QM2");
+    EXPECT_EQ(qm.GetQmgrName("Q2", prefix), "MQ2");
+    // A definition may keep its own queue manager name, not take another's.
+    EXPECT_TRUE(qm.IsValidQueueManagerName("MQ1", Quoted("QM1"), prefix));
+    EXPECT_FALSE(qm.IsValidQueueManagerName("MQ1", Quoted("QM2"), prefix));
+    EXPECT_TRUE(qm.IsValidQueueManagerName("MQ9", Quoted("QM2"), prefix));
+}
+
+TEST_P(Lookups, ServersAndAgents) {
+    Exec("INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('PS1', 'PES', 'S1', 0)");
+    Exec("INSERT INTO DVBT.USER_PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('US1', 'UPES', 'S2', 0)");
+    Exec("INSERT INTO DVBT.GATEWAY_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('GW1', 'GATE', 'S1', 0)");
+    DvnPEServerSet pes(&Db());
+    DvnUPEServerSet upes(&Db());
+    DvnServerSet server(&Db());
+    EXPECT_EQ(pes.GetPESID("PES", "S1", prefix), "PS1");
+    EXPECT_EQ(pes.GetPESID("PES", "S2", prefix), "");
+    CString system;
+    EXPECT_EQ(pes.GetPESIDNoSystem("PES", system, prefix), "PS1");
+    EXPECT_EQ(system, "S1");
+    EXPECT_EQ(pes.GetSystem("PS1", prefix), "S1");
+    EXPECT_EQ(std::string(pes.GetName("PS1", prefix)), "PES");
+    EXPECT_EQ(upes.GetUPESID("UPES", "S2", prefix), "US1");
+    EXPECT_EQ(upes.GetUPESIDNoSystem("UPES", system, prefix), "US1");
+    EXPECT_EQ(system, "S2");
+    EXPECT_EQ(std::string(upes.GetName("US1", prefix)), "UPES");
+    EXPECT_EQ(server.GetServerID("GATE", "S1", prefix, "GATEWAY_SERVER"), "GW1");
+    EXPECT_EQ(server.GetServerID("GATE", "S1", prefix, "MODELLING_SERVER"), "");
+
+    // An agent is found by its person's user id, which the schema keeps in
+    // PE_AGENT.NAME, whichever of the two rows comes first.
+    DvnPEASet agent(&Db());
+    Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P1', 'ANNA', 0)");
+    Exec("INSERT INTO DVBT.PE_AGENT (PE_AGENT_ID, ASSOC_USER, CHECKED_OUT) VALUES ('A1', 'P1', 0)");
+    Exec("INSERT INTO DVBT.PE_AGENT (PE_AGENT_ID, ASSOC_USER, CHECKED_OUT) VALUES ('A2', 'P2', 0)");
+    EXPECT_EQ(agent.GetPEAID("ANNA", prefix), "A1");
+    EXPECT_EQ(agent.GetPEAID("BERT", prefix), "");
+    Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P2', 'BERT', 0)");
+    EXPECT_EQ(agent.GetPEAID("BERT", prefix), "A2");
+    Exec("UPDATE DVBT.PE_AGENT SET ASSOC_USER = 'P2' WHERE PE_AGENT_ID = 'A1'");
+    EXPECT_EQ(agent.GetPEAID("ANNA", prefix), "");
+}
+
+TEST_P(Lookups, DiagramNodesFoundInsideAndOutsideBlocks) {
+    Exec("INSERT INTO DVBT.PROCESS (PID, NAME, CHECKED_OUT) VALUES ('P1', 'Pay''roll', 0)");
+    Exec("INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, INSIDE_BLOCK) VALUES ('A1', 'Check', 'P1', NULL)");
+    Exec("INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, INSIDE_BLOCK) VALUES ('B1', 'Block', 'P1', NULL)");
+    Exec("INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, INSIDE_BLOCK) VALUES ('A2', 'Check', 'P1', 'B1')");
+    Exec("INSERT INTO DVBT.SOURCE (SOURCE_ID, SOURCE_NUMBER, PID, BLOCK_AID) VALUES ('SO1', 1, 'P1', NULL)");
+    Exec("INSERT INTO DVBT.SOURCE (SOURCE_ID, SOURCE_NUMBER, PID, BLOCK_AID) VALUES ('SO2', 1, 'P1', 'B1')");
+    Exec("INSERT INTO DVBT.SINK (SINK_ID, SINK_NUMBER, PID, BLOCK_AID) VALUES ('SI1', 2, 'P1', NULL)");
+    Exec("INSERT INTO DVBT.SINK (SINK_ID, SINK_NUMBER, PID, BLOCK_AID) VALUES ('SI2', 2, 'P1', 'B1')");
+    DvnActivitySet act(&Db());
+    EXPECT_EQ(act.GetAID(Quoted("Check"), "P1", "", prefix), "A1");
+    EXPECT_EQ(act.GetAID(Quoted("Check"), "P1", "B1", prefix), "A2");
+    EXPECT_EQ(act.GetAID(Quoted("Check"), "P2", "", prefix), "");
+    EXPECT_EQ(act.GetPID("A2", prefix), "P1");
+    EXPECT_EQ(act.GetBlockID("A2", prefix), "B1");
+    EXPECT_EQ(act.GetBlockID("A1", prefix), "");
+    EXPECT_EQ(std::string(act.GetName("A2", prefix)), "Check");
+    DvnSourceSet source(&Db());
+    DvnSinkSet sink(&Db());
+    EXPECT_EQ(source.GetSourceID(1, "P1", prefix), "SO1");
+    EXPECT_EQ(source.GetSourceID(1, "P1", "B1", prefix), "SO2");
+    EXPECT_EQ(source.GetSourceID(2, "P1", prefix), "");
+    EXPECT_EQ(sink.GetSinkID(2, "P1", prefix), "SI1");
+    EXPECT_EQ(sink.GetSinkID(2, "P1", "B1", prefix), "SI2");
+    DvnSimplePrcSet process(&Db());
+    EXPECT_EQ(process.GetProcessID(Quoted("Pay'roll"), prefix), "P1");
+    EXPECT_EQ(process.GetProcessID(Quoted("payroll"), prefix), "");
+}
+
+TEST_P(Lookups, ListsAreFoundInTheTableTheCallerNames) {
+    Exec("INSERT INTO DVBT.WORK_LIST (LIST_ID, NAME, BEEP_OPTION, CHECKED_OUT) VALUES ('W1', 'Mine', 1, 0)");
+    Exec("INSERT INTO DVBT.PRC_TEMPLATE_LIST (LIST_ID, NAME, CHECKED_OUT) VALUES ('T1', 'Mine', 0)");
+    DvnListSet list(&Db());
+    EXPECT_EQ(list.GetListID(Quoted("Mine"), prefix, "WORK_LIST"), "W1");
+    EXPECT_EQ(list.GetListID(Quoted("Mine"), prefix, "PRC_TEMPLATE_LIST"), "T1");
+    EXPECT_EQ(list.GetListID(Quoted("Mine"), prefix, "ACT_INSTANCE_LIST"), "");
+}
+
+// A lookup by name swallows a database failure: the error text and an end
+// of line on standard output, the empty result. A lookup by key lets it go up.
+TEST_P(Lookups, AFailingOpenGivesTheEmptyResultOrGoesUp) {
+    ExecAll(Db(), {"DROP TABLE DVBT.ROLE", "DROP TABLE DVBT.STAFF_LEVEL", "DROP TABLE DVBT.QUEUE_MANAGER",
+                   "DROP TABLE DVBT.CATEGORY", "DROP TABLE DVBT.PROCESS"});
+    DvnRoleSet role(&Db());
+    CString id = "unset";
+    std::string out = Stdout([&] { id = role.GetRoleID(Quoted("Boss"), prefix, false); });
+    EXPECT_EQ(id, "");
+    ASSERT_FALSE(out.empty());
+    EXPECT_EQ(out.back(), '\n');
+    std::string lower = out;
+    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    EXPECT_NE(lower.find("role"), std::string::npos) << out;  // the driver's text names the table
+    EXPECT_FALSE(role.IsOpen());
+
+    DvnStaffLevelSet level(&Db());
+    long levelId = 0;
+    Stdout([&] { levelId = level.GetLevelID(1, prefix); });
+    EXPECT_EQ(levelId, -1);
+    DvnQueueManagerSet qm(&Db());
+    bool valid = false;
+    Stdout([&] { valid = qm.IsValidQueueManagerName("MQ1", Quoted("QM1"), prefix); });
+    EXPECT_TRUE(valid);
+    DvnSimplePrcSet process(&Db());
+    EXPECT_EQ(Stdout([&] { EXPECT_EQ(process.GetProcessID(Quoted("P"), prefix), ""); }).empty(), false);
+
+    DvnCategorySet cat(&Db());
+    bool raised = false;
+    out = Stdout([&] {
+        try {
+            cat.GetCatID(Quoted("C"), prefix, false);
+        } catch (CDBException* e) {
+            raised = !e->m_strError.IsEmpty();
+            e->Delete();
+        }
+    });
+    EXPECT_TRUE(raised);
+    EXPECT_EQ(out, "");
+    EXPECT_FALSE(cat.IsOpen());
+    raised = false;
+    try {
+        role.GetName("R1", prefix, true);
+    } catch (CDBException* e) {
+        raised = true;
+        e->Delete();
+    }
+    EXPECT_TRUE(raised);
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(Lookups);
+
+}  // namespace
