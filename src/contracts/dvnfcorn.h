@@ -625,12 +625,12 @@ private:
 // lacks a name or a key. Gives the number of connectors removed.
 class DvnfProcessCleaner {
 public:
-    DvnfProcessCleaner(DvnfTRXData& data, DvnfFrontendReader* reader) : _data(data), _reader(reader) {}
+    // The data is the one the process lives in; the cleaner works through the process.
+    DvnfProcessCleaner(DvnfTRXData& /*data*/, DvnfFrontendReader* reader) : _reader(reader) {}
     long operator()(DvnfEntity& process);
 private:
     long CleanDiagram(DvnfAttributeData diagram, int depth);
     void ResolveNames(DvnfEntity& entity, int depth);
-    DvnfTRXData& _data;
     DvnfFrontendReader* _reader;
 };
 

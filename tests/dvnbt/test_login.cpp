@@ -1,6 +1,9 @@
 // The login of dvnbt on both databases: who may replace a repository.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+
 #include "repositorydb.h"
 #include "staffrows.h"
 #include "testenv.h"
@@ -21,6 +24,13 @@ protected:
         all.insert(all.end(), args.begin(), args.end());
         return RunDvnbt(all, env);
     }
+    // A TRX file of two categories, kept for the test.
+    std::string CategoryFile() {
+        std::string path = (std::filesystem::temp_directory_path() / ("dvnbt_login_" + std::to_string(getpid()) + ".trx")).string();
+        std::ofstream(path) << "Category \"Claims\" {}\nCategory \"Loans\" {}\n";
+        return path;
+    }
+    std::string Count(const char* table) { return QueryValue(Db(), "SELECT COUNT(*) FROM " + prefix.str() + table); }
     std::string Persons() { return QueryValue(Db(), "SELECT COUNT(*) FROM " + prefix.str() + "PERSON"); }
     void AddAdministrator(const char* id, const char* userId, const char* groupId, const char* password) {
         AddRole(Db(), "R_" + std::string(id), "System administrator");
@@ -65,6 +75,42 @@ TEST_P(DvnbtLogin, ARepositoryWithoutPersonsNeedsNoLoginToBeReplaced) {
     CliResult done = Run({"init", "--recreate"});
     EXPECT_EQ(done.status, 0) << done.err;
     EXPECT_EQ(Persons(), "0");
+}
+
+TEST_P(DvnbtLogin, AnImportRunsUnderTheLoggedInUsersRights) {
+    const std::string file = CategoryFile();
+    // No persons yet: only an initial load runs, and says so.
+    CliResult refused = Run({"import", file});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("no users yet. Only an import with --initial-load"), std::string::npos) << refused.err;
+    EXPECT_EQ(Count("CATEGORY"), "0");
+    CliResult initial = Run({"import", "--initial-load", file});
+    EXPECT_EQ(initial.status, 0) << initial.err;
+    EXPECT_NE(initial.err.find("importing as initial load, with all rights"), std::string::npos) << initial.err;
+    EXPECT_EQ(Count("CATEGORY"), "2");
+    ExecAll(Db(), {"DELETE FROM DVBT.CATEGORY", "DELETE FROM DVBT.VERSION"});
+
+    AddPerson(Db(), {.id = "P1", .userId = "MODELLER", .systemGroup = "G1", .password = "m", .processModeling = 1});
+    // A wrong password or an unknown user changes nothing.
+    for (const char* user : {"DVNBT_USER=modeller", "DVNBT_USER=stranger"}) {
+        CliResult wrong = Run({"import", "--initial-load", file}, {user, "DVNBT_PASSWORD=wrong"});
+        EXPECT_EQ(wrong.status, 1) << user;
+        EXPECT_NE(wrong.err.find("login refused"), std::string::npos) << wrong.err;
+        EXPECT_TRUE(wrong.out.empty()) << wrong.out;
+        EXPECT_EQ(Count("CATEGORY"), "0");
+        EXPECT_EQ(Count("VERSION"), "0");
+    }
+    // The right password: the modelling right stores the categories, but an
+    // initial load on a repository with users is an administrator's.
+    const std::vector<std::string> modeller = {"DVNBT_USER=modeller", "DVNBT_PASSWORD=m"};
+    CliResult notAdmin = Run({"import", "--initial-load", file}, modeller);
+    EXPECT_EQ(notAdmin.status, 1);
+    EXPECT_NE(notAdmin.err.find("MODELLER is not one"), std::string::npos) << notAdmin.err;
+    EXPECT_EQ(Count("VERSION"), "0");
+    CliResult stored = Run({"import", file}, modeller);
+    EXPECT_EQ(stored.status, 0) << stored.err;
+    EXPECT_EQ(Count("CATEGORY"), "2");
+    std::filesystem::remove(file);
 }
 
 }  // namespace

@@ -76,9 +76,9 @@ bool Login(const Context& ctx, LoginFor purpose) {
         }
         switch (purpose) {
             case LoginFor::InitialLoad:
-                std::cout << "The repository has no users yet: importing as initial load, with all rights. "
-                             "The persons of this file become its users."
-                          << std::endl;
+                // A note, not a failure; standard output keeps the import's own lines.
+                Error("the repository has no users yet: importing as initial load, with all rights. "
+                      "The persons of this file become its users");
                 return true;
             case LoginFor::Administration:
                 return true;

@@ -24,8 +24,8 @@ enum class LoginFor {
     Rights,
     // An import with --initial-load, which holds every right whoever runs
     // it. On a repository without any person it runs without a login (the
-    // program says so), and the persons it loads become the users; on a
-    // repository with users it needs a system administrator.
+    // program says so on standard error), and the persons it loads become
+    // the users; on a repository with users it needs a system administrator.
     InitialLoad,
     // Work that replaces the whole repository (init --recreate): without
     // persons it runs without a login, with users it needs a system
