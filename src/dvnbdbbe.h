@@ -13,6 +13,8 @@
 #include "odbcframe.h"
 
 class DvnCategorySet;
+class DvnDataStructureSet;
+class DvnDataStructureMbrSet;
 
 class DvnConvCoreDbBe {
 public:
@@ -94,6 +96,16 @@ public:
     int SaveCategory(CDatabase& db, DvnfEntity& entity);
     int ReadCategoryAttributes(CDatabase& db, DvnfEntity& entity, DvnCategorySet& row, bool isNew);
 
+    // ---- data structures: the row in a first pass (which a caller may also
+    // run on one structure), the members in a second.
+    int SaveDataStructure(CDatabase& db, DvnfEntity& entity);
+    int SaveDataStructure2(CDatabase& db, DvnfEntity& entity);
+    int ReadDataStructureAttributes(CDatabase& db, DvnfEntity& entity, const DvnfAttributeDataReader& attributes,
+                                    DvnDataStructureSet& row, bool isNew);
+    int SaveDataStructureMbr(CDatabase& db, const DvnfAttributeDataReader& member, const CString& key, long sequence);
+    int ReadDataStructureMbrAttributes(CDatabase& db, const DvnfAttributeDataReader& member,
+                                       DvnDataStructureMbrSet& row, const CString& key, long sequence);
+
     // ---- link access for the Read<X>Attributes
     // The target of the first link of that name to that type; may be invalid.
     DvnfEntity& GetLink(const DvnfString& linkName, DvnfEntity& entity, const DvnfString& targetType);
@@ -157,6 +169,12 @@ protected:
     // leave the row alone, level 0.
     bool SecondPassMayWrite(int& checkedOut) const;
 
+    // The reference test before a structure is deleted: 0, or 4 after the
+    // message of the first user found (8 on a database exception). A
+    // structure that holds a member of this type and is itself to be deleted
+    // is deleted at once.
+    int DataStructureInUse(CDatabase& db, DvnfEntity& entity, const CString& key);
+
     // Stores not yet there: one save per entity that reports it as not
     // storable. Each is replaced by the real store of its kind.
     int SaveDomain(CDatabase& db, DvnfEntity& entity);
@@ -171,7 +189,6 @@ protected:
     int SaveList(CDatabase& db, DvnfEntity& entity, const char* kind);
     int SaveRole(CDatabase& db, DvnfEntity& entity);
     int SavePEA(CDatabase& db, DvnfEntity& entity);
-    int SaveDataStructure(CDatabase& db, DvnfEntity& entity);
     int SaveProgram(CDatabase& db, DvnfEntity& entity);
     int SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdentifier);
     int SaveToolSet(CDatabase& db, DvnfEntity& entity);

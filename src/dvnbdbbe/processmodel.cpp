@@ -1,5 +1,5 @@
-// Store of the process model: categories, the row of VERSION, data
-// structures and processes.
+// Store of the process model: categories, the row of VERSION and
+// processes (data structures: datastructures.cpp).
 #include <iostream>
 
 #include "dvnbdbbe.h"
@@ -175,17 +175,6 @@ int DvnConvCoreDbBe::SaveVersion(CDatabase& db) {
     }
     row.Close();
     return level;
-}
-
-// ------------------------------------------------------------------ data structures
-
-int DvnConvCoreDbBe::SaveDataStructures(CDatabase& db, bool authorized) {
-    return SaveLoop(db, "DataStructure", authorized, ModelingRight, "Data Structure",
-                    [&](DvnfEntity& entity) { return SaveDataStructure(db, entity); });
-}
-
-int DvnConvCoreDbBe::SaveDataStructure(CDatabase&, DvnfEntity& entity) {
-    return NotStoredYet(entity, "Data Structure");
 }
 
 // ------------------------------------------------------------------ processes

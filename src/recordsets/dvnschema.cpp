@@ -24,7 +24,7 @@ const std::vector<DvnSchema::Table> kTables = {
      {"PID", "NAME", "CATID", "INPUT_DS", "OUTPUT_DS", "ORGANIZATION", "ROLE", "ADMINISTRATOR"}, {}},
     {"PROCESS_GRAPH_ATTR", Make<DvnProcessGraphAttrSet>, {"PID"}, {}},
     {"PROCESS_TOPOL_ATTR", Make<DvnProcessTopolAttrSet>, {"PID"}, {}},
-    {"ACTIVITY", Make<DvnActivitySet>, {"AID", "PID,INSIDE_BLOCK,NAME", "INPUT_DS"}, {}},
+    {"ACTIVITY", Make<DvnActivitySet>, {"AID", "PID,INSIDE_BLOCK,NAME", "INPUT_DS", "OUTPUT_DS"}, {}},
     {"ACTIVITY_EXTENT", Make<DvnActivityExtentSet>, {"AID", "ORGANIZATION"}, {}},
     {"SOURCE", Make<DvnSourceSet>, {"SOURCE_ID", "PID,BLOCK_AID,SOURCE_NUMBER"}, {}},
     {"SINK", Make<DvnSinkSet>, {"SINK_ID", "PID,BLOCK_AID,SINK_NUMBER"}, {}},
@@ -65,7 +65,7 @@ const std::vector<DvnSchema::Table> kTables = {
     {"PERS_HAS_PRC_TMPLT", Make<DvnPersonHasPrcTemplateListSet>, {"PRC_TEMPLATE_LIST,PERSON", "PERSON"}, {}},
     {"PERS_HAS_WRK_LST", Make<DvnPersonHasWorkListSet>, {"WORK_LIST,PERSON", "PERSON"}, {}},
     // programs
-    {"PROGRAM", Make<DvnProgramSet>, {"PROGRAM_ID", "NAME", "INPUT_DS"}, {}},
+    {"PROGRAM", Make<DvnProgramSet>, {"PROGRAM_ID", "NAME", "INPUT_DS", "OUTPUT_DS"}, {}},
     {"WINNT_EXTENT", Make<DvnWPlatformSet>, {"PROGRAM_ID"}, {}},
     {"WIN95_EXTENT", Make<DvnWPlatformSet>, {"PROGRAM_ID"}, {}},
     {"NK2_EXTENT", Make<DvnOPlatformSet>, {"PROGRAM_ID"}, {}},
@@ -158,21 +158,21 @@ std::string Joined(const std::vector<std::string>& statements, const char* inden
 // names carry the database; table names inside a trigger body stand bare and
 // resolve in the trigger's own database.
 std::vector<std::string> SqliteTriggers() {
+    auto trigger = [](const std::string& name, const std::string& event, const std::string& body) {
+        return "CREATE TRIGGER DVBT." + name + " " + event + " FOR EACH ROW BEGIN\n" + body + "END";
+    };
+    const std::string agentName =
+        "  UPDATE PE_AGENT SET NAME = (SELECT USERID FROM PERSON WHERE PERSON_ID = NEW.ASSOC_USER)"
+        " WHERE rowid = NEW.rowid;\n";
+    const std::string personName = "  UPDATE PE_AGENT SET NAME = NEW.USERID WHERE ASSOC_USER = NEW.PERSON_ID;\n";
     return {
-        "CREATE TRIGGER DVBT.PROCESS_CASCADE AFTER DELETE ON PROCESS FOR EACH ROW BEGIN\n" +
-            Joined(CascadeStatements("", "OLD.PID"), "  ") + "END",
-        "CREATE TRIGGER DVBT.DATA_CONNECTOR_CASCADE AFTER DELETE ON DATA_CONNECTOR FOR EACH ROW BEGIN\n" +
-            Joined(ConnectorStatements("", "OLD.DCID"), "  ") + "END",
-        "CREATE TRIGGER DVBT.PE_AGENT_NAME_INSERT AFTER INSERT ON PE_AGENT FOR EACH ROW BEGIN\n"
-        "  UPDATE PE_AGENT SET NAME = (SELECT USERID FROM PERSON WHERE PERSON_ID = NEW.ASSOC_USER)"
-        " WHERE rowid = NEW.rowid;\nEND",
-        "CREATE TRIGGER DVBT.PE_AGENT_NAME_UPDATE AFTER UPDATE OF ASSOC_USER ON PE_AGENT FOR EACH ROW BEGIN\n"
-        "  UPDATE PE_AGENT SET NAME = (SELECT USERID FROM PERSON WHERE PERSON_ID = NEW.ASSOC_USER)"
-        " WHERE rowid = NEW.rowid;\nEND",
-        "CREATE TRIGGER DVBT.PERSON_AGENT_NAME_INSERT AFTER INSERT ON PERSON FOR EACH ROW BEGIN\n"
-        "  UPDATE PE_AGENT SET NAME = NEW.USERID WHERE ASSOC_USER = NEW.PERSON_ID;\nEND",
-        "CREATE TRIGGER DVBT.PERSON_AGENT_NAME_UPDATE AFTER UPDATE OF USERID ON PERSON FOR EACH ROW BEGIN\n"
-        "  UPDATE PE_AGENT SET NAME = NEW.USERID WHERE ASSOC_USER = NEW.PERSON_ID;\nEND",
+        trigger("PROCESS_CASCADE", "AFTER DELETE ON PROCESS", Joined(CascadeStatements("", "OLD.PID"), "  ")),
+        trigger("DATA_CONNECTOR_CASCADE", "AFTER DELETE ON DATA_CONNECTOR",
+                Joined(ConnectorStatements("", "OLD.DCID"), "  ")),
+        trigger("PE_AGENT_NAME_INSERT", "AFTER INSERT ON PE_AGENT", agentName),
+        trigger("PE_AGENT_NAME_UPDATE", "AFTER UPDATE OF ASSOC_USER ON PE_AGENT", agentName),
+        trigger("PERSON_AGENT_NAME_INSERT", "AFTER INSERT ON PERSON", personName),
+        trigger("PERSON_AGENT_NAME_UPDATE", "AFTER UPDATE OF USERID ON PERSON", personName),
     };
 }
 

@@ -150,11 +150,55 @@ bool ReadNumber(SQLHSTMT h, SQLUSMALLINT col, long& out) {
     return true;
 }
 
-// Frees the statement's cursor and parameters whatever happens in between.
+// Replaces every string literal of a statement by a parameter marker and
+// collects the literals' values, so that queries that differ only in their
+// literals share one prepared statement. Literals after DATE, TIME,
+// TIMESTAMP or INTERVAL stay, as do quoted identifiers.
+std::string LiteralsToParameters(const std::string& sql, std::vector<std::string>& values) {
+    std::string out;
+    out.reserve(sql.size());
+    for (size_t i = 0; i < sql.size(); ++i) {
+        char c = sql[i];
+        if (c != '\'' && c != '"') {
+            out += c;
+            continue;
+        }
+        std::string value;
+        size_t j = i + 1;
+        for (; j < sql.size(); ++j) {
+            if (sql[j] == c) {
+                if (j + 1 < sql.size() && sql[j + 1] == c) {
+                    value += c;
+                    ++j;
+                    continue;
+                }
+                break;
+            }
+            value += sql[j];
+        }
+        size_t end = std::min(j, sql.size() - 1);
+        size_t w = out.find_last_not_of(" \t\r\n");
+        size_t wb = w == std::string::npos ? 0 : out.find_last_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_", w);
+        std::string word = w == std::string::npos ? std::string() : Upper(out.substr(wb == std::string::npos ? 0 : wb + 1, w - (wb == std::string::npos ? 0 : wb + 1) + 1));
+        bool typed = word == "DATE" || word == "TIME" || word == "TIMESTAMP" || word == "INTERVAL";
+        if (c == '"' || typed || j >= sql.size()) {
+            out.append(sql, i, end - i + 1);
+        } else {
+            out += '?';
+            values.push_back(std::move(value));
+        }
+        i = end;
+    }
+    return out;
+}
+
+// Closes the statement's cursor and unbinds its parameters whatever happens
+// in between; the handle stays with the connection.
 struct StatementUse {
     CDatabase& db;
     SQLHSTMT h;
     StatementUse(CDatabase& d, const std::string& sql) : db(d), h(d.PreparedStatement(sql)) {}
+    explicit StatementUse(CDatabase& d) : db(d), h(d.DirectStatement()) {}
     ~StatementUse() { db.ReleaseStatement(h); }
 };
 
@@ -327,6 +371,13 @@ void CDatabase::AttachOwnFileAsDvbt() {
 void CDatabase::FreeStatements() {
     for (auto& [sql, h] : m_statements) SQLFreeHandle(SQL_HANDLE_STMT, h);
     m_statements.clear();
+    if (m_hstmtDirect != SQL_NULL_HSTMT) SQLFreeHandle(SQL_HANDLE_STMT, m_hstmtDirect);
+    m_hstmtDirect = SQL_NULL_HSTMT;
+}
+
+SQLHSTMT CDatabase::DirectStatement() {
+    if (m_hstmtDirect == SQL_NULL_HSTMT) m_hstmtDirect = NewStatement();
+    return m_hstmtDirect;
 }
 
 void CDatabase::Close() {
@@ -388,7 +439,10 @@ SQLHSTMT CDatabase::PreparedStatement(const std::string& sql) {
         SQLFreeHandle(SQL_HANDLE_STMT, h);
         throw e;
     }
-    if (m_statements.size() >= 256) FreeStatements();
+    if (m_statements.size() >= 256) {
+        for (auto& [text, old] : m_statements) SQLFreeHandle(SQL_HANDLE_STMT, old);
+        m_statements.clear();
+    }
     m_statements.emplace(sql, h);
     return h;
 }
@@ -399,15 +453,10 @@ void CDatabase::ReleaseStatement(SQLHSTMT h) {
 }
 
 void CDatabase::ExecuteSQL(const char* sql) {
-    SQLHSTMT h = NewStatement();
     std::string text = TranslateBrackets(sql ? sql : "");
-    SQLRETURN rc = SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.c_str())), SQL_NTS);
-    if (!Succeeded(rc) && rc != SQL_NO_DATA) {
-        CDBException* e = MakeDBException(rc, SQL_HANDLE_STMT, h);
-        SQLFreeHandle(SQL_HANDLE_STMT, h);
-        throw e;
-    }
-    SQLFreeHandle(SQL_HANDLE_STMT, h);
+    StatementUse use(*this);
+    SQLRETURN rc = SQLExecDirect(use.h, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
+    if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, SQL_HANDLE_STMT, use.h);
 }
 
 CString CDatabase::GetDatabaseName() const {
@@ -616,6 +665,10 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
     try {
         m.fields = DescribeFields();
         m.nullFlags.assign(m.fields.size(), true);
+        if (m_nFields > 0 && static_cast<size_t>(m_nFields) != m.fields.size())
+            ThrowFrameError("m_nFields is " + std::to_string(m_nFields) + " but DoFieldExchange binds " +
+                                std::to_string(m.fields.size()) + " columns",
+                            "HY000");
         std::string given = TrimCopy(text ? text : GetDefaultSQL().str());
         const CDatabase::RowLocator& loc = db.Locator();
         bool wantUpdate = !(options & readOnly) && !loc.select.empty();
@@ -649,9 +702,13 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
             if (!m_strSort.IsEmpty()) sql += " ORDER BY " + m_strSort.str();
         }
         m.updatable = wantUpdate && !m.table.empty();
-        sql = db.TranslateBrackets(sql);
+        std::vector<std::string> literals;
+        sql = LiteralsToParameters(db.TranslateBrackets(sql), literals);
+        std::vector<Param> params(literals.size());
+        for (size_t i = 0; i < literals.size(); ++i) params[i].text = std::move(literals[i]);
 
         StatementUse use(db, sql);
+        BindParams(use.h, params);
         Check(SQLExecute(use.h), SQL_HANDLE_STMT, use.h);
         SQLSMALLINT columns = 0;
         SQLNumResultCols(use.h, &columns);

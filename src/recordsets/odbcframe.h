@@ -106,6 +106,9 @@ public:
     // A prepared statement for sql, kept for the life of the connection.
     // The caller binds, executes, reads and then calls ReleaseStatement.
     SQLHSTMT PreparedStatement(const std::string& sql);
+    // A statement handle for text run once (SQLExecDirect): a query whose
+    // filter holds literals gains nothing from being prepared.
+    SQLHSTMT DirectStatement();
     void ReleaseStatement(SQLHSTMT hstmt);
 
     SQLHENV m_henv = SQL_NULL_HENV;
@@ -124,6 +127,7 @@ protected:
     int m_nIdentifierCase = SQL_IC_SENSITIVE;
     RowLocator m_locator;
     std::unordered_map<std::string, SQLHSTMT> m_statements;
+    SQLHSTMT m_hstmtDirect = SQL_NULL_HSTMT;
 };
 
 // A connect string without its PWD= attribute, for printing.

@@ -49,7 +49,6 @@ TEST_P(Frame, KindsWithoutAStoreAreReportedPerObjectUnderTheirRight) {
         {"Worklist", "Work List", 51166, [](auto& b, auto& db, bool r) { return b.SaveWorkLists(db, r); }},
         {"Role", "Role", 51166, [](auto& b, auto& db, bool r) { return b.SaveRoles(db, r); }},
         {"PEAgent", "PEA", 51167, [](auto& b, auto& db, bool r) { return b.SavePEAs(db, r); }},
-        {"DataStructure", "Data Structure", 51165, [](auto& b, auto& db, bool r) { return b.SaveDataStructures(db, r); }},
         {"Program", "Program", 51165, [](auto& b, auto& db, bool r) { return b.SavePrograms(db, r); }},
         {"Process", "Process", 51165, [](auto& b, auto& db, bool r) { return b.SaveProcesses(db, r, false); }},
         {"ToolSet", "Tool Set", 51165, [](auto& b, auto& db, bool r) { return b.SaveToolSets(db, r); }},

@@ -61,6 +61,13 @@ TEST_P(Frame, ConnectionReportsWhatTheDriverSaysAndClosesIdempotently) {
     // Bracketed names fold as the driver folds unquoted names.
     EXPECT_EQ(db.TranslateBrackets("[NAME] = 'a[b]' AND \"X[Y]\" = 1"),
               IsPostgres() ? "\"name\" = 'a[b]' AND \"X[Y]\" = 1" : "\"NAME\" = 'a[b]' AND \"X[Y]\" = 1");
+    if (!IsPostgres()) {
+        // DVBT is the connection's own file, attached with a write-ahead log.
+        EXPECT_EQ(QueryValue(db, "PRAGMA DVBT.journal_mode"), "wal");
+        EXPECT_EQ(QueryValue(db, "PRAGMA DVBT.synchronous"), "1");
+        ExecAll(db, {"INSERT INTO DVBT.ITEM (ITEM_ID) VALUES ('x')"});
+        EXPECT_EQ(QueryValue(db, "SELECT ITEM_ID FROM main.ITEM"), "x");
+    }
     db.Close();
     EXPECT_EQ(db.m_hdbc, nullptr);
     db.Close();
@@ -290,6 +297,17 @@ TEST_P(Frame, FailuresRaiseExceptionsWithTheDriversTextAndState) {
     }
     Insert("ok", "still usable", 1);
     EXPECT_EQ(Rows().size(), 1u);
+
+    // A class whose column count disagrees with its DoFieldExchange is caught.
+    ItemSet miscounted(&Db());
+    miscounted.m_nFields = 5;
+    try {
+        miscounted.Open(1, prefix + "ITEM", 4);
+        ADD_FAILURE() << "a wrong m_nFields was accepted";
+    } catch (CDBException* e) {
+        EXPECT_NE(e->m_strError.Find("m_nFields is 5 but DoFieldExchange binds 6"), -1) << e->m_strError;
+        e->Delete();
+    }
 }
 
 TEST_P(Frame, ReadOnlyRecordsetsCannotChangeRows) {

@@ -176,14 +176,33 @@ TEST_P(Lookups, ServersAndAgents) {
     // PE_AGENT.NAME, whichever of the two rows comes first.
     DvnPEASet agent(&Db());
     Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P1', 'ANNA', 0)");
-    Exec("INSERT INTO DVBT.PE_AGENT (PE_AGENT_ID, ASSOC_USER, CHECKED_OUT) VALUES ('A1', 'P1', 0)");
+    {  // as the agent store writes it
+        DvnPEASet rs(&Db());
+        rs.m_strFilter = "ASSOC_USER = 'P1'";
+        ASSERT_TRUE(rs.Open(CRecordset::snapshot, prefix + "PE_AGENT", CRecordset::none));
+        rs.AddNew();
+        rs.m_PE_AGENT_ID = "A1";
+        rs.m_ASSOC_USER = "P1";
+        rs.m_CHECKED_OUT = 0;
+        rs.Update();
+        rs.Close();
+    }
     Exec("INSERT INTO DVBT.PE_AGENT (PE_AGENT_ID, ASSOC_USER, CHECKED_OUT) VALUES ('A2', 'P2', 0)");
     EXPECT_EQ(agent.GetPEAID("ANNA", prefix), "A1");
     EXPECT_EQ(agent.GetPEAID("BERT", prefix), "");
     Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P2', 'BERT', 0)");
     EXPECT_EQ(agent.GetPEAID("BERT", prefix), "A2");
-    Exec("UPDATE DVBT.PE_AGENT SET ASSOC_USER = 'P2' WHERE PE_AGENT_ID = 'A1'");
+    {
+        DvnPEASet rs(&Db());
+        rs.m_strFilter = "PE_AGENT_ID = 'A1'";
+        ASSERT_TRUE(rs.Open(CRecordset::snapshot, prefix + "PE_AGENT", CRecordset::none));
+        rs.Edit();
+        rs.m_ASSOC_USER = "P2";
+        rs.Update();
+        rs.Close();
+    }
     EXPECT_EQ(agent.GetPEAID("ANNA", prefix), "");
+    EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.PE_AGENT WHERE PE_AGENT_ID = 'A1'"), "BERT");
 }
 
 TEST_P(Lookups, DiagramNodesFoundInsideAndOutsideBlocks) {

@@ -1,0 +1,388 @@
+// Store of data structures: the rows of DATA_STRUCTURE in a first pass and
+// their ordered members in DATA_STRUCTURE_MBR in a second one, so that a
+// member may name a structure that stands later in the same file. Between the
+// passes a row inserted by this run carries the mark 9.
+#include <iostream>
+
+#include "dvnbdbbe.h"
+#include "dvnfcorn.h"
+#include "dvnprocsets.h"
+#include "dvnprogsets.h"
+#include "storedforms.h"
+
+namespace {
+
+const char* const kDefaultDataStructure = "Default Data Structure";
+
+// "Description" cut to the column, "Documentation" whole; either NULL when
+// not defined.
+void ReadTexts(const DvnfAttributeDataReader& attributes, CRecordset& row, CString& description,
+               CString& documentation) {
+    auto text = attributes("Description");
+    if (text.IsDefined())
+        DvnStored::SetText(row, description, DvnStored::Cut(text.AsString("").c_str(), DvnStored::DescriptionChars));
+    else
+        row.SetFieldNull(&description);
+    text = attributes("Documentation");
+    if (text.IsDefined())
+        DvnStored::SetText(row, documentation, text.AsString("").c_str());
+    else
+        row.SetFieldNull(&documentation);
+}
+
+// The name of the first row that the statement gives, or false when it gives
+// none. A database exception goes up, with the recordset closed.
+template <class Set>
+bool FirstRowName(CDatabase& db, const CString& statement, DvnString& name) {
+    Set rs(&db);
+    rs.Open(CRecordset::snapshot, statement, CRecordset::readOnly);
+    if (rs.IsEOF()) return false;
+    name = rs.m_NAME.c_str();
+    return true;
+}
+
+}  // namespace
+
+// ------------------------------------------------------------------ loop
+
+int DvnConvCoreDbBe::SaveDataStructures(CDatabase& db, bool authorized) {
+    int level = SaveLoop(db, "DataStructure", authorized, ModelingRight, "Data Structure",
+                         [&](DvnfEntity& entity) { return SaveDataStructure(db, entity); });
+    // Without the right the first pass wrote nothing, and the members of rows
+    // that were there before are not to be touched either.
+    if (!authorized) return level;
+    return std::max(level, SecondPassLoop(db, "DataStructure",
+                                          [&](DvnfEntity& entity) { return SaveDataStructure2(db, entity); }));
+}
+
+// ------------------------------------------------------------------ first pass
+
+int DvnConvCoreDbBe::SaveDataStructure(CDatabase& db, DvnfEntity& entity) {
+    if (!entity.IsValid()) {
+        DVN_TRACE(1, 2, "DATA_STRUCTURE is not defined");
+        return LevelError;
+    }
+    if (entity.State() == StateUnchanged) return LevelOk;
+    const bool toDelete = entity.State() == StateDeleted;
+    const DvnString name = entity.Name();
+    std::cout << "Structure " << name << "...\n" << std::endl;
+    DVN_TRACE(3, 1, "Structure " << name << "...\n");
+
+    DvnDataStructureSet row(&db);
+    row.m_strFilter = CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
+    try {
+        row.Open(CRecordset::snapshot, Table("DATA_STRUCTURE"), CRecordset::none);
+    } catch (CDBException* e) {
+        return ReportDbException(e, "opening", "DATA_STRUCTURE", &row);
+    }
+
+    if (row.IsEOF()) {
+        if (toDelete) {
+            row.Close();
+            Report(51273, DvnString("DELETE STRUCTURE ") | name);
+            return LevelOk;
+        }
+        if (!row.CanAppend()) {
+            row.Close();
+            Report(51317, name);
+            return LevelError;
+        }
+        int level = LevelOk;
+        try {
+            row.AddNew();
+            level = ReadDataStructureAttributes(db, entity, entity.AttributeData(), row, true);
+            row.Update();
+        } catch (CDBException* e) {
+            ReportDbException(e, "updating", "DATA_STRUCTURE", &row);
+            Report(51317, name);
+            return LevelError;
+        }
+        if (level < LevelError) Report(51021, name);
+        row.Close();
+        return level;
+    }
+
+    if (!m_bOverwrite && !toDelete) {
+        row.Close();
+        Report(51085, name);
+        return LevelOk;
+    }
+
+    int level = LevelOk;
+    try {
+        row.MoveFirst();
+        if (!row.IsFieldNull(&row.m_CHECKED_OUT_BY)) {
+            Report(51148, name, DvnString(row.m_CHECKED_OUT_BY.c_str()));
+            row.Close();
+            return LevelWarning;
+        }
+        const CString key = row.m_DSID;
+        if (toDelete) {
+            level = DataStructureInUse(db, entity, key);
+            if (level > LevelOk) {
+                row.Close();
+                return level;
+            }
+            if (m_nSourceMark == MarkClean) {
+                const CString statement =
+                    CString("DELETE FROM ") + m_strTablePrefix + "DATA_STRUCTURE WHERE DSID = '" + key + "'";
+                row.Close();
+                level = DeleteObject(db, statement, "DATA_STRUCTURE");
+                if (level == LevelOk) Report(51221, name);
+                return level;
+            }
+        }
+        row.Edit();
+        if (toDelete)
+            row.m_CHECKED_OUT = MarkTombstone;
+        else
+            level = ReadDataStructureAttributes(db, entity, entity.AttributeData(), row, false);
+    } catch (CDBException* e) {
+        ReportDbException(e, "reading", "DATA_STRUCTURE", &row);
+        Report(51349, name);
+        return LevelError;
+    }
+
+    if (!row.CanUpdate()) {
+        Report(51349, name);
+        level = LevelError;
+    } else {
+        try {
+            row.Update();
+        } catch (CDBException* e) {
+            ReportDbException(e, "updating", "DATA_STRUCTURE", &row);
+            Report(51349, name);
+            return LevelError;
+        }
+        Report(51053, name);
+    }
+    if (row.IsOpen()) row.Close();
+    return level;
+}
+
+// A structure stays while a process, an activity or a program takes it as
+// input or output, or while a member of another structure is of its type.
+// A structure that holds such a member and is itself being deleted in this
+// run is deleted first, so that the order of names does not matter.
+int DvnConvCoreDbBe::DataStructureInUse(CDatabase& db, DvnfEntity& entity, const CString& key) {
+    const DvnString name = entity.Name();
+    const CString where = CString("WHERE INPUT_DS = '") + key + "' OR OUTPUT_DS = '" + key + "'";
+    const char* table = "PROCESS";
+    try {
+        DvnString user;
+        if (FirstRowName<DvnProcessSet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "PROCESS " + where, user)) {
+            Report(51244, name, user);
+            return LevelWarning;
+        }
+        table = "ACTIVITY";
+        if (FirstRowName<DvnActivitySet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "ACTIVITY " + where,
+                                         user)) {
+            Report(51245, name, user);
+            return LevelWarning;
+        }
+        table = "PROGRAM";
+        if (FirstRowName<DvnProgramSet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "PROGRAM " + where, user)) {
+            Report(51246, name, user);
+            return LevelWarning;
+        }
+
+        table = "DATA_STRUCTURE_MBR";
+        DvnDataStructureMbrSet members(&db);
+        members.Open(CRecordset::snapshot,
+                     CString("SELECT * FROM ") + m_strTablePrefix + "DATA_STRUCTURE_MBR WHERE TYPE_DS = '" + key + "'",
+                     CRecordset::readOnly);
+        // While this structure is being deleted, a cascade that comes back to
+        // it (two structures that hold members of each other) passes it over.
+        m_processed.Processed(entity, true);
+        struct Done {
+            DvnfProcessed& processed;
+            DvnfEntity& entity;
+            ~Done() { processed.Processed(entity, false); }
+        } done{m_processed, entity};
+        for (; !members.IsEOF(); members.MoveNext()) {
+            table = "DATA_STRUCTURE";
+            DvnDataStructureSet holder(&db);
+            holder.Open(CRecordset::snapshot,
+                        CString("SELECT * FROM ") + m_strTablePrefix + "DATA_STRUCTURE WHERE DSID = '" +
+                            members.m_DSID + "'",
+                        CRecordset::readOnly);
+            // No holder: the member row outlived its structure and holds nothing.
+            if (holder.IsEOF()) continue;
+            if (holder.m_CHECKED_OUT == MarkTombstone && m_nSourceMark == MarkNew) continue;
+            const DvnString holderName(holder.m_NAME.c_str());
+            holder.Close();
+            DvnfEntity& other = m_pCoreData->GetEntityByName("DataStructure", holderName);
+            if (other.IsValid() && m_processed.Processed(other)) continue;
+            if (other.IsValid() && other.State() == StateDeleted && SaveDataStructure(db, other) == LevelOk) {
+                other.State(StateNone);
+                continue;
+            }
+            Report(51247, name, holderName, DvnString(members.m_MEMBER.c_str()));
+            return LevelWarning;
+        }
+    } catch (CDBException* e) {
+        return ReportDbException(e, "opening", table);
+    }
+    return LevelOk;
+}
+
+int DvnConvCoreDbBe::ReadDataStructureAttributes(CDatabase&, DvnfEntity& entity,
+                                                 const DvnfAttributeDataReader& attributes, DvnDataStructureSet& row,
+                                                 bool isNew) {
+    row.m_NAME = entity.Name().c_str();
+    if (isNew) {
+        row.m_DSID = DvnfObject::CreateOID().c_str();
+        row.m_CHECKED_OUT = MarkForInsert(true);
+        row.SetFieldNull(&row.m_CHECKED_OUT_BY);
+    } else {
+        row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
+    }
+    ReadTexts(attributes, row, row.m_DESCRIPTION, row.m_DOCUMENTATION);
+    return LevelOk;
+}
+
+// ------------------------------------------------------------------ second pass
+
+int DvnConvCoreDbBe::SaveDataStructure2(CDatabase& db, DvnfEntity& entity) {
+    if (entity.State() == StateUnchanged) return LevelOk;
+    const DvnfAttributeDataReader attributes = static_cast<const DvnfEntity&>(entity).AttributeData();
+    DvnfDataSetIterator members = attributes("Members").ElementsOfSet();
+    const DvnString name = entity.Name();
+    std::cout << "Structure " << name << " second pass ...\n" << std::endl;
+    DVN_TRACE(3, 1, "Structure " << name << " second pass ...\n");
+
+    CString key;
+    {
+        DvnDataStructureSet row(&db);
+        row.m_strFilter = CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
+        try {
+            row.Open(CRecordset::snapshot, Table("DATA_STRUCTURE"), CRecordset::none);
+            // No row: the first pass failed and has said so.
+            if (row.IsEOF()) return LevelOk;
+            row.MoveFirst();
+            const bool firstPassDone = row.m_CHECKED_OUT == MarkFirstPassDone;
+            int mark = row.m_CHECKED_OUT;
+            if (!SecondPassMayWrite(mark)) return LevelOk;
+            if (!row.IsFieldNull(&row.m_CHECKED_OUT_BY)) {
+                Report(51148, name, DvnString(row.m_CHECKED_OUT_BY.c_str()));
+                return LevelWarning;
+            }
+            key = row.m_DSID;
+            if (firstPassDone) {
+                try {
+                    row.Edit();
+                    row.m_CHECKED_OUT = mark;
+                    row.Update();
+                } catch (CDBException* e) {
+                    // The members are written all the same.
+                    ReportDbException(e, "updating", "DATA_STRUCTURE");
+                }
+            }
+        } catch (CDBException* e) {
+            return ReportDbException(e, "opening", "DATA_STRUCTURE", &row);
+        }
+    }
+
+    // The members are always written anew: the old rows go first.
+    {
+        DvnDataStructureMbrSet old(&db);
+        old.m_strFilter = CString("DSID = '") + key + "'";
+        try {
+            old.Open(CRecordset::snapshot, Table("DATA_STRUCTURE_MBR"), CRecordset::none);
+            if (!old.IsEOF()) {
+                for (old.MoveFirst(); !old.IsEOF(); old.MoveNext()) old.Delete();
+            }
+        } catch (CDBException* e) {
+            return ReportDbException(e, "updating", "DATA_STRUCTURE_MBR", &old);
+        }
+    }
+
+    int level = LevelOk;
+    long sequence = 1;
+    for (DvnfAttributeDataReader member = members.First(); member.IsValid(); member = members.Next())
+        level = std::max(level, SaveDataStructureMbr(db, member, key, sequence++));
+    return level;
+}
+
+int DvnConvCoreDbBe::SaveDataStructureMbr(CDatabase& db, const DvnfAttributeDataReader& member, const CString& key,
+                                          long sequence) {
+    const DvnString name = member("Name").AsString("");
+    std::cout << "Structure member " << name << "...\n" << std::endl;
+    DVN_TRACE(3, 1, "Structure member " << name << "...\n");
+
+    DvnDataStructureMbrSet row(&db);
+    row.m_strFilter = CString("MEMBER = ") + ReturnQuotedString(name, "'", "'").c_str() + " AND DSID = '" + key + "'";
+    bool inserting = true;
+    int level = LevelOk;
+    try {
+        row.Open(CRecordset::snapshot, Table("DATA_STRUCTURE_MBR"), CRecordset::none);
+        if (row.IsEOF()) {
+            if (!row.CanAppend()) {
+                row.Close();
+                Report(51318, name);
+                return LevelError;
+            }
+            row.AddNew();
+            level = ReadDataStructureMbrAttributes(db, member, row, key, sequence);
+            row.Update();
+            if (level < LevelError) Report(51022, name);
+        } else {
+            // Two members of one name: the later one wins.
+            inserting = false;
+            row.MoveFirst();
+            row.Edit();
+            level = ReadDataStructureMbrAttributes(db, member, row, key, sequence);
+            if (!row.CanUpdate()) {
+                Report(51350, name);
+                level = LevelError;
+            } else {
+                row.Update();
+                Report(51054, name);
+            }
+        }
+    } catch (CDBException* e) {
+        ReportDbException(e, inserting ? "updating" : "reading", "DATA_STRUCTURE_MBR", &row);
+        Report(inserting ? 51318 : 51350, name);
+        return LevelError;
+    }
+    if (row.IsOpen()) row.Close();
+    return level;
+}
+
+int DvnConvCoreDbBe::ReadDataStructureMbrAttributes(CDatabase& db, const DvnfAttributeDataReader& member,
+                                                    DvnDataStructureMbrSet& row, const CString& key, long sequence) {
+    row.m_DSID = key;
+    row.m_MEMBER = member("Name").AsString("").c_str();
+    row.m_SEQUENCE_NO = sequence;
+    row.SetFieldNull(&row.m_TYPE_DS);
+    switch (member("Type").AsLong(0)) {
+        case 1: row.m_DATA_TYPE = 5; break;
+        case 2: row.m_DATA_TYPE = 6; break;
+        case 3: row.m_DATA_TYPE = 3; break;
+        case 4: {
+            row.m_DATA_TYPE = 7;
+            DvnfEntity& memberEntity = member.AsEntity();
+            CString target;
+            if (memberEntity.IsValid()) target = GetLinkName("HasSubStructure", memberEntity, "DataStructure");
+            if (target.IsEmpty()) target = kDefaultDataStructure;
+            DvnDataStructureSet structures(&db);
+            CString typeKey = structures.GetDsID(ReturnQuotedString(target.c_str(), "'", "'").c_str(),
+                                                 m_strTablePrefix, false);
+            if (typeKey.IsEmpty()) {
+                Report(51102, DvnString(target.c_str()));
+                typeKey = structures.GetDsID(ReturnQuotedString(kDefaultDataStructure, "'", "'").c_str(),
+                                             m_strTablePrefix, false);
+            }
+            DvnStored::SetText(row, row.m_TYPE_DS, typeKey.str());
+            break;
+        }
+        default: row.m_DATA_TYPE = 1; break;
+    }
+    auto cardinality = member("Cardinality");
+    if (cardinality.IsDefined())
+        row.m_ARRAY_SIZE = cardinality.AsLong(0);
+    else
+        row.SetFieldNull(&row.m_ARRAY_SIZE);
+    ReadTexts(member, row, row.m_DESCRIPTION, row.m_DOCUMENTATION);
+    return LevelOk;
+}
