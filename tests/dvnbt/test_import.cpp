@@ -2,9 +2,6 @@
 // standard error, exit statuses.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "dvnfcorn.h"
 #include "repositorydb.h"
 #include "staffrows.h"
@@ -14,20 +11,7 @@ namespace {
 
 class DvnbtImport : public RepositoryTest {
 protected:
-    void SetUp() override {
-        RepositoryTest::SetUp();
-        m_dir = std::filesystem::temp_directory_path() / ("dvnbt_import_" + std::to_string(getpid()));
-        std::filesystem::create_directories(m_dir);
-    }
-    void TearDown() override {
-        std::filesystem::remove_all(m_dir);
-        RepositoryTest::TearDown();
-    }
-    std::string File(const std::string& text) {
-        std::string path = (m_dir / ("f" + std::to_string(++m_files) + ".trx")).string();
-        std::ofstream(path) << text;
-        return path;
-    }
+    std::string File(const std::string& text) { return m_files.Write(text); }
     // dvnbt import on this test's database, logged in as user (password "pw") when given.
     CliResult Import(std::vector<std::string> args, const std::string& user = "") {
         std::vector<std::string> all = IsPostgres() ? std::vector<std::string>{"--dsn", DataSource()}
@@ -45,8 +29,7 @@ protected:
     }
 
 private:
-    std::filesystem::path m_dir;
-    int m_files = 0;
+    TrxFiles m_files;
 };
 
 TEST_P(DvnbtImport, StoresPrintsProgressAndReportsMessagesOnStandardError) {
