@@ -1,7 +1,7 @@
 // The data structure store: structure rows in a first pass, their ordered
 // members in a second, forward and backward references between structures,
-// overwrite on and off, deletion with both source options and its refusals
-// and cascades, the fallback to "Default Data Structure".
+// deletion with both source options and its refusals and cascades, the
+// fallback to "Default Data Structure". Re-import: tests/dvnbt/test_import.cpp.
 #include <gtest/gtest.h>
 
 #include "backendrun.h"
@@ -112,46 +112,6 @@ TEST_P(DataStructureStore, StructuresReferringForwardAndBackwardAreStoredWithOrd
                   "order lines");
         EXPECT_EQ(Key("Order").size(), 32u);
     }
-}
-
-TEST_P(DataStructureStore, ReimportReplacesAllMembersWithOverwriteOnAndChangesNothingWithOverwriteOff) {
-    {
-        BackEndRun run(true);
-        Structure(run, "Order", {{"A"}, {"B", 1}, {"C", 2}});
-        EXPECT_EQ(run.be.SaveDataStructures(Db(), true), 0);
-    }
-    const std::string key = Key("Order");
-    const std::vector<std::string> before = Members();
-    {
-        BackEndRun run(false);
-        run.be.SetOverwriteOption(false);
-        Structure(run, "Order", {{"X", 3}}).AttributeData()("Description") = "changed";
-        EXPECT_EQ(run.be.SaveDataStructures(Db(), true), 0);
-        EXPECT_EQ(run.Messages(), (std::vector<std::string>{"51085|Order"}));
-    }
-    EXPECT_EQ(Structures(), (std::vector<std::string>{"Order|0|<null>"}));
-    EXPECT_EQ(Members(), before);
-    {
-        // A marking run over a clean row marks it changed (3); the member
-        // dropped from the definition goes, the others take their new places.
-        BackEndRun run(false);
-        Structure(run, "Order", {{"C", 1}, {"A", 0, nullptr, 2}}).AttributeData()("Description") = "changed";
-        EXPECT_EQ(run.be.SaveDataStructures(Db(), true), 0);
-        EXPECT_EQ(run.Messages(), (std::vector<std::string>{"51053|Order", "51022|C", "51022|A"}));
-    }
-    EXPECT_EQ(Structures(), (std::vector<std::string>{"Order|3|changed"}));
-    EXPECT_EQ(Key("Order"), key);
-    EXPECT_EQ(Members(), (std::vector<std::string>{"Order|C|1|<null>|5|<null>|<null>",
-                                                   "Order|A|2|<null>|1|2|<null>"}));
-    {
-        // An unchanged entity (read from the database, not from the file) is not touched.
-        BackEndRun run(true);
-        Structure(run, "Order", {}).State(DvnfObject::StateUnchanged);
-        EXPECT_EQ(run.be.SaveDataStructures(Db(), true), 0);
-        EXPECT_TRUE(run.Messages().empty());
-    }
-    EXPECT_EQ(Structures(), (std::vector<std::string>{"Order|3|changed"}));
-    EXPECT_EQ(Members().size(), 2u);
 }
 
 TEST_P(DataStructureStore, DeletionIsPhysicalOrATombstoneAndHeldOrMissingRowsAreReported) {

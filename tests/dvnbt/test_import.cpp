@@ -145,6 +145,14 @@ DataStructure "Odd" { Members [ DataStructureMember "Ghost" { Name = "Ghost"; Ty
                              "Order|Customer|1|Party|7|<null>", "Order|ShipTo|2|Address|7|<null>",
                              "Order|Lines|3|<null>|6|20", "Party|Name|1|<null>|1|<null>"}));
 
+    // Without overwrite an existing structure keeps its row and members.
+    const std::vector<std::string> stored = members();
+    CliResult kept = Import({"--initial-load", "--no-overwrite",
+                             File("DataStructure \"Order\" { Members [ DataStructureMember \"X\" { Name = \"X\"; } ] }\n")});
+    EXPECT_NE(kept.err.find(Line(51085, "Order")), std::string::npos) << kept.err;
+    EXPECT_EQ(members(), stored);
+    EXPECT_EQ(structures()[2], "Order|0|An order");
+
     // Marking changes: Order's members are written anew in their new order,
     // the dropped one is gone; a structure left out of the file is left alone.
     CliResult again = Import({"--initial-load", "--mark-changes", File(R"(
