@@ -72,17 +72,21 @@ struct RawStatements {
     }
 };
 
+// n rows into DVBT.BENCH, each first looked for by key when lookup, in
+// transactions of perTransaction rows (the last may hold fewer).
+inline void RawInsertInBatches(CDatabase& db, int n, int perTransaction, bool lookup) {
+    RawStatements raw(db);
+    for (int i = 0; i < n; ++i) {
+        if (i % perTransaction == 0) db.BeginTrans();
+        if (!lookup || !raw.Found(i)) raw.Insert(i);
+        if ((i + 1) % perTransaction == 0 || i + 1 == n) db.CommitTrans();
+    }
+}
+
 // n rows into DVBT.BENCH: with lookup, each row is first looked for by key;
 // with commitEach, each row is a transaction of its own.
 inline void RawInsert(CDatabase& db, int n, bool commitEach, bool lookup) {
-    RawStatements raw(db);
-    if (!commitEach) db.BeginTrans();
-    for (int i = 0; i < n; ++i) {
-        if (commitEach) db.BeginTrans();
-        if (!lookup || !raw.Found(i)) raw.Insert(i);
-        if (commitEach) db.CommitTrans();
-    }
-    if (!commitEach) db.CommitTrans();
+    RawInsertInBatches(db, n, commitEach || n < 1 ? 1 : n, lookup);
 }
 
 // Runs work on a fresh SQLite file and, when $DVNBT_TEST_PG_DSN is set, on a
