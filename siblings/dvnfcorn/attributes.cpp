@@ -325,14 +325,18 @@ void DvnfAttributeData::Reset() {
     }
 }
 
-void DvnfAttributeData::MakeGroup() {
+DvnfAttributeData DvnfAttributeData::MakeGroup() {
     DvnfAttrNode* n = Make();
-    if (n && n->Inner()->kind != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
+    if (!n) return DvnfAttributeData();
+    if (n->Inner()->kind != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
+    return DvnfAttributeData(n, {});
 }
 
-void DvnfAttributeData::MakeSet() {
+DvnfAttributeData DvnfAttributeData::MakeSet() {
     DvnfAttrNode* n = ValueNode(Make());
-    if (n && n->kind != DvnfAttributeType::Set) n->Clear(DvnfAttributeType::Set);
+    if (!n) return DvnfAttributeData();
+    if (n->kind != DvnfAttributeType::Set) n->Clear(DvnfAttributeType::Set);
+    return DvnfAttributeData(n, {});
 }
 
 namespace {

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <mutex>
 #include <random>
+#include <pthread.h>
 #include <unistd.h>
 
 DvnfEntity DvnfEntity::undefined(nullptr, &DvnfEntityType::undefined, DvnfString(), DvnfString(),
@@ -34,7 +35,13 @@ DvnfString DvnfObject::CreateOID() {
         std::random_device rd;
         return static_cast<unsigned>(rd());
     }();
+    // The process id, asked once; a child of fork asks again.
+    static unsigned pid = [] {
+        pthread_atfork(nullptr, nullptr, [] { pid = 0; });
+        return 0u;
+    }();
     std::lock_guard<std::mutex> guard(lock);
+    if (pid == 0) pid = static_cast<unsigned>(getpid());
     auto now = static_cast<unsigned long long>(
         std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch())
             .count());
@@ -47,7 +54,7 @@ DvnfString DvnfObject::CreateOID() {
     }
     char buf[40];
     std::snprintf(buf, sizeof buf, "%014llX%06X%04X%08X", last & 0xFFFFFFFFFFFFFFULL,
-                  static_cast<unsigned>(getpid()) & 0xFFFFFFu, counter, salt);
+                  pid & 0xFFFFFFu, counter, salt);
     return DvnfString(buf);
 }
 

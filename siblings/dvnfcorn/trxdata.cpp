@@ -19,17 +19,27 @@ DvnfEntity& FindElement(const DvnfAttributeDataReader& set, const DvnfString& na
 }
 
 DvnfString KeyOrFresh(const char* oid) { return (oid && *oid) ? DvnfString(oid) : DvnfObject::CreateOID(); }
+
+// Appends the entity to the set unless it is an element already (a diagram
+// that is read a second time keeps each object once).
+void AppendOnce(DvnfAttributeData set, DvnfEntity& e) {
+    DvnfDataSetIterator it = set.ElementsOfSet();
+    for (DvnfAttributeDataReader x = it.First(); x.IsValid(); x = it.Next())
+        if (&x.AsEntity() == &e) return;
+    set.NewSetElement(e);
+}
 }  // namespace
 
 DvnfEntity& DvnfTRXData::MakeActivity(DvnfAttributeData& diagram, const DvnfString& oid, long kind,
                                       const char* asName, const char* implType) {
     DvnfEntity& act = CreateEntity("Activity", oid, DvnfString(""));
-    act.AttributeData()("Implementation")("Type") = kind;
-    if (asName) {
+    DvnfAttributeData implementation = act.AttributeData()("Implementation");
+    implementation("Type") = kind;
+    if (asName && implementation(asName).AsEntity().Type().Name() != implType) {
         DvnfEntity& impl = CreateEntity(implType, DvnfString(), DvnfString(""));
-        act.AttributeData()("Implementation")(asName) = impl;
+        implementation(asName) = impl;
     }
-    diagram("Activities").NewSetElement(act);
+    AppendOnce(diagram("Activities"), act);
     return act;
 }
 
@@ -51,13 +61,13 @@ DvnfEntity& DvnfTRXData::CreateInfoActivityByOID(DvnfAttributeData diagram, cons
 
 DvnfEntity& DvnfTRXData::CreateSourceByOID(DvnfAttributeData diagram, const DvnfString& oid) {
     DvnfEntity& e = CreateEntity("Source", oid, DvnfString(""));
-    diagram("Sources").NewSetElement(e);
+    AppendOnce(diagram("Sources"), e);
     return e;
 }
 
 DvnfEntity& DvnfTRXData::CreateSinkByOID(DvnfAttributeData diagram, const DvnfString& oid) {
     DvnfEntity& e = CreateEntity("Sink", oid, DvnfString(""));
-    diagram("Sinks").NewSetElement(e);
+    AppendOnce(diagram("Sinks"), e);
     return e;
 }
 
@@ -71,12 +81,14 @@ DvnfEntity& DvnfTRXData::MakeControl(DvnfAttributeData& diagram, const DvnfStrin
                                      const char* oid, long spec) {
     DvnfEntity& c = CreateEntity(DvnfNames::ControlConnector, KeyOrFresh(oid), DvnfString(""));
     c.AttributeData()("ConnectorSpec") = spec;
+    c.DeleteAllLinksOfType(DvnfString("ControlFromActivity"));
+    c.DeleteAllLinksOfType(DvnfString("ControlToActivity"));
     const DvnfEntityType& ct = c.Type();
     DvnfEntity& a = FindElement(diagram("Activities"), from);
     DvnfEntity& b = FindElement(diagram("Activities"), to);
     if (a.IsValid()) c.AddLink(Types().FindLinkType("ControlFromActivity", ct), a);
     if (b.IsValid()) c.AddLink(Types().FindLinkType("ControlToActivity", ct), b);
-    diagram("ControlConnectors").NewSetElement(c);
+    AppendOnce(diagram("ControlConnectors"), c);
     return c;
 }
 
@@ -96,11 +108,13 @@ DvnfEntity& DvnfTRXData::CreateDataConnectorWithOID(DvnfAttributeData diagram, c
     DvnfEntity& c = CreateEntity(DvnfNames::DataConnector, oid, DvnfString(""));
     const DvnfEntityType& ct = c.Type();
     c.AttributeData()("Type") = 0L;
+    for (const char* l : {"DataFromActivity", "DataFromSource", "DataToActivity", "DataToSink"})
+        c.DeleteAllLinksOfType(DvnfString(l));
     DvnfEntity& a = FindElement(diagram(fromIsNode ? "Sources" : "Activities"), from);
     DvnfEntity& b = FindElement(diagram(toIsNode ? "Sinks" : "Activities"), to);
     if (a.IsValid()) c.AddLink(Types().FindLinkType(fromIsNode ? "DataFromSource" : "DataFromActivity", ct), a);
     if (b.IsValid()) c.AddLink(Types().FindLinkType(toIsNode ? "DataToSink" : "DataToActivity", ct), b);
-    diagram("DataConnectors").NewSetElement(c);
+    AppendOnce(diagram("DataConnectors"), c);
     return c;
 }
 

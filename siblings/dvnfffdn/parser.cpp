@@ -649,15 +649,14 @@ private:
         case Value::Group: {
             bool unknown = owner.Type().AttributeKind(path) == DvnfAttributeType::Undefined;
             if (unknown) ++_unknownDepth;
-            target.MakeGroup();
-            Items(owner, target, v.group, path, state);
+            Items(owner, target.MakeGroup(), v.group, path, state);
             if (unknown) --_unknownDepth;
             break;
         }
         case Value::Set: {
             bool unknown = owner.Type().AttributeKind(path) == DvnfAttributeType::Undefined;
             if (unknown) ++_unknownDepth;
-            target.MakeSet();
+            DvnfAttributeData set = target.MakeSet();
             const DvnfEntityType& elementType = owner.Type().SetElementType(path);
             std::string elPath = path + "[]";
             std::map<std::string, DvnfEntity*>* scope = ScopeMap(path);
@@ -667,17 +666,16 @@ private:
                     DvnfEntity& e = DefineInner(*el->entity, state);
                     if (elementType.IsValid() && &e.Type() != &elementType)
                         Warn(el->pos, DvnTRXMsgKindMismatch, elPath, elementType.Name().str());
-                    target.NewSetElement(e);
+                    set.NewSetElement(e);
                     if (scope) (*scope)[el->entity->name] = &e;
                 } else if (el->kind == Value::Group && elementType.IsValid()) {
                     // A plain group in a set of entities: the element entity takes it.
-                    Fill(target.NewSetElement().AsEntity(), el->group, state);
+                    Fill(set.NewSetElement().AsEntity(), el->group, state);
                 } else if (elementType.IsValid()) {
                     // A plain value cannot stand for an entity; the warning above says so.
                     continue;
                 } else {
-                    DvnfAttributeData slot = target.NewSetElement();
-                    Attr(owner, slot, *el, elPath, state);
+                    Attr(owner, set.NewSetElement(), *el, elPath, state);
                 }
             }
             if (unknown) --_unknownDepth;

@@ -294,9 +294,10 @@ public:
     void Reset(const char* name);
     // Removes this attribute itself.
     void Reset();
-    // Makes this attribute an (empty) group or set when it is not one yet.
-    void MakeGroup();
-    void MakeSet();
+    // Makes this attribute an (empty) group or set when it is not one yet;
+    // gives a handle that stands on that node itself (no path to walk).
+    DvnfAttributeData MakeGroup();
+    DvnfAttributeData MakeSet();
     // Appends an element to the set (the set is made when missing). For a
     // set whose catalogue element type is an entity type (the members of a
     // data structure), the element is a new entity of that type and its

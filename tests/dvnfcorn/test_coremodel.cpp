@@ -267,6 +267,13 @@ TEST(Factories, BuildDiagramsWithLinkedConnectors) {
     DvnfEntity& loop = data.CreateDataConnectorWithOID(d, S("Check"), false, S("DC2"));
     EXPECT_EQ(loop.AttributeData()("Type").AsLong(), 2);
     EXPECT_EQ(&loop.FirstLinkOfType(S("DataFromActivity")).Target(), &loop.FirstLinkOfType(S("DataToActivity")).Target());
+    // A diagram read a second time keeps each object once, with its implementation.
+    DvnfEntity& implBefore = a1.AttributeData()("Implementation")("AsProgram").AsEntity();
+    EXPECT_EQ(&data.CreateProgramActivityByOID(d, S("A1")), &a1);
+    EXPECT_EQ(&a1.AttributeData()("Implementation")("AsProgram").AsEntity(), &implBefore);
+    EXPECT_EQ(d("Activities").NumberOfElements(), 3);
+    EXPECT_EQ(&data.CreateDataConnectorWithOID(d, S("1"), true, S("Check"), false, S("DC1")), &dc);
+    EXPECT_EQ(dc.Links().size(), 2u);
     data.CreateTextAnnotation(d, S("Remark"));
     EXPECT_EQ(d(DvnfNames::TextAnnotations).NumberOfElements(), 1);
 
