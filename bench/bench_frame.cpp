@@ -11,17 +11,14 @@
 // Prints rows per second and the ratio frame/raw.
 //
 // usage: bench_frame [N] (default 5000; $DVNBT_BENCH_ROWS also works)
-#include <sys/types.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <string>
 
 #include "dvnbdbif.h"
+#include "rawodbc.h"
 
 namespace {
 
@@ -46,13 +43,7 @@ public:
     int m_FLAGS;
 };
 
-void Check(SQLRETURN rc, SQLSMALLINT type, SQLHANDLE h) {
-    if (rc != SQL_SUCCESS && rc != SQL_SUCCESS_WITH_INFO && rc != SQL_NO_DATA) ThrowDBException(rc, type, h);
-}
-
-std::string Key(int i) { return "K" + std::to_string(i); }
-
-void Reset(CDatabase& db) { db.ExecuteSQL("DELETE FROM DVBT.BENCH"); }
+using bench::Key;
 
 // ---------------------------------------------------------------- the frame
 void AddRow(BenchSet& set, int i) {
@@ -94,61 +85,8 @@ void FrameLookupInsert(CDatabase& db, int n, bool commitEach) {
     if (!commitEach) db.CommitTrans();
 }
 
-// ---------------------------------------------------------------- raw ODBC
-struct RawStatements {
-    SQLHSTMT insert = SQL_NULL_HSTMT, select = SQL_NULL_HSTMT;
-    char id[64] = {0};
-    char name[256] = "name of the row";
-    char doc[64] = "some documentation text";
-    SQLINTEGER num = 0, flags = 0;
-    SQLLEN idInd = 0, nameInd = SQL_NTS, docInd = SQL_NTS, numInd = 0, flagsInd = 0;
-
-    explicit RawStatements(CDatabase& db) {
-        SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &insert);
-        SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &select);
-        std::string ins = "INSERT INTO DVBT.BENCH (ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS) VALUES (?, ?, ?, ?, ?)";
-        std::string sel = "SELECT ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS FROM DVBT.BENCH WHERE ITEM_ID = ?";
-        Check(SQLPrepare(insert, reinterpret_cast<SQLCHAR*>(ins.data()), SQL_NTS), SQL_HANDLE_STMT, insert);
-        Check(SQLPrepare(select, reinterpret_cast<SQLCHAR*>(sel.data()), SQL_NTS), SQL_HANDLE_STMT, select);
-        idInd = SQL_NTS;
-        SQLBindParameter(insert, 1, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, 64, 0, id, 0, &idInd);
-        SQLBindParameter(insert, 2, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, 255, 0, name, 0, &nameInd);
-        SQLBindParameter(insert, 3, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_LONGVARCHAR, 4097, 0, doc, 0, &docInd);
-        SQLBindParameter(insert, 4, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0, 0, &num, 0, &numInd);
-        SQLBindParameter(insert, 5, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0, 0, &flags, 0, &flagsInd);
-        SQLBindParameter(select, 1, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, 64, 0, id, 0, &idInd);
-    }
-    ~RawStatements() {
-        SQLFreeHandle(SQL_HANDLE_STMT, insert);
-        SQLFreeHandle(SQL_HANDLE_STMT, select);
-    }
-    void Insert(int i) {
-        std::snprintf(id, sizeof id, "%s", Key(i).c_str());
-        num = i;
-        Check(SQLExecute(insert), SQL_HANDLE_STMT, insert);
-    }
-    bool Found(int i) {
-        std::snprintf(id, sizeof id, "%s", Key(i).c_str());
-        Check(SQLExecute(select), SQL_HANDLE_STMT, select);
-        bool found = SQLFetch(select) == SQL_SUCCESS;
-        SQLFreeStmt(select, SQL_CLOSE);
-        return found;
-    }
-};
-
-void RawInsert(CDatabase& db, int n, bool commitEach, bool lookup) {
-    RawStatements raw(db);
-    if (!commitEach) db.BeginTrans();
-    for (int i = 0; i < n; ++i) {
-        if (commitEach) db.BeginTrans();
-        if (!lookup || !raw.Found(i)) raw.Insert(i);
-        if (commitEach) db.CommitTrans();
-    }
-    if (!commitEach) db.CommitTrans();
-}
-
 double RowsPerSecond(CDatabase& db, int n, const std::function<void()>& run) {
-    Reset(db);
+    bench::ResetRawTable(db);
     auto start = std::chrono::steady_clock::now();
     run();
     double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -162,10 +100,7 @@ void RunBackend(const char* backend, const std::string& dataSource, int n) {
                      DvnConvCoreDbIF::LastOpenError().c_str());
         return;
     }
-    db.ExecuteSQL("CREATE TABLE DVBT.BENCH (ITEM_ID VARCHAR(64) NOT NULL, NAME VARCHAR(255), DOCUMENTATION TEXT, "
-                  "NUM INTEGER, FLAGS INTEGER)");
-    db.ExecuteSQL(db.IsSQLite() ? "CREATE INDEX DVBT.BENCH_IX ON BENCH (ITEM_ID)"
-                                : "CREATE INDEX BENCH_IX ON DVBT.BENCH (ITEM_ID)");
+    bench::CreateRawTable(db);
     for (bool lookup : {false, true}) {
         for (bool commitEach : {true, false}) {
             double frame = RowsPerSecond(db, n, [&] {
@@ -174,7 +109,7 @@ void RunBackend(const char* backend, const std::string& dataSource, int n) {
                 else
                     FrameInsert(db, n, commitEach);
             });
-            double raw = RowsPerSecond(db, n, [&] { RawInsert(db, n, commitEach, lookup); });
+            double raw = RowsPerSecond(db, n, [&] { bench::RawInsert(db, n, commitEach, lookup); });
             std::printf("%-11s %-14s %-21s %12.0f %12.0f %9.2f\n", backend, lookup ? "lookup+insert" : "insert",
                         commitEach ? "commit per row" : "one transaction", frame, raw, frame / raw);
             std::fflush(stdout);
@@ -195,26 +130,9 @@ int main(int argc, char** argv) {
     std::printf("%d rows per run\n%-11s %-14s %-21s %12s %12s %9s\n", n, "database", "work", "transactions",
                 "frame rows/s", "raw rows/s", "frame/raw");
     try {
-        auto dir = std::filesystem::temp_directory_path() / ("dvnbt_bench_" + std::to_string(getpid()));
-        std::filesystem::create_directories(dir);
-        RunBackend("SQLite", DvnConvCoreDbIF::EmbeddedDataSource((dir / "bench.db").string()).str(), n);
-        std::filesystem::remove_all(dir);
-
-        if (const char* pg = std::getenv("DVNBT_TEST_PG_DSN")) {
-            std::string name = "dvnbt_bench_" + std::to_string(getpid());
-            CDatabase admin;
-            admin.OpenEx(("DSN=" + std::string(pg)).c_str());
-            admin.ExecuteSQL(("CREATE DATABASE " + name).c_str());
-            {
-                CDatabase db;
-                db.OpenEx(("DSN=" + std::string(pg) + ";Database=" + name).c_str());
-                db.ExecuteSQL("CREATE SCHEMA dvbt");
-            }
-            RunBackend("PostgreSQL", std::string(pg) + ";Database=" + name, n);
-            admin.ExecuteSQL(("DROP DATABASE " + name + " WITH (FORCE)").c_str());
-        } else {
-            std::printf("PostgreSQL skipped: set DVNBT_TEST_PG_DSN\n");
-        }
+        bench::ForEachFreshDatabase("dvnbt_bench", [&](const char* backend, const std::string& dataSource) {
+            RunBackend(backend, dataSource, n);
+        });
     } catch (CDBException* e) {
         std::fprintf(stderr, "bench_frame: %s\n", e->m_strError.c_str());
         e->Delete();

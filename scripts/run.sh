@@ -1,8 +1,15 @@
 #!/usr/bin/env bash
-# Sets up, builds and runs the main job on the embedded default: a fresh
-# SQLite database file (default ./dvnbt.db, or the first argument).
+# Sets up, builds and runs the main job on the embedded default: creates a
+# fresh repository in an SQLite database file (default ./dvnbt.db, or the
+# first argument), imports examples/categories.trx into it and shows what
+# was stored.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 bash "$root/scripts/setup.sh"
 bash "$root/scripts/build.sh"
-"${DVN_BUILD_DIR:-$root/build}/tools/dvnbt/dvnbt" --db "${1:-dvnbt.db}" ping
+dvnbt="${DVN_BUILD_DIR:-$root/build}/tools/dvnbt/dvnbt"
+db="${1:-dvnbt.db}"
+"$dvnbt" --db "$db" init --recreate
+"$dvnbt" --db "$db" import --initial-load "$root/examples/categories.trx"
+sqlite3 -header -column "$db" \
+  "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM CATEGORY ORDER BY NAME; SELECT * FROM VERSION;"

@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(build-essential cmake googletest libgtest-dev unixodbc unixodbc-dev
-          libsqliteodbc odbc-postgresql postgresql libssl-dev perl)
+          libsqliteodbc odbc-postgresql postgresql libssl-dev perl sqlite3)
 missing=()
 for p in "${packages[@]}"; do
     if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then

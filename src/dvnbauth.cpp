@@ -76,12 +76,36 @@ void OpenTable(CRecordset& rs, const CString& prefix, const char* table, const C
     rs.Open(CRecordset::snapshot, prefix + table, CRecordset::readOnly);
 }
 
-// The identifier of the named system group, empty when there is none.
-// A CDBException goes up.
-CString SystemGroupID(CDatabase& db, const CString& prefix, const DvnString& systemGroup) {
-    DvnSystemGroupSet group(&db);
-    return dvnlookup::FirstRow(group, prefix + "SYSTEM_GROUP", "NAME = " + Literal(systemGroup), CString(),
-                               [&] { return group.m_SYSTEM_GROUP_ID; });
+// The identifier of the named system group into id, empty when there is
+// none. A database exception is reported, and gives false.
+bool FindSystemGroup(DvnMessageTarget& target, CDatabase& db, const CString& prefix, const DvnString& systemGroup,
+                     CString& id) {
+    try {
+        DvnSystemGroupSet group(&db);
+        id = dvnlookup::FirstRow(group, prefix + "SYSTEM_GROUP", "NAME = " + Literal(systemGroup), CString(),
+                                 [&] { return group.m_SYSTEM_GROUP_ID; });
+        return true;
+    } catch (CDBException* e) {
+        ReportDBException(target, e, "Exception opening table SYSTEM_GRPOUP: rc =");
+        id.Empty();
+        return false;
+    }
+}
+
+// Whether a row of PERSON passes the filter. A database exception is
+// reported, and gives false.
+bool AnyPerson(DvnMessageTarget& target, CDatabase& db, const CString& prefix, const CString& filter) {
+    std::string context;
+    try {
+        DvnPersonSet person(&db);
+        OpenTable(person, prefix, "PERSON", filter, context);
+        const bool found = person.GetRecordCount() >= 1;
+        person.Close();
+        return found;
+    } catch (CDBException* e) {
+        ReportDBException(target, e, context);
+        return false;
+    }
 }
 
 }  // namespace
@@ -167,20 +191,10 @@ private:
 bool DvnBTAuthorization::HasUsers(DvnMessageTarget& target, const DvnString& dataSource) {
     CDatabase db;
     if (!OpenConnection(target, db, dataSource, DbUser(), DbPassword())) return false;
-    bool result = false;
-    std::string context;
-    try {
-        // One row at most, found through the key's index, however many
-        // persons there are: a snapshot holds every row it selects.
-        const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
-        DvnPersonSet person(&db);
-        OpenTable(person, prefix, "PERSON", "PERSON_ID = (SELECT MIN(PERSON_ID) FROM " + prefix + "PERSON)", context);
-        result = person.GetRecordCount() >= 1;
-        person.Close();
-    } catch (CDBException* e) {
-        ReportDBException(target, e, context);
-        result = false;
-    }
+    // One row at most, found through the key's index, however many persons
+    // there are: a snapshot holds every row it selects.
+    const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
+    const bool result = AnyPerson(target, db, prefix, "PERSON_ID = (SELECT MIN(PERSON_ID) FROM " + prefix + "PERSON)");
     CloseConnection(target, db);
     return result;
 }
@@ -192,26 +206,13 @@ bool DvnBTAuthorization::IsPasswordValid(DvnMessageTarget& target, const DvnStri
     CDatabase db;
     if (!OpenConnection(target, db, dataSource, DbUser(), DbPassword())) return false;
     const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
+    // A failed group lookup leaves the identifier empty, and the comparison
+    // below finds nobody.
     CString groupId;
-    try {
-        groupId = SystemGroupID(db, prefix, systemGroup);
-    } catch (CDBException* e) {
-        ReportDBException(target, e, "Exception opening table SYSTEM_GRPOUP: rc =");
-    }
-    bool result = false;
-    std::string context;
-    try {
-        DvnPersonSet person(&db);
-        OpenTable(person, prefix, "PERSON",
-                  "USERID = " + Literal(userId) + " AND SYSTEM_GROUP = " + Literal(groupId) +
-                      " AND PASSWORD = " + Literal(encoded),
-                  context);
-        result = person.GetRecordCount() >= 1;
-        person.Close();
-    } catch (CDBException* e) {
-        ReportDBException(target, e, context);
-        result = false;
-    }
+    FindSystemGroup(target, db, prefix, systemGroup, groupId);
+    const bool result = AnyPerson(target, db, prefix,
+                                  "USERID = " + Literal(userId) + " AND SYSTEM_GROUP = " + Literal(groupId) +
+                                      " AND PASSWORD = " + Literal(encoded));
     CloseConnection(target, db);
     return result;
 }
@@ -222,10 +223,7 @@ void DvnBTAuthorization::SetUser(DvnMessageTarget& target, const DvnString& syst
     if (!OpenConnection(target, db, dataSource, dbUser, dbPassword)) return;
     const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
     CString groupId;
-    try {
-        groupId = SystemGroupID(db, prefix, systemGroup);
-    } catch (CDBException* e) {
-        ReportDBException(target, e, "Exception opening table SYSTEM_GRPOUP: rc =");
+    if (!FindSystemGroup(target, db, prefix, systemGroup, groupId)) {
         CloseConnection(target, db);
         return;
     }

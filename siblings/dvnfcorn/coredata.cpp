@@ -191,7 +191,21 @@ DvnfCoreData::~DvnfCoreData() = default;
 DvnfCoreData::TypeIndex& DvnfCoreData::Index(const DvnfEntityType& type) const { return _index[&type]; }
 
 const DvnfEntityMap& DvnfCoreData::GetEntities(const DvnfString& typeName) const {
-    return Index(Types().GetEntityType(typeName, true)).byName;
+    TypeIndex& ix = Index(Types().GetEntityType(typeName, true));
+    for (DvnfEntity* e : ix.renamed) {
+        if (e->_viewName == e->_name) continue;  // named back
+        auto range = ix.view.equal_range(e->_viewName);
+        for (auto it = range.first; it != range.second; ++it) {
+            if (it->second == e) {
+                ix.view.erase(it);
+                break;
+            }
+        }
+        ix.view.emplace(e->_name, e);
+        e->_viewName = e->_name;
+    }
+    ix.renamed.clear();
+    return ix.view;
 }
 
 DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name,
@@ -199,23 +213,30 @@ DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid
     DVNK_REQUIRE(type.IsValid(), "entity type not valid");
     _entities.push_back(std::unique_ptr<DvnfEntity>(new DvnfEntity(this, &type, oid, NotNull(name), state)));
     DvnfEntity& e = *_entities.back();
+    e._seq = _order.size();
     _order.push_back(&e);
     TypeIndex& ix = Index(type);
-    ix.byName.emplace(e.Name(), &e);
+    e._viewName = e.Name();
+    ix.view.emplace(e.Name(), &e);
+    ix.byName[e.Name().str()].push_back(&e);
     if (!oid.IsEmpty()) ix.byOID.emplace(oid.str(), &e);
     return e;
 }
 
 void DvnfCoreData::Rename(DvnfEntity& entity, const DvnfString& oldName) {
     TypeIndex& ix = Index(entity.Type());
-    auto range = ix.byName.equal_range(oldName);
-    for (auto it = range.first; it != range.second; ++it) {
-        if (it->second == &entity) {
-            ix.byName.erase(it);
-            break;
-        }
+    auto old = ix.byName.find(oldName.str());
+    if (old != ix.byName.end()) {
+        auto& v = old->second;
+        v.erase(std::remove(v.begin(), v.end(), &entity), v.end());
+        if (v.empty()) ix.byName.erase(old);
     }
-    ix.byName.emplace(entity.Name(), &entity);
+    auto& now = ix.byName[entity.Name().str()];
+    // Keep creation order among entities of one name.
+    now.insert(std::upper_bound(now.begin(), now.end(), &entity,
+                                [](const DvnfEntity* a, const DvnfEntity* b) { return a->_seq < b->_seq; }),
+               &entity);
+    ix.renamed.push_back(&entity);
 }
 
 void DvnfCoreData::Rekey(DvnfEntity& entity, const DvnfString& oldOID) {
@@ -238,13 +259,14 @@ DvnfEntity& DvnfCoreData::CreateEntity(const DvnfEntityType& type, const DvnfStr
         DvnfEntity* found = known.IsValid() ? &known : nullptr;
         if (!found && !name.IsEmpty()) {
             // A skeleton made by name takes the key.
-            auto range = Index(type).byName.equal_range(name);
-            for (auto it = range.first; it != range.second; ++it) {
-                DvnfEntity& e = it->second->Entity();
-                if (e.OID().IsEmpty()) {
-                    e.OID(oid);
-                    found = &e;
-                    break;
+            auto named = Index(type).byName.find(name.str());
+            if (named != Index(type).byName.end()) {
+                for (DvnfEntity* e : named->second) {
+                    if (e->OID().IsEmpty()) {
+                        e->OID(oid);
+                        found = e;
+                        break;
+                    }
                 }
             }
         }
@@ -276,11 +298,11 @@ DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfString& typeName, const DvnfS
 }
 
 DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfEntityType& type, const DvnfString& name, bool create) {
-    if (!type.IsValid()) return DvnfEntity::undefined;
+    if (!type.IsValid() || name.IsEmpty()) return DvnfEntity::undefined;  // no name finds nothing
     TypeIndex& ix = Index(type);
-    auto it = ix.byName.find(NotNull(name));
-    if (it != ix.byName.end()) return it->second->Entity();
-    if (!create || name.IsEmpty()) return DvnfEntity::undefined;
+    auto it = ix.byName.find(name.str());
+    if (it != ix.byName.end() && !it->second.empty()) return *it->second.front();
+    if (!create) return DvnfEntity::undefined;
     return Make(type, DvnfString(""), name, DvnfObject::StateNone);
 }
 
@@ -288,34 +310,43 @@ DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfString& typeName, const Dvnf
     return GetEntityByName(Types().GetEntityType(typeName, true), name, create);
 }
 
+namespace {
+// The link type of that name from the entity's type to the target type;
+// undefined for an entity that is not valid.
+const DvnfLinkType& LinkTypeFor(const DvnfCoreTypes& types, const DvnfEntity& entity, const DvnfString& linkName,
+                                const DvnfString& typeName) {
+    if (!entity.IsValid()) return DvnfLinkType::undefined;
+    return types.GetLinkType(linkName, entity.Type(), types.GetEntityType(typeName, true), true);
+}
+
+const DvnfLink& LinkTo(DvnfEntity& entity, const DvnfLinkType& linkType, DvnfEntity& target, bool noDuplicate) {
+    if (!entity.IsValid() || !target.IsValid()) return DvnfLink::undefined;
+    return entity.AddLink(linkType, target, noDuplicate);
+}
+}  // namespace
+
 const DvnfLink& DvnfCoreData::AddLinkByOID(DvnfEntity& entity, const DvnfLinkType& linkType, const DvnfString& oid,
                                            bool createTarget, bool noDuplicate) {
-    if (!entity.IsValid() || !linkType.IsValid()) return DvnfLink::undefined;
-    DvnfEntity& target = GetEntityByOID(linkType.Target(), oid, createTarget);
-    if (!target.IsValid()) return DvnfLink::undefined;
-    return entity.AddLink(linkType, target, noDuplicate);
+    if (!linkType.IsValid()) return DvnfLink::undefined;
+    return LinkTo(entity, linkType, GetEntityByOID(linkType.Target(), oid, createTarget && entity.IsValid()),
+                  noDuplicate);
 }
 
 const DvnfLink& DvnfCoreData::AddLinkByOID(DvnfEntity& entity, const DvnfString& linkName, const DvnfString& typeName,
                                            const DvnfString& oid, bool createTarget, bool noDuplicate) {
-    if (!entity.IsValid()) return DvnfLink::undefined;
-    const DvnfLinkType& t = Types().GetLinkType(linkName, entity.Type(), Types().GetEntityType(typeName, true), true);
-    return AddLinkByOID(entity, t, oid, createTarget, noDuplicate);
+    return AddLinkByOID(entity, LinkTypeFor(Types(), entity, linkName, typeName), oid, createTarget, noDuplicate);
 }
 
 const DvnfLink& DvnfCoreData::AddLinkByName(DvnfEntity& entity, const DvnfLinkType& linkType, const DvnfString& name,
                                             bool createTarget, bool noDuplicate) {
-    if (!entity.IsValid() || !linkType.IsValid() || name.IsEmpty()) return DvnfLink::undefined;
-    DvnfEntity& target = GetEntityByName(linkType.Target(), name, createTarget);
-    if (!target.IsValid()) return DvnfLink::undefined;
-    return entity.AddLink(linkType, target, noDuplicate);
+    if (!linkType.IsValid()) return DvnfLink::undefined;
+    return LinkTo(entity, linkType, GetEntityByName(linkType.Target(), name, createTarget && entity.IsValid()),
+                  noDuplicate);
 }
 
 const DvnfLink& DvnfCoreData::AddLinkByName(DvnfEntity& entity, const DvnfString& linkName, const DvnfString& typeName,
                                             const DvnfString& name, bool createTarget, bool noDuplicate) {
-    if (!entity.IsValid()) return DvnfLink::undefined;
-    const DvnfLinkType& t = Types().GetLinkType(linkName, entity.Type(), Types().GetEntityType(typeName, true), true);
-    return AddLinkByName(entity, t, name, createTarget, noDuplicate);
+    return AddLinkByName(entity, LinkTypeFor(Types(), entity, linkName, typeName), name, createTarget, noDuplicate);
 }
 
 // ---------------------------------------------------------------------------

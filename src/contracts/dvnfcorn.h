@@ -389,7 +389,10 @@ public:
     virtual const DvnfString& Name() const { return _name; }
     virtual const DvnfEntityType& Type() const { return *_type; }
     DvnfEntity& Entity() override { return *this; }
-    // Renames the entity (its place in GetEntities follows the new name).
+    // Renames the entity. GetEntityByName knows the new name at once; in the
+    // map of GetEntities the entity moves when GetEntities is next called, so
+    // a loop over that map may rename the entity it stands on (and name it
+    // back) without losing its place.
     void Name(const DvnfString& name);
     // Gives an entity that has none its key (GetEntityByOID finds it then).
     void OID(const DvnfString& oid);
@@ -433,6 +436,8 @@ private:
     const DvnfEntityType* _type;
     DvnfString _name;
     unsigned _flags = 0;
+    DvnfString _viewName;  // the key of the entity in the map of GetEntities
+    size_t _seq = 0;       // place in the order of creation
     std::unique_ptr<DvnfAttrNode> _root;
     std::vector<DvnfLink> _links;
 };
@@ -496,8 +501,9 @@ public:
     // true a missing one is made as a skeleton (state 0, no name).
     DvnfEntity& GetEntityByOID(const DvnfEntityType& type, const DvnfString& oid, bool create = false);
     DvnfEntity& GetEntityByOID(const DvnfString& typeName, const DvnfString& oid, bool create = false);
-    // The first entity of that type and name, or DvnfEntity::undefined. With
-    // create true a missing one is made as a skeleton (state 0, no key).
+    // The first entity of that type and name, or DvnfEntity::undefined (also
+    // for an empty name). With create true a missing one is made as a
+    // skeleton (state 0, no key).
     DvnfEntity& GetEntityByName(const DvnfEntityType& type, const DvnfString& name, bool create = false);
     DvnfEntity& GetEntityByName(const DvnfString& typeName, const DvnfString& name, bool create = false);
 
@@ -523,7 +529,9 @@ public:
 private:
     friend class DvnfEntity;
     struct TypeIndex {
-        DvnfEntityMap byName;
+        DvnfEntityMap view;  // what GetEntities gives; renames reach it lazily
+        std::vector<DvnfEntity*> renamed;  // not yet moved in the view
+        std::unordered_map<std::string, std::vector<DvnfEntity*>> byName;  // current names, creation order
         std::unordered_map<std::string, DvnfEntity*> byOID;
     };
     TypeIndex& Index(const DvnfEntityType& type) const;

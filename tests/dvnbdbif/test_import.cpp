@@ -2,13 +2,12 @@
 // rights, the version row, the parse, the open, levels, final words.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "dvnbauth.h"
 #include "dvnbdbif.h"
 #include "repositorydb.h"
+#include "testenv.h"
 
 namespace {
 
@@ -17,20 +16,13 @@ protected:
     void SetUp() override {
         RepositoryTest::SetUp();
         DvnfMessageHandler::DefaultOutput(&m_messages);
-        m_dir = std::filesystem::temp_directory_path() / ("dvn_import_" + std::to_string(getpid()));
-        std::filesystem::create_directories(m_dir);
     }
     void TearDown() override {
         DvnfMessageHandler::DefaultOutput(nullptr);
         DvnBTAuthorization::DestroyInstance();
-        std::filesystem::remove_all(m_dir);
         RepositoryTest::TearDown();
     }
-    std::string File(const std::string& text) {
-        std::string path = (m_dir / ("f" + std::to_string(++m_files) + ".trx")).string();
-        std::ofstream(path) << text;
-        return path;
-    }
+    std::string File(const std::string& text) { return m_files.Write(text); }
     // Runs the import on this test's database; keeps standard output.
     int Run(const std::string& file, bool initialLoad, bool overwrite = true, bool sourceOption = true) {
         DvnConvCoreDbIF facade;
@@ -55,10 +47,10 @@ protected:
 
     std::string out;
 
+    TrxFiles m_files;
+
 private:
     std::ostringstream m_messages;
-    std::filesystem::path m_dir;
-    int m_files = 0;
 };
 
 const char* kNoErrors = "Finished with Process Model import \nNo errors during import.\n";
@@ -109,7 +101,7 @@ TEST_P(Import, AFileThatCannotBeParsedLeavesTheDatabaseUntouched) {
     EXPECT_EQ(Count("CATEGORY"), "0");
     EXPECT_EQ(Count("VERSION"), "0");  // the version row comes after the parse
 
-    EXPECT_EQ(Run((std::filesystem::path(file).parent_path() / "missing.trx").string(), true), 12);
+    EXPECT_EQ(Run(m_files.Folder() + "/missing.trx", true), 12);
     EXPECT_EQ(Count("VERSION"), "0");
 }
 

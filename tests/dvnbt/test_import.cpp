@@ -2,9 +2,6 @@
 // standard error, exit statuses.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "dvnfcorn.h"
 #include "repositorydb.h"
 #include "staffrows.h"
@@ -14,20 +11,7 @@ namespace {
 
 class DvnbtImport : public RepositoryTest {
 protected:
-    void SetUp() override {
-        RepositoryTest::SetUp();
-        m_dir = std::filesystem::temp_directory_path() / ("dvnbt_import_" + std::to_string(getpid()));
-        std::filesystem::create_directories(m_dir);
-    }
-    void TearDown() override {
-        std::filesystem::remove_all(m_dir);
-        RepositoryTest::TearDown();
-    }
-    std::string File(const std::string& text) {
-        std::string path = (m_dir / ("f" + std::to_string(++m_files) + ".trx")).string();
-        std::ofstream(path) << text;
-        return path;
-    }
+    std::string File(const std::string& text) { return m_files.Write(text); }
     // dvnbt import on this test's database, logged in as user (password "pw") when given.
     CliResult Import(std::vector<std::string> args, const std::string& user = "") {
         std::vector<std::string> all = IsPostgres() ? std::vector<std::string>{"--dsn", DataSource()}
@@ -45,8 +29,7 @@ protected:
     }
 
 private:
-    std::filesystem::path m_dir;
-    int m_files = 0;
+    TrxFiles m_files;
 };
 
 TEST_P(DvnbtImport, StoresPrintsProgressAndReportsMessagesOnStandardError) {
@@ -123,6 +106,76 @@ TEST_P(DvnbtImport, ExitStatusFollowsTheLevelUnderTheRightsOfTheUser) {
         EXPECT_EQ(usage.status, 2) << testing::PrintToString(args);
         EXPECT_EQ(usage.err.rfind("dvnbt: ", 0), 0u) << usage.err;
     }
+}
+
+TEST_P(DvnbtImport, DataStructuresReferringToEachOtherAreStoredReplacedAndDeleted) {
+    auto members = [&] {
+        return QueryRows(Db(), "SELECT s.NAME, m.MEMBER, m.SEQUENCE_NO, t.NAME, m.DATA_TYPE, m.ARRAY_SIZE "
+                               "FROM DVBT.DATA_STRUCTURE_MBR m JOIN DVBT.DATA_STRUCTURE s ON s.DSID = m.DSID "
+                               "LEFT JOIN DVBT.DATA_STRUCTURE t ON t.DSID = m.TYPE_DS ORDER BY s.NAME, m.SEQUENCE_NO");
+    };
+    auto structures = [&] {
+        return QueryRows(Db(), "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.DATA_STRUCTURE "
+                               "WHERE NAME <> 'Default Data Structure' ORDER BY NAME");
+    };
+    // Order names Party, stored after it, and Address, stored before it;
+    // Odd names a structure that exists nowhere and gets the default one.
+    CliResult r = Import({"--initial-load", File(R"(
+DataStructure "Order" {
+  Description = "An order";
+  Members [
+    DataStructureMember "Customer" { Name = "Customer"; Type = 4; HasSubStructure -> "Party"; }
+    DataStructureMember "ShipTo" { Name = "ShipTo"; Type = 4; HasSubStructure -> "Address"; }
+    DataStructureMember "Lines" { Name = "Lines"; Type = 2; Cardinality = 20; }
+  ]
+}
+DataStructure "Party" { Members [ DataStructureMember "Name" { Name = "Name"; } ] }
+DataStructure "Address" { Members [ DataStructureMember "Street" { Name = "Street"; Type = 1; } ] }
+DataStructure "Odd" { Members [ DataStructureMember "Ghost" { Name = "Ghost"; Type = 4; HasSubStructure -> "Nowhere"; } ] }
+)")});
+    EXPECT_EQ(r.status, 3) << r.err;  // warnings: a name defined nowhere, the default used
+    EXPECT_NE(r.err.find(Line(51102, "Nowhere")), std::string::npos) << r.err;
+    EXPECT_NE(r.out.find("Structure Party...\n\nStructure Address second pass ...\n\nStructure member Street...\n\n"),
+              std::string::npos)
+        << r.out;
+    EXPECT_EQ(structures(), (std::vector<std::string>{"Address|0|<null>", "Odd|0|<null>", "Order|0|An order",
+                                                      "Party|0|<null>"}));
+    EXPECT_EQ(members(), (std::vector<std::string>{
+                             "Address|Street|1|<null>|5|<null>", "Odd|Ghost|1|Default Data Structure|7|<null>",
+                             "Order|Customer|1|Party|7|<null>", "Order|ShipTo|2|Address|7|<null>",
+                             "Order|Lines|3|<null>|6|20", "Party|Name|1|<null>|1|<null>"}));
+
+    // Marking changes: Order's members are written anew in their new order,
+    // the dropped one is gone; a structure left out of the file is left alone.
+    CliResult again = Import({"--initial-load", "--mark-changes", File(R"(
+DataStructure "Order" { Members [
+  DataStructureMember "Lines" { Name = "Lines"; Type = 3; }
+  DataStructureMember "ShipTo" { Name = "ShipTo"; Type = 4; HasSubStructure -> "Address"; }
+] }
+DataStructure "Address" { Members [ DataStructureMember "Street" { Name = "Street"; Type = 1; } ] }
+)")});
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_EQ(members(), (std::vector<std::string>{
+                             "Address|Street|1|<null>|5|<null>", "Odd|Ghost|1|Default Data Structure|7|<null>",
+                             "Order|Lines|1|<null>|3|<null>", "Order|ShipTo|2|Address|7|<null>",
+                             "Party|Name|1|<null>|1|<null>"}));
+    EXPECT_EQ(structures(), (std::vector<std::string>{"Address|3|<null>", "Odd|0|<null>", "Order|3|<null>",
+                                                      "Party|0|<null>"}));
+
+    // Address is the type of a member of Order: refused alone, deleted
+    // together with Order (which comes after it by name).
+    CliResult refused = Import({"--initial-load", File("delete DataStructure \"Address\";\n")});
+    EXPECT_EQ(refused.status, 3) << refused.err;
+    EXPECT_NE(refused.err.find(DvnfMessageHandler::Format(51247, DvnString("Address"), DvnString("Order"),
+                                                          DvnString("ShipTo"))
+                                   .str()),
+              std::string::npos)
+        << refused.err;
+    CliResult gone =
+        Import({"--initial-load", File("delete DataStructure \"Address\";\ndelete DataStructure \"Order\";\n")});
+    EXPECT_EQ(gone.status, 0) << gone.err;
+    EXPECT_NE(gone.err.find(Line(51221, "Order") + Line(51221, "Address")), std::string::npos) << gone.err;
+    EXPECT_EQ(structures(), (std::vector<std::string>{"Odd|0|<null>", "Party|0|<null>"}));
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtImport);

@@ -79,17 +79,6 @@ TEST_P(DvnbtLogin, ARepositoryWithoutPersonsNeedsNoLoginToBeReplaced) {
 
 TEST_P(DvnbtLogin, AnImportRunsUnderTheLoggedInUsersRights) {
     const std::string file = CategoryFile();
-    // No persons yet: only an initial load runs, and says so.
-    CliResult refused = Run({"import", file});
-    EXPECT_EQ(refused.status, 1);
-    EXPECT_NE(refused.err.find("no users yet. Only an import with --initial-load"), std::string::npos) << refused.err;
-    EXPECT_EQ(Count("CATEGORY"), "0");
-    CliResult initial = Run({"import", "--initial-load", file});
-    EXPECT_EQ(initial.status, 0) << initial.err;
-    EXPECT_NE(initial.err.find("importing as initial load, with all rights"), std::string::npos) << initial.err;
-    EXPECT_EQ(Count("CATEGORY"), "2");
-    ExecAll(Db(), {"DELETE FROM DVBT.CATEGORY", "DELETE FROM DVBT.VERSION"});
-
     AddPerson(Db(), {.id = "P1", .userId = "MODELLER", .systemGroup = "G1", .password = "m", .processModeling = 1});
     // A wrong password or an unknown user changes nothing.
     for (const char* user : {"DVNBT_USER=modeller", "DVNBT_USER=stranger"}) {

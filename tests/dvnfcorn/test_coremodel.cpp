@@ -92,6 +92,22 @@ TEST(CoreData, EntitiesByKeyAndNameAndSkeletonsThroughLinks) {
     std::vector<std::string> names;
     for (const auto& [name, obj] : data.GetEntities(S("Process"))) names.push_back(obj->Entity().Name().str());
     EXPECT_EQ(names, (std::vector<std::string>{"Alpha", "Order", "Zulu"}));
+    // A loop over the map may rename the entity it stands on, and name it back.
+    std::vector<std::string> visited;
+    for (const auto& [name, obj] : data.GetEntities(S("Process"))) {
+        DvnfEntity& e = obj->Entity();
+        DvnfString was = e.Name();
+        e.Name(S("TEMP") | e.OID());
+        EXPECT_EQ(&data.GetEntityByName(S("Process"), S("TEMP") | e.OID()), &e);
+        e.Name(was);
+        visited.push_back(e.Name().str());
+    }
+    EXPECT_EQ(visited, names);
+    for (const auto& [name, obj] : data.GetEntities(S("Process")))
+        if (obj->Entity().Name() == "Zulu") obj->Entity().Name(S("Able"));  // moves at the next call
+    names.clear();
+    for (const auto& [name, obj] : data.GetEntities(S("Process"))) names.push_back(name.str());
+    EXPECT_EQ(names, (std::vector<std::string>{"Able", "Alpha", "Order"}));
     p.Name(S("TEMPP1"));
     EXPECT_EQ(data.GetEntities(S("Process")).count(S("Order")), 0u);
     EXPECT_EQ(data.GetEntities(S("Process")).find(S("TEMPP1"))->second, &p);
@@ -264,6 +280,53 @@ TEST(Factories, BuildDiagramsWithLinkedConnectors) {
     EXPECT_EQ(clean(p), 2);  // Ship->Note (Note deleted) and In->Gone
     EXPECT_EQ(d("ControlConnectors").NumberOfElements(), 1);
     EXPECT_EQ(d("DataConnectors").NumberOfElements(), 2);
+}
+
+// A reader that knows the names of two stored categories by key and counts
+// what it is asked, as the database layer's reader would answer.
+class KnownNames : public DvnfFrontendReader {
+public:
+    int reads = 0;
+    void ReadEntity(DvnfTRXData&, DvnfEntity& e) override {
+        ++reads;
+        e.AttributeData()("Description") = "read";
+        e.State(DvnfObject::StateUnchanged);
+    }
+    DvnfString GetName(DvnfEntity& e) override {
+        if (e.OID() == "C1") return DvnfString("Sales");
+        return DvnfString("");
+    }
+};
+
+TEST(Reader, CleanerResolvesNamesAndReadAllEntitiesReadsEachOnce) {
+    DvnfTRXData data;
+    DvnfEntity& p = data.CreateEntity(S("Process"), S("P"), S("Order"));
+    DvnfEntity& a = data.CreateProcessActivityByOID(p.AttributeData()("Diagram"), S("A1"));
+    a.Name(S("Sub"));
+    data.AddLinkByOID(a.AttributeData()("Implementation")("AsProcess").AsEntity(), S("ReferencesSystem"), S("System"),
+                      S("S1"), true, true);
+    data.AddLinkByOID(p, S("ProcessHasCategory"), S("Category"), S("C1"), true, true);
+    KnownNames reader;
+    DvnfProcessCleaner clean(data, &reader);
+    EXPECT_EQ(clean(p), 0);
+    EXPECT_EQ(data.GetEntityByOID(S("Category"), S("C1")).Name().str(), "Sales");
+    EXPECT_EQ(&data.GetEntityByName(S("Category"), S("Sales")), &data.GetEntityByOID(S("Category"), S("C1")));
+    EXPECT_TRUE(data.GetEntityByOID(S("System"), S("S1")).Name().IsEmpty());  // the reader knew no name
+
+    data.CreateEntity(S("Category"), S("C2"), S("Other"));
+    data.ReadAllEntities(S("Category"), reader);
+    EXPECT_EQ(reader.reads, 2);
+    EXPECT_EQ(data.GetEntityByOID(S("Category"), S("C2")).State(), DvnfObject::StateUnchanged);
+    EXPECT_EQ(data.GetEntityByOID(S("Category"), S("C1")).AttributeData()("Description").AsString().str(), "read");
+
+    // An empty name finds nothing and makes nothing.
+    long count = data.NumberOfEntities();
+    EXPECT_FALSE(data.AddLinkByName(p, S("ProcessHasRole"), S("Role"), S(""), true, true).IsValid());
+    EXPECT_FALSE(data.GetEntityByName(S("System"), S(""), true).IsValid());
+    EXPECT_EQ(data.NumberOfEntities(), count);
+    // A link asked of an entity that is not valid makes no skeleton either.
+    EXPECT_FALSE(data.AddLinkByOID(DvnfEntity::undefined, S("ProcessHasRole"), S("Role"), S("R9"), true, true).IsValid());
+    EXPECT_EQ(data.NumberOfEntities(), count);
 }
 
 TEST(Names, FullNamesQuotingAndKeys) {

@@ -149,6 +149,36 @@ TEST_P(Schema, DeletingAProcessOrADataConnectorLeavesNoOrphans) {
     EXPECT_EQ(Count(Db(), "PROCESS"), 1);
 }
 
+// The long columns hold the longest values the stores write, and read back
+// whole through the classes.
+TEST_P(Schema, LongTextColumnsHoldWhatTheClassesBind) {
+    const std::string condition(4097, 'c'), value = std::string(32671, 'v') + "'";
+    {
+        DvnActivitySet act(&Db());
+        ASSERT_TRUE(act.Open(CRecordset::snapshot, prefix + "ACTIVITY", CRecordset::none));
+        act.AddNew();
+        act.m_AID = "A1";
+        act.m_EXIT_CONDITION = condition;
+        act.Update();
+        act.Close();
+        DvnActContainerSet cont(&Db());
+        ASSERT_TRUE(cont.Open(CRecordset::snapshot, prefix + "ACT_CONTAINER", CRecordset::none));
+        cont.AddNew();
+        cont.m_AID = "A1";
+        cont.m_INITIAL_VALUE = value;
+        cont.Update();
+        cont.Close();
+    }
+    DvnActivitySet act(&Db());
+    act.m_strFilter = "AID = 'A1'";
+    ASSERT_TRUE(act.Open(CRecordset::snapshot, prefix + "ACTIVITY", CRecordset::readOnly));
+    EXPECT_EQ(act.m_EXIT_CONDITION.str(), condition);
+    DvnActContainerSet cont(&Db());
+    ASSERT_TRUE(cont.Open(CRecordset::snapshot, "SELECT * FROM " + prefix + "ACT_CONTAINER WHERE [AID] = 'A1'",
+                          CRecordset::readOnly));
+    EXPECT_EQ(cont.m_INITIAL_VALUE.str(), value);
+}
+
 // The seed and init's refusal: a second init changes nothing; --recreate
 // starts over with only the seed.
 TEST_P(Schema, InitRefusesAnExistingSchemaAndRecreatesOnlyWhenAsked) {

@@ -89,3 +89,22 @@ CliResult RunDvnbt(const std::vector<std::string>& args, const std::vector<std::
     std::filesystem::remove(err);
     return r;
 }
+
+TrxFiles::TrxFiles() {
+    static int folders = 0;
+    m_dir = (std::filesystem::temp_directory_path() /
+             ("dvn_trx_" + std::to_string(getpid()) + "_" + std::to_string(++folders)))
+                .string();
+    std::filesystem::create_directories(m_dir);
+}
+
+TrxFiles::~TrxFiles() {
+    std::error_code ec;
+    std::filesystem::remove_all(m_dir, ec);
+}
+
+std::string TrxFiles::Write(const std::string& text) {
+    std::string path = m_dir + "/f" + std::to_string(++m_count) + ".trx";
+    std::ofstream(path) << text;
+    return path;
+}

@@ -36,3 +36,16 @@ struct CliResult {
     std::string err;   // standard error
 };
 CliResult RunDvnbt(const std::vector<std::string>& args, const std::vector<std::string>& env = {});
+
+// TRX files written into a temporary folder of their own, removed with it.
+class TrxFiles {
+public:
+    TrxFiles();
+    ~TrxFiles();
+    // A new file holding the text; its path.
+    std::string Write(const std::string& text);
+    const std::string& Folder() const { return m_dir; }
+private:
+    std::string m_dir;
+    int m_count = 0;
+};

@@ -1,0 +1,119 @@
+// The raw-ODBC baseline the benchmarks compare with: one indexed table
+// DVBT.BENCH, a prepared SELECT by key and a prepared INSERT, and fresh
+// databases to run in (an SQLite file, a PostgreSQL database on the server
+// of $DVNBT_TEST_PG_DSN).
+#pragma once
+
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "dvnbdbif.h"
+
+namespace bench {
+
+inline void Check(SQLRETURN rc, SQLSMALLINT type, SQLHANDLE h) {
+    if (rc != SQL_SUCCESS && rc != SQL_SUCCESS_WITH_INFO && rc != SQL_NO_DATA) ThrowDBException(rc, type, h);
+}
+
+inline std::string Key(int i) { return "K" + std::to_string(i); }
+
+inline void CreateRawTable(CDatabase& db) {
+    db.ExecuteSQL("CREATE TABLE DVBT.BENCH (ITEM_ID VARCHAR(64) NOT NULL, NAME VARCHAR(255), DOCUMENTATION TEXT, "
+                  "NUM INTEGER, FLAGS INTEGER)");
+    db.ExecuteSQL(db.IsSQLite() ? "CREATE INDEX DVBT.BENCH_IX ON BENCH (ITEM_ID)"
+                                : "CREATE INDEX BENCH_IX ON DVBT.BENCH (ITEM_ID)");
+}
+
+inline void ResetRawTable(CDatabase& db) { db.ExecuteSQL("DELETE FROM DVBT.BENCH"); }
+
+struct RawStatements {
+    SQLHSTMT insert = SQL_NULL_HSTMT, select = SQL_NULL_HSTMT;
+    char id[64] = {0};
+    char name[256] = "name of the row";
+    char doc[64] = "some documentation text";
+    SQLINTEGER num = 0, flags = 0;
+    SQLLEN idInd = 0, nameInd = SQL_NTS, docInd = SQL_NTS, numInd = 0, flagsInd = 0;
+
+    explicit RawStatements(CDatabase& db) {
+        SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &insert);
+        SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &select);
+        std::string ins = "INSERT INTO DVBT.BENCH (ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS) VALUES (?, ?, ?, ?, ?)";
+        std::string sel = "SELECT ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS FROM DVBT.BENCH WHERE ITEM_ID = ?";
+        Check(SQLPrepare(insert, reinterpret_cast<SQLCHAR*>(ins.data()), SQL_NTS), SQL_HANDLE_STMT, insert);
+        Check(SQLPrepare(select, reinterpret_cast<SQLCHAR*>(sel.data()), SQL_NTS), SQL_HANDLE_STMT, select);
+        idInd = SQL_NTS;
+        SQLBindParameter(insert, 1, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, 64, 0, id, 0, &idInd);
+        SQLBindParameter(insert, 2, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, 255, 0, name, 0, &nameInd);
+        SQLBindParameter(insert, 3, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_LONGVARCHAR, 4097, 0, doc, 0, &docInd);
+        SQLBindParameter(insert, 4, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0, 0, &num, 0, &numInd);
+        SQLBindParameter(insert, 5, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0, 0, &flags, 0, &flagsInd);
+        SQLBindParameter(select, 1, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, 64, 0, id, 0, &idInd);
+    }
+    ~RawStatements() {
+        SQLFreeHandle(SQL_HANDLE_STMT, insert);
+        SQLFreeHandle(SQL_HANDLE_STMT, select);
+    }
+    void Insert(int i) {
+        std::snprintf(id, sizeof id, "%s", Key(i).c_str());
+        num = i;
+        Check(SQLExecute(insert), SQL_HANDLE_STMT, insert);
+    }
+    bool Found(int i) {
+        std::snprintf(id, sizeof id, "%s", Key(i).c_str());
+        Check(SQLExecute(select), SQL_HANDLE_STMT, select);
+        bool found = SQLFetch(select) == SQL_SUCCESS;
+        SQLFreeStmt(select, SQL_CLOSE);
+        return found;
+    }
+};
+
+// n rows into DVBT.BENCH, each first looked for by key when lookup, in
+// transactions of perTransaction rows (the last may hold fewer).
+inline void RawInsertInBatches(CDatabase& db, int n, int perTransaction, bool lookup) {
+    RawStatements raw(db);
+    for (int i = 0; i < n; ++i) {
+        if (i % perTransaction == 0) db.BeginTrans();
+        if (!lookup || !raw.Found(i)) raw.Insert(i);
+        if ((i + 1) % perTransaction == 0 || i + 1 == n) db.CommitTrans();
+    }
+}
+
+// n rows into DVBT.BENCH: with lookup, each row is first looked for by key;
+// with commitEach, each row is a transaction of its own.
+inline void RawInsert(CDatabase& db, int n, bool commitEach, bool lookup) {
+    RawInsertInBatches(db, n, commitEach || n < 1 ? 1 : n, lookup);
+}
+
+// Runs work on a fresh SQLite file and, when $DVNBT_TEST_PG_DSN is set, on a
+// fresh PostgreSQL database with an empty schema "dvbt"; work gets the name
+// of the database and the data source that reaches it.
+inline void ForEachFreshDatabase(const char* program,
+                                 const std::function<void(const char* backend, const std::string& dataSource)>& work) {
+    auto dir = std::filesystem::temp_directory_path() / (std::string(program) + "_" + std::to_string(getpid()));
+    std::filesystem::create_directories(dir);
+    work("SQLite", DvnConvCoreDbIF::EmbeddedDataSource((dir / "bench.db").string()).str());
+    std::filesystem::remove_all(dir);
+
+    if (const char* pg = std::getenv("DVNBT_TEST_PG_DSN")) {
+        std::string name = std::string(program) + "_" + std::to_string(getpid());
+        CDatabase admin;
+        admin.OpenEx(("DSN=" + std::string(pg)).c_str());
+        admin.ExecuteSQL(("CREATE DATABASE " + name).c_str());
+        {
+            CDatabase db;
+            db.OpenEx(("DSN=" + std::string(pg) + ";Database=" + name).c_str());
+            db.ExecuteSQL("CREATE SCHEMA dvbt");
+        }
+        work("PostgreSQL", std::string(pg) + ";Database=" + name);
+        admin.ExecuteSQL(("DROP DATABASE " + name + " WITH (FORCE)").c_str());
+    } else {
+        std::printf("PostgreSQL skipped: set DVNBT_TEST_PG_DSN\n");
+    }
+}
+
+}  // namespace bench
