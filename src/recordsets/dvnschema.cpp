@@ -169,6 +169,8 @@ std::vector<std::string> SqliteTriggers() {
         trigger("PROCESS_CASCADE", "AFTER DELETE ON PROCESS", Joined(CascadeStatements("", "OLD.PID"), "  ")),
         trigger("DATA_CONNECTOR_CASCADE", "AFTER DELETE ON DATA_CONNECTOR",
                 Joined(ConnectorStatements("", "OLD.DCID"), "  ")),
+        trigger("DATA_STRUCTURE_CASCADE", "AFTER DELETE ON DATA_STRUCTURE",
+                "  DELETE FROM DATA_STRUCTURE_MBR WHERE DSID = OLD.DSID;\n"),
         trigger("PE_AGENT_NAME_INSERT", "AFTER INSERT ON PE_AGENT", agentName),
         trigger("PE_AGENT_NAME_UPDATE", "AFTER UPDATE OF ASSOC_USER ON PE_AGENT", agentName),
         trigger("PERSON_AGENT_NAME_INSERT", "AFTER INSERT ON PERSON", personName),
@@ -192,6 +194,9 @@ std::vector<std::string> PostgresTriggers() {
         function("DATA_CONNECTOR_CASCADE", Joined(ConnectorStatements("DVBT.", "OLD.DCID"), "  "), "OLD"),
         "CREATE TRIGGER DATA_CONNECTOR_CASCADE AFTER DELETE ON DVBT.DATA_CONNECTOR FOR EACH ROW EXECUTE FUNCTION "
         "DVBT.DATA_CONNECTOR_CASCADE()",
+        function("DATA_STRUCTURE_CASCADE", "  DELETE FROM DVBT.DATA_STRUCTURE_MBR WHERE DSID = OLD.DSID;\n", "OLD"),
+        "CREATE TRIGGER DATA_STRUCTURE_CASCADE AFTER DELETE ON DVBT.DATA_STRUCTURE FOR EACH ROW EXECUTE FUNCTION "
+        "DVBT.DATA_STRUCTURE_CASCADE()",
         function("PE_AGENT_NAME", agentName, "NEW"),
         "CREATE TRIGGER PE_AGENT_NAME BEFORE INSERT OR UPDATE OF ASSOC_USER ON DVBT.PE_AGENT FOR EACH ROW "
         "EXECUTE FUNCTION DVBT.PE_AGENT_NAME()",
@@ -201,8 +206,8 @@ std::vector<std::string> PostgresTriggers() {
     };
 }
 
-const char* const kPostgresFunctions[] = {"PROCESS_CASCADE", "DATA_CONNECTOR_CASCADE", "PE_AGENT_NAME",
-                                          "PERSON_AGENT_NAME"};
+const char* const kPostgresFunctions[] = {"PROCESS_CASCADE", "DATA_CONNECTOR_CASCADE", "DATA_STRUCTURE_CASCADE",
+                                          "PE_AGENT_NAME", "PERSON_AGENT_NAME"};
 
 std::string Upper(std::string s) {
     for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));

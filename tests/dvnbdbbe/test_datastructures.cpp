@@ -210,6 +210,8 @@ TEST_P(DataStructureStore, AStructureAndItsUsersAreDeletedInOneRunWhateverTheOrd
                   DvnfObject::StateNone);
         if (source) {
             EXPECT_EQ(Structures(), (std::vector<std::string>{"Kept|0|<null>"}));
+            // The members went with their structures.
+            EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.DATA_STRUCTURE_MBR"), "1");
         } else {
             EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.DATA_STRUCTURE WHERE CHECKED_OUT = 4"), "7");
             EXPECT_EQ(Members().size(), 9u);  // a tombstone keeps its members
