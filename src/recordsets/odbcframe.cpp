@@ -113,6 +113,13 @@ CDBException* MakeDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE ha
     throw new CDBException(SQL_ERROR, CString(text), CString(std::string("State:") + state + ",Native:0,Origin:[dvnbdbbe]"));
 }
 
+// Characters of UTF-8 text (bytes that do not continue a sequence).
+size_t CharacterCount(const std::string& text) {
+    size_t n = 0;
+    for (unsigned char c : text) n += (c & 0xC0) != 0x80;
+    return n;
+}
+
 void Check(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle) {
     if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, handleType, handle);
 }
@@ -833,9 +840,16 @@ bool CRecordset::Update() {
         p.sqlType = f.sqlType == SQL_LONGVARCHAR ? SQL_LONGVARCHAR : SQL_VARCHAR;
         if (m.WritesNull(i))
             p.ind = SQL_NULL_DATA;
-        else if (p.isText)
+        else if (p.isText) {
             p.text = Impl::Text(f).str();
-        else
+            // Every database gets the same answer to a text longer than its
+            // column: PostgreSQL would refuse it, SQLite would keep it.
+            if (f.maxLength > 0 && CharacterCount(p.text) > static_cast<size_t>(f.maxLength))
+                ThrowFrameError("value too long for column " + f.name + " of " + m.table + ": " +
+                                    std::to_string(CharacterCount(p.text)) + " characters, at most " +
+                                    std::to_string(f.maxLength),
+                                "22001");
+        } else
             p.number = static_cast<SQLINTEGER>(Impl::GetNumber(f));
     }
     const CDatabase::RowLocator& loc = db.Locator();

@@ -219,6 +219,34 @@ TEST_P(Frame, LongQuotedAndUtf8TextRoundTripsExactly) {
     set.Open(1, prefix + "ITEM", 4);
     EXPECT_EQ(set.GetRecordCount(), 1);
     EXPECT_EQ(set.m_ITEM_ID, "long");
+    set.Close();
+
+    // A column's bound counts characters, not bytes, and holds alike on
+    // every database: 255 two-byte characters fit, one more is refused.
+    std::string fits;
+    for (int i = 0; i < 255; ++i) fits += "\xC3\xBC";
+    set.m_strFilter = "";
+    set.Open(1, prefix + "ITEM", 0);
+    set.AddNew();
+    set.m_ITEM_ID = "bound";
+    set.m_NAME = fits;
+    set.Update();
+    set.AddNew();
+    set.m_ITEM_ID = "over";
+    set.m_NAME = fits + "u";
+    try {
+        set.Update();
+        ADD_FAILURE() << "a 256-character name was written";
+    } catch (CDBException* e) {
+        EXPECT_NE(e->m_strStateNativeOrigin.str().find("State:22001"), std::string::npos);
+        EXPECT_NE(e->m_strError.str().find("NAME"), std::string::npos) << e->m_strError.str();
+        e->Delete();
+    }
+    set.Close();
+    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM " + prefix.str() + "ITEM WHERE ITEM_ID = 'over'"), "0");
+    set.m_strFilter = "ITEM_ID = 'bound'";
+    set.Open(1, prefix + "ITEM", 4);
+    EXPECT_EQ(set.m_NAME.str(), fits);
 }
 
 TEST_P(Frame, WholeStatementsFiltersAndSortAreHonoured) {
