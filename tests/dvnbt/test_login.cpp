@@ -1,6 +1,15 @@
 // The login of dvnbt on both databases: who may replace a repository.
 #include <gtest/gtest.h>
 
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -9,6 +18,70 @@
 #include "testenv.h"
 
 namespace {
+
+// dvnbt with a terminal of its own on standard input and output, as a person
+// at a keyboard would run it: once the password prompt shows, `typed` is
+// written to the terminal.
+struct TerminalRun {
+    int status = -1;            // exit status, or 128 + the signal
+    std::string screen;         // everything the terminal showed
+    bool echoWhilePrompting = true;
+    bool echoAfterwards = false;
+};
+
+TerminalRun RunOnTerminal(const std::vector<std::string>& args, const std::vector<std::string>& env,
+                          const std::string& typed) {
+    TerminalRun run;
+    int master = -1, slave = -1;
+    if (openpty(&master, &slave, nullptr, nullptr, nullptr) != 0) {
+        ADD_FAILURE() << "no terminal";
+        return run;
+    }
+    pid_t pid = fork();
+    if (pid == 0) {
+        setsid();
+        ioctl(slave, TIOCSCTTY, 0);
+        dup2(slave, 0);
+        dup2(slave, 1);
+        dup2(slave, 2);
+        close(master);
+        for (const std::string& e : env) putenv(const_cast<char*>(e.c_str()));
+        unsetenv("DVNBT_PASSWORD");
+        std::string program = std::string(DVN_BINARY_DIR) + "/tools/dvnbt/dvnbt";
+        std::vector<char*> argv{program.data()};
+        for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+        argv.push_back(nullptr);
+        execv(program.c_str(), argv.data());
+        _exit(127);
+    }
+    // The parent keeps the terminal open, to read its settings after the end.
+    auto readSome = [&](int timeoutMs) {
+        pollfd p{master, POLLIN, 0};
+        if (poll(&p, 1, timeoutMs) <= 0) return false;
+        char buf[512];
+        ssize_t n = read(master, buf, sizeof buf);
+        if (n <= 0) return false;
+        run.screen.append(buf, static_cast<size_t>(n));
+        return true;
+    };
+    while (run.screen.find("Password for") == std::string::npos && readSome(20000)) {
+    }
+    usleep(100 * 1000);  // the prompt is written before the echo goes off
+    termios t{};
+    tcgetattr(slave, &t);
+    run.echoWhilePrompting = (t.c_lflag & ECHO) != 0;
+    if (write(master, typed.data(), typed.size()) != static_cast<ssize_t>(typed.size())) ADD_FAILURE() << "write";
+    int status = 0;
+    while (waitpid(pid, &status, WNOHANG) == 0) readSome(100);
+    while (readSome(0)) {
+    }
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    tcgetattr(slave, &t);
+    run.echoAfterwards = (t.c_lflag & ECHO) != 0;
+    close(master);
+    close(slave);
+    return run;
+}
 
 class DvnbtLogin : public RepositoryTest {
 protected:
@@ -100,6 +173,29 @@ TEST_P(DvnbtLogin, AnImportRunsUnderTheLoggedInUsersRights) {
     EXPECT_EQ(stored.status, 0) << stored.err;
     EXPECT_EQ(Count("CATEGORY"), "2");
     std::filesystem::remove(file);
+}
+
+// On a terminal the password is asked for without echo; the echo comes back
+// after the answer and also when the person interrupts the prompt.
+TEST_P(DvnbtLogin, ThePasswordPromptHidesWhatIsTypedAndAlwaysRestoresTheEcho) {
+    AddAdministrator("P1", "ANNA", "G1", "anna-pw");
+    std::vector<std::string> args = IsPostgres() ? std::vector<std::string>{"--dsn", DataSource()}
+                                                 : std::vector<std::string>{"--db", DbFile()};
+    args.insert(args.end(), {"--user", "anna", "init", "--recreate"});
+
+    TerminalRun interrupted = RunOnTerminal(args, {}, "\x03");
+    EXPECT_FALSE(interrupted.echoWhilePrompting);
+    EXPECT_EQ(interrupted.status, 128 + SIGINT) << interrupted.screen;
+    EXPECT_TRUE(interrupted.echoAfterwards);
+    EXPECT_EQ(Persons(), "1");
+
+    TerminalRun answered = RunOnTerminal(args, {}, "anna-pw\n");
+    EXPECT_FALSE(answered.echoWhilePrompting);
+    EXPECT_EQ(answered.status, 0) << answered.screen;
+    EXPECT_NE(answered.screen.find("Password for ANNA"), std::string::npos) << answered.screen;
+    EXPECT_EQ(answered.screen.find("anna-pw"), std::string::npos) << answered.screen;
+    EXPECT_TRUE(answered.echoAfterwards);
+    EXPECT_EQ(Persons(), "0");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "login.h"
 
+#include <signal.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -16,21 +17,41 @@ namespace dvnbt {
 
 namespace {
 
+// The terminal's settings while the prompt hides the echo: an interrupt
+// (Ctrl-C) or a termination puts them back before the program ends.
+termios g_savedTerminal{};
+struct sigaction g_savedInt{}, g_savedTerm{};
+
+void RestoreTerminalAndEnd(int signalNumber) {
+    tcsetattr(STDIN_FILENO, TCSANOW, &g_savedTerminal);
+    sigaction(SIGINT, &g_savedInt, nullptr);
+    sigaction(SIGTERM, &g_savedTerm, nullptr);
+    raise(signalNumber);
+}
+
 // Reads a line from the terminal on standard input with echo off. The
 // prompt goes to standard error, so that standard output stays clean.
 std::optional<std::string> PromptPassword(const std::string& user) {
     if (!isatty(STDIN_FILENO)) return std::nullopt;
     std::cerr << "Password for " << user << ": " << std::flush;
-    termios saved{};
-    const bool canHide = tcgetattr(STDIN_FILENO, &saved) == 0;
+    const bool canHide = tcgetattr(STDIN_FILENO, &g_savedTerminal) == 0;
     if (canHide) {
-        termios hidden = saved;
+        struct sigaction restore {};
+        restore.sa_handler = RestoreTerminalAndEnd;
+        sigemptyset(&restore.sa_mask);
+        sigaction(SIGINT, &restore, &g_savedInt);
+        sigaction(SIGTERM, &restore, &g_savedTerm);
+        termios hidden = g_savedTerminal;
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
     }
     std::string line;
     const bool read = static_cast<bool>(std::getline(std::cin, line));
-    if (canHide) tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
+    if (canHide) {
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &g_savedTerminal);
+        sigaction(SIGINT, &g_savedInt, nullptr);
+        sigaction(SIGTERM, &g_savedTerm, nullptr);
+    }
     std::cerr << std::endl;
     if (!read) return std::nullopt;
     return line;
