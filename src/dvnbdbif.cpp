@@ -229,6 +229,14 @@ int DvnConvCoreDbIF::ImportTRX(const DvnString& file, const DvnString& dataSourc
         level = std::max(level, backEnd->SavePrograms(db, modeling));
         level = std::max(level, backEnd->SaveProcesses(db, modeling, false));
         level = std::max(level, backEnd->SaveToolSets(db, modeling));
+    } catch (CDBException* e) {
+        // A store deals with its own statements; a failing transaction end
+        // (CommitTrans) still comes up to here.
+        Report(51368, DvnString(e->m_strError.c_str()));
+        DVN_TRACE(1, 2, "Database exception In ImportTRX: rc =" << e->m_nRetCode << "Error: " << e->m_strError
+                                                                << "State: " << e->m_strStateNativeOrigin);
+        e->Delete();
+        level = 12;
     } catch (DvnOSException& e) {
         Report(24140, e.ServiceName(), DvnString::FromLong(e.ReturnCode()), DvnString::FromLong(e.ReasonCode()));
         DVN_TRACE(1, 8, "DVNException in ImportTRX");
