@@ -1,6 +1,8 @@
 // The catalogue of entity types, link types and attribute paths.
 #include "dvnfcorn.h"
 
+#include <algorithm>
+
 const DvnfEntityType DvnfEntityType::undefined(DvnfString(""), false, false);
 const DvnfLinkType DvnfLinkType::undefined(DvnfString(""), &DvnfEntityType::undefined, &DvnfEntityType::undefined,
                                            false);
@@ -93,6 +95,16 @@ const DvnfLinkType& DvnfCoreTypes::FindLinkType(const DvnfString& name, const Dv
 
 const DvnfLinkType& DvnfCoreTypes::GetLinkType(const DvnfString& name, const DvnfEntityType& source,
                                                const DvnfEntityType& target, bool mustExist) const {
+    // The undefined entity (an implementation object a file left out, say)
+    // has no links: asking for one of them finds none. A name no type has is
+    // still a programming error.
+    if (!source.IsValid()) {
+        if (mustExist)
+            DVNK_REQUIRE(std::any_of(_linkOrder.begin(), _linkOrder.end(),
+                                     [&](const DvnfLinkType* l) { return l->Name() == name; }),
+                         "link type not in the catalogue");
+        return DvnfLinkType::undefined;
+    }
     const DvnfLinkType& l = FindLinkType(name, source);
     if (l.IsValid() && &l.Target() == &target) return l;
     if (mustExist)

@@ -163,6 +163,8 @@ public:
     const DvnfEntityType& GetEntityType(const DvnfString& name, bool mustExist = true) const;
     // The link type of that name from the source type; the target must be the
     // registered target type. Unknown: as above, DvnfLinkType::undefined.
+    // From the undefined type (that of DvnfEntity::undefined) every known
+    // link name gives DvnfLinkType::undefined: that entity has no links.
     const DvnfLinkType& GetLinkType(const DvnfString& name, const DvnfEntityType& source,
                                     const DvnfEntityType& target, bool mustExist = true) const;
     const DvnfLinkType& GetLinkType(const DvnfString& name, const DvnfString& source, const DvnfString& target,

@@ -38,6 +38,16 @@ TEST(Catalogue, HoldsEveryTypeAndLinkWithTheirEnds) {
     EXPECT_FALSE(t.GetLinkType(S("ProcessHasCategory"), S("Program"), S("Category"), false).IsValid());
     EXPECT_FALSE(t.GetLinkType(S("ProcessHasCategory"), S("Process"), S("Person"), false).IsValid());
     EXPECT_TRUE(t.GetLinkType(S("HasSubStructure"), S(DvnfNames::DataStructureMember), S("DataStructure")).IsValid());
+    // Asked from the undefined entity (a program activity whose file gave no
+    // implementation object), a link is simply not there; a misspelt name
+    // still stops the program.
+    const DvnfEntityType& program = t.GetEntityType(S("Program"));
+    DvnfEntity& none = DvnfEntity::undefined;
+    const DvnfLinkType& fromNone = t.GetLinkType(S("ReferencesProgram"), none.Type(), program, true);
+    EXPECT_FALSE(fromNone.IsValid());
+    EXPECT_FALSE(none.FirstLinkOfType(fromNone).Target().IsValid());
+    EXPECT_FALSE(none.LinksOfType(fromNone).First().IsValid());
+    EXPECT_DEATH(t.GetLinkType(S("ReferencesProgramm"), none.Type(), program, true), "link type not in the catalogue");
 
     // Attribute paths and their kinds, including prefixes and set elements.
     const DvnfEntityType& act = t.GetEntityType(S("Activity"));
