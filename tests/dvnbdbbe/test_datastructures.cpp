@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "backendrun.h"
+#include "testenv.h"
 
 namespace {
 
@@ -235,16 +236,26 @@ TEST_P(DataStructureStore, WithoutTheRightNothingIsWrittenAndExistingMembersStay
 }
 
 TEST_P(DataStructureStore, ADatabaseFailureIsReportedPerStructureAndTheRunGoesOn) {
+    Exec("INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT) VALUES ('K1', 'Gone', 0)");
     Exec("DROP TABLE DVBT.DATA_STRUCTURE_MBR");
+    TraceCapture trace;
     BackEndRun run(true);
     Structure(run, "A", {{"m"}});
     Structure(run, "B", {{"n"}});
+    Delete(run, "Gone");
     EXPECT_EQ(run.be.SaveDataStructures(Db(), true), 8);
     // Both rows are written; each second pass fails on its members.
     EXPECT_EQ(run.handler.Count(51021), 2u);
-    EXPECT_EQ(run.handler.Count(51368), 2u);
     EXPECT_EQ(run.handler.Count(51022), 0u);
-    EXPECT_EQ(Structures(), (std::vector<std::string>{"A|0|<null>", "B|0|<null>"}));
+    // The reference test of the deletion fails: the structure is not
+    // updatable this time, and its row stays.
+    EXPECT_EQ(run.handler.Count(51349), 1u);
+    EXPECT_EQ(run.handler.Count(51368), 3u);
+    EXPECT_EQ(Structures(), (std::vector<std::string>{"A|0|<null>", "B|0|<null>", "Gone|0|<null>"}));
+    const std::string text = trace.Text();
+    EXPECT_NE(text.find("Exception reading table DATA_STRUCTURE: rc ="), std::string::npos);
+    EXPECT_NE(text.find("Exception opening table DATA_STRUCTURE_MBR: rc ="), std::string::npos);
+    EXPECT_EQ(text.find("Exception updating table DATA_STRUCTURE_MBR"), std::string::npos);
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DataStructureStore);
