@@ -39,10 +39,12 @@ int Failed(const CString& reason) {
 CString ToCString(const DvnString& s) { return CString(s.IsNull() ? "" : s.c_str()); }
 
 // Connects db with the connect string of a data source; the caller traces
-// and maps what it may throw.
-void Connect(const CString& dataSource, CDatabase& db, const CString& user, const CString& password) {
+// and maps what it may throw. Only the road through the machine profile
+// traces the user and password it connects with.
+void Connect(const CString& dataSource, CDatabase& db, const CString& user, const CString& password,
+             bool traceUser) {
     db.SetQueryTimeout(60);
-    DVN_TRACE(3, 1, "open database with userid: " << user << " and password: " << password);
+    if (traceUser) DVN_TRACE(3, 1, "open database with userid: " << user << " and password: " << password);
     db.OpenEx(DvnConvCoreDbIF::BuildConnectString(dataSource, user, password), 12);
 }
 
@@ -77,7 +79,7 @@ int DvnConvCoreDbIF::OpenDatabaseFromProfile(CDatabase& db, const DvnString& use
             return Failed("BTODBCDataSourceName is not set in the machine profile " + CString(DvnProfile::Path()));
         }
         try {
-            Connect(CString(name.c_str()), db, strUser, strPassword);
+            Connect(CString(name.c_str()), db, strUser, strPassword, true);
         } catch (CDBException* e) {
             DVN_TRACE(1, 2, "db.Open failed:" << e->m_strError);
             CString reason = e->m_strError;
@@ -114,7 +116,7 @@ int DvnConvCoreDbIF::OpenDatabaseFromFile(const CString& dataSource, CDatabase& 
     CString strUser = ToCString(user), strPassword = ToCString(password);
     if (db.m_hdbc != SQL_NULL_HDBC) return 0;
     try {
-        Connect(dataSource, db, strUser, strPassword);
+        Connect(dataSource, db, strUser, strPassword, false);
     } catch (CDBException* e) {
         DVN_TRACE(1, 2, "Exception In Open Database: rc =" << e->m_nRetCode << "Error: " << e->m_strError
                                                             << "State: " << e->m_strStateNativeOrigin);
@@ -227,6 +229,14 @@ int DvnConvCoreDbIF::ImportTRX(const DvnString& file, const DvnString& dataSourc
         level = std::max(level, backEnd->SavePrograms(db, modeling));
         level = std::max(level, backEnd->SaveProcesses(db, modeling, false));
         level = std::max(level, backEnd->SaveToolSets(db, modeling));
+    } catch (CDBException* e) {
+        // A store deals with its own statements; a failing transaction end
+        // (CommitTrans) still comes up to here.
+        Report(51368, DvnString(e->m_strError.c_str()));
+        DVN_TRACE(1, 2, "Database exception In ImportTRX: rc =" << e->m_nRetCode << "Error: " << e->m_strError
+                                                                << "State: " << e->m_strStateNativeOrigin);
+        e->Delete();
+        level = 12;
     } catch (DvnOSException& e) {
         Report(24140, e.ServiceName(), DvnString::FromLong(e.ReturnCode()), DvnString::FromLong(e.ReasonCode()));
         DVN_TRACE(1, 8, "DVNException in ImportTRX");

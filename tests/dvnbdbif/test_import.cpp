@@ -2,6 +2,7 @@
 // rights, the version row, the parse, the open, levels, final words.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <sstream>
 
 #include "dvnbauth.h"
@@ -145,6 +146,73 @@ TEST_P(Import, TheDataSourceComesFromTheArgumentOrElseFromTheProfile) {
     EXPECT_EQ(facade.ImportTRX(DvnString(file), DvnString("dvnbt_no_such_dsn"), true, true, true), 12);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(Messages(), (std::vector<std::string>{Line(51366, "dvnbt_no_such_dsn")}));
+}
+
+// A message stream that raises a failure once, at the first report that
+// starts with the trigger: the way a failure from deep inside a save comes
+// up to the facade.
+class FailingBuffer : public std::stringbuf {
+public:
+    FailingBuffer(std::string trigger, std::function<void()> raise)
+        : m_trigger(std::move(trigger)), m_raise(std::move(raise)) {}
+
+protected:
+    std::streamsize xsputn(const char* s, std::streamsize n) override {
+        if (m_raise && std::string(s, static_cast<size_t>(n)).rfind(m_trigger, 0) == 0) {
+            auto raise = std::move(m_raise);
+            m_raise = nullptr;
+            raise();
+        }
+        return std::stringbuf::xsputn(s, n);
+    }
+
+private:
+    std::string m_trigger;
+    std::function<void()> m_raise;
+};
+
+TEST_P(Import, AFailureThatReachesTheFacadeIsReportedThereAndEndsWithTwelve) {
+    std::string file = File("Category \"Sales\" {}\n");
+    struct Case {
+        const char* name;
+        std::function<void()> raise;
+        std::vector<std::string> messages;  // to the facade's handler
+        const char* trace;
+    };
+    const std::vector<Case> cases = {
+        {"database", [] { throw new CDBException(-1, "commit failed", "State:40001"); },
+         {"51368|commit failed"}, "Database exception In ImportTRX: rc =-1Error: commit failedState: State:40001"},
+        {"operating system", [] { throw DvnOSException(DvnString("write"), 5, 6); }, {"24140|write|5|6"},
+         "DVNException in ImportTRX"},
+        {"memory", [] { throw new CMemoryException; }, {"51373|Out of memory."}, "Exception in ImportTRX"},
+        {"unknown", [] { throw 7; }, {"51374"}, "Unknown exception In ImportTRX"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        DvnfCollectingMessageHandler handler;
+        DvnfTRXData data(DvnfTRXTypes::_instance, &handler);
+        FailingBuffer buffer("51019", c.raise);  // the back end's report of the new category
+        std::ostream stream(&buffer);
+        stream.exceptions(std::ios::badbit);
+        DvnfMessageHandler::DefaultOutput(&stream);
+        TraceCapture trace;
+        DvnConvCoreDbIF facade(&data);
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(facade.ImportTRX(DvnString(file), DvnString(DataSource()), true, true, true), 12);
+        std::string stdoutText = testing::internal::GetCapturedStdout();
+        DvnfMessageHandler::DefaultOutput(nullptr);
+        std::vector<std::string> messages;
+        for (const auto& e : handler.Entries()) {
+            std::string line = std::to_string(e.number);
+            for (const DvnString& a : e.args)
+                if (!a.IsNull()) line += "|" + a.str();
+            messages.push_back(line);
+        }
+        EXPECT_EQ(messages, c.messages);
+        EXPECT_NE(trace.Text().find(c.trace), std::string::npos) << trace.Text();
+        // The final words are written all the same.
+        EXPECT_EQ(stdoutText.substr(stdoutText.size() - std::string(kErrors).size()), kErrors);
+    }
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(Import);

@@ -90,7 +90,12 @@ TEST(CoreData, EntitiesByKeyAndNameAndSkeletonsThroughLinks) {
     data.CreateEntity(S("Process"), S("P2"), S("Alpha"));
     data.CreateEntity(S("Process"), S(""), S("Zulu"));
     std::vector<std::string> names;
-    for (const auto& [name, obj] : data.GetEntities(S("Process"))) names.push_back(obj->Entity().Name().str());
+    for (const auto& [name, obj] : data.GetEntities(S("Process"))) {
+        // An object of the map answers name, type and validity as its entity does.
+        EXPECT_TRUE(obj->IsValid());
+        EXPECT_EQ(&obj->Type(), &obj->Entity().Type());
+        names.push_back(obj->Name().str());
+    }
     EXPECT_EQ(names, (std::vector<std::string>{"Alpha", "Order", "Zulu"}));
     // A loop over the map may rename the entity it stands on, and name it back.
     std::vector<std::string> visited;
@@ -133,6 +138,9 @@ TEST(CoreData, UndefinedEntityStaysInertAndStateAndFlagsWork) {
     EXPECT_TRUE(u.Name().IsEmpty());
     EXPECT_FALSE(u.AttributeData()("A").IsValid());
     EXPECT_FALSE(u.LinksOfType(S("ProcessHasRole")).First().IsValid());
+    DvnfLinkTypeIterator none = DvnfLinkTypeIterator::undefined;
+    EXPECT_FALSE(none.First().IsValid());
+    EXPECT_EQ(none.Count(), 0);
     EXPECT_FALSE(DvnfLink::undefined.Target().IsValid());
 
     DvnfTRXData data;
