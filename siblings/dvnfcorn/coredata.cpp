@@ -12,6 +12,7 @@
 DvnfEntity DvnfEntity::undefined(nullptr, &DvnfEntityType::undefined, DvnfString(), DvnfString(),
                                  DvnfObject::StateNone);
 const DvnfLink DvnfLink::undefined(&DvnfLinkType::undefined, nullptr);
+const DvnfLinkTypeIterator DvnfLinkTypeIterator::undefined;
 
 namespace {
 // Names are never null, so that "" finds every entity without a name.
@@ -135,7 +136,7 @@ const DvnfLinkType* LinkTypeOf(const DvnfEntity& e, const DvnfString& linkName) 
 
 DvnfLinkTypeIterator DvnfEntity::LinksOfType(const DvnfString& linkName) const {
     const DvnfLinkType* t = LinkTypeOf(*this, linkName);
-    return t ? DvnfLinkTypeIterator(this, t) : DvnfLinkTypeIterator();
+    return t ? DvnfLinkTypeIterator(this, t) : DvnfLinkTypeIterator::undefined;
 }
 
 const DvnfLink& DvnfEntity::FirstLinkOfType(const DvnfLinkType& type) const {

@@ -337,7 +337,12 @@ public:
     // A fresh key: unique across runs and processes, 32 characters of
     // upper-case hexadecimal digits (time, process, counter, random).
     static DvnfString CreateOID();
-    // This object as the entity it is.
+    // What every object answers, in this order of virtual slots: validity,
+    // name, type, and the object as the entity it is (so an object of the
+    // map of GetEntities answers without a cast).
+    virtual bool IsValid() const = 0;
+    virtual const DvnfString& Name() const = 0;
+    virtual const DvnfEntityType& Type() const = 0;
     virtual DvnfEntity& Entity() = 0;
 
 protected:
@@ -370,6 +375,8 @@ public:
     const DvnfLink& Next();
     // Every link of the type, in the order they were made.
     long Count() const;
+    // Walks nothing: First gives DvnfLink::undefined.
+    static const DvnfLinkTypeIterator undefined;
 
 private:
     friend class DvnfEntity;
@@ -386,9 +393,9 @@ public:
     enum : unsigned { FlagAttributesComplete = 1, FlagContainersComplete = 2, FlagBlockContent = 4 };
 
     ~DvnfEntity() override;
-    virtual bool IsValid() const { return _type->IsValid(); }
-    virtual const DvnfString& Name() const { return _name; }
-    virtual const DvnfEntityType& Type() const { return *_type; }
+    bool IsValid() const override { return _type->IsValid(); }
+    const DvnfString& Name() const override { return _name; }
+    const DvnfEntityType& Type() const override { return *_type; }
     DvnfEntity& Entity() override { return *this; }
     // Renames the entity. GetEntityByName knows the new name at once; in the
     // map of GetEntities the entity moves when GetEntities is next called, so

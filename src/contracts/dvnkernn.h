@@ -292,5 +292,13 @@ inline void dvnkRequire(bool condition, const char* text, const char* file, int 
 inline void dvnkInvariant(bool condition, const char* text, const char* file, int line) {
     if (!condition) dvnkFail("invariant", text, file, line);
 }
+// The forms for a caller that has tested the condition itself:
+//     if (person == 0) dvnkRequire("person != 0", __FILE__, __LINE__);
+[[noreturn]] inline void dvnkRequire(const char* text, const char* file, int line) {
+    dvnkFail("precondition", text, file, line);
+}
+[[noreturn]] inline void dvnkInvariant(const char* text, const char* file, int line) {
+    dvnkFail("invariant", text, file, line);
+}
 #define DVNK_REQUIRE(cond, text) dvnkRequire((cond), (text), __FILE__, __LINE__)
 #define DVNK_INVARIANT(cond, text) dvnkInvariant((cond), (text), __FILE__, __LINE__)

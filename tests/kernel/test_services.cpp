@@ -140,4 +140,7 @@ TEST(DvnkRequireDeathTest, BrokenPreconditionStopsWithTextFileAndLine) {
     EXPECT_DEATH(dvnkRequire(false, "person != 0", "facade.cpp", 17), "precondition failed: person != 0 \\(facade.cpp:17\\)");
     EXPECT_DEATH(DVNK_INVARIANT(1 + 1 == 3, "arithmetic"), "invariant failed: arithmetic");
     dvnkRequire(true, "holds", __FILE__, __LINE__);
+    // The forms without a condition stop at once.
+    EXPECT_DEATH(dvnkRequire("key != 0", "load.cpp", 9), "precondition failed: key != 0 \\(load.cpp:9\\)");
+    EXPECT_DEATH(dvnkInvariant("count >= 0", "load.cpp", 10), "invariant failed: count >= 0 \\(load.cpp:10\\)");
 }
