@@ -2,6 +2,7 @@
 // with errors change nothing, warnings, the reader for objects a file only
 // names, states and flags of what a file defines, the corpus of the fuzzer.
 #include "dvnfffdn.h"
+#include "parsed.h"
 
 #include <gtest/gtest.h>
 
@@ -76,16 +77,6 @@ std::vector<std::string> Content(const DvnfTRXData& d) {
     std::sort(out.begin(), out.end());
     return out;
 }
-
-struct Parsed {
-    DvnfCollectingMessageHandler messages;
-    DvnfTRXData data{DvnfTRXTypes::_instance, &messages};
-    int rc = -1;
-    std::string error;
-    explicit Parsed(const std::string& text, int accept = 2, DvnfFrontendReader* reader = nullptr) {
-        rc = DvnTRXFrontend(data, reader).ReadText(text, "t.trx", accept, nullptr, &error);
-    }
-};
 
 // ---------------------------------------------------------------------------
 
