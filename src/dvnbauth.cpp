@@ -117,8 +117,10 @@ public:
     DvnRightsLoader(CDatabase& db, const CString& prefix, std::string& context)
         : m_db(db), m_prefix(prefix), m_context(context) {}
 
-    void Load(DvnBTAuthorization& auth, const DvnString& systemGroup, const DvnString& userId,
-              const DvnPersonSet& person) {
+    // current: the object as it stands, whose work-item rights stay when the
+    // person has no global work-item right (null), which leaves them undefined.
+    void Load(DvnBTAuthorization& auth, const DvnBTAuthorization& current, const DvnString& systemGroup,
+              const DvnString& userId, const DvnPersonSet& person) {
         auth.SetUserID(systemGroup, userId);
         auth.SetAuthForSetAuthorization(person.m_SAUTH_DEF_AUTH != 0);
         auth.SetAuthForOperation(person.m_OPERATION_AUTH != 0);
@@ -144,6 +146,8 @@ public:
             Select(other, "PERSON", "PERSON_ID", "AUTH_FOR_PERSON", "PERS_AUTH_FOR_PERS", key);
             for (; !other.IsEOF(); Next(other, "PERSON")) auth.SetAuthForWorkitemsOf(DvnString(other.m_USERID.c_str()));
             other.Close();
+        } else {
+            auth.CopyWorkitemRights(current);
         }
 
         auth.SetSystemAdmin(false);
@@ -228,7 +232,9 @@ void DvnBTAuthorization::SetUser(DvnMessageTarget& target, const DvnString& syst
         return;
     }
     // The rights are read into a fresh object and taken over only when all
-    // reads succeeded, so a failure leaves this object as it was.
+    // reads succeeded, so a failure leaves this object as it was. Only the
+    // work-item rights of a person without a global work-item right are
+    // carried over from this object.
     DvnBTAuthorization loaded;
     bool found = false;
     std::string context;
@@ -237,7 +243,7 @@ void DvnBTAuthorization::SetUser(DvnMessageTarget& target, const DvnString& syst
         OpenTable(person, prefix, "PERSON", "USERID = " + Literal(userId) + " AND SYSTEM_GROUP = " + Literal(groupId),
                   context);
         if (person.GetRecordCount() >= 1) {
-            DvnRightsLoader(db, prefix, context).Load(loaded, systemGroup, userId, person);
+            DvnRightsLoader(db, prefix, context).Load(loaded, *this, systemGroup, userId, person);
             found = true;
         }
         person.Close();

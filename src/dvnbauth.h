@@ -42,9 +42,11 @@ public:
 
     // Loads the person's rights and, when the person is found, keeps dbUser
     // and dbPassword as the database user. Every earlier right is dropped
-    // first, so the object holds exactly what the database grants this
-    // person. When the person is not found or the database fails on the way,
-    // the object stays as it was: user, rights and database user.
+    // first, so the object holds what the database grants this person; the
+    // one exception is a person whose GLOBAL_PERS_AUTH is null: the work-item
+    // rights are then not defined for that person and stay as they were.
+    // When the person is not found or the database fails on the way, the
+    // object stays as it was: user, rights and database user.
     void SetUser(DvnMessageTarget& target, const DvnString& systemGroup, const DvnString& userId,
                  const DvnString& dbUser, const DvnString& dbPassword, const DvnString& dataSource);
 

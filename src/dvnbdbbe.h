@@ -170,9 +170,9 @@ protected:
     bool SecondPassMayWrite(int& checkedOut) const;
 
     // The reference test before a structure is deleted: 0, or 4 after the
-    // message of the first user found (8 on a database exception). A
-    // structure that holds a member of this type and is itself to be deleted
-    // is deleted at once.
+    // message of the first user found. A structure that holds a member of
+    // this type and is itself to be deleted is deleted at once. A database
+    // exception goes up to the caller.
     int DataStructureInUse(CDatabase& db, DvnfEntity& entity, const CString& key);
 
     // Stores not yet there: one save per entity that reports it as not

@@ -35,9 +35,10 @@ public:
 
     // Opens db on the data source named by "BTODBCDataSourceName" of the
     // current configuration of the machine profile. 0 when db is open
-    // afterwards (also when it already was), 12 when not.
+    // afterwards (also when it already was), 12 when not. Traces (level 3)
+    // the user and password it connects with.
     static int OpenDatabaseFromProfile(CDatabase& db, const DvnString& user, const DvnString& password);
-    // The same on a data source named by the caller.
+    // The same on a data source named by the caller, without that trace.
     static int OpenDatabaseFromFile(const CString& dataSource, CDatabase& db, const DvnString& user,
                                     const DvnString& password);
     // "DVBT_" when the driver's file type (FIL= of the connect string) is

@@ -233,6 +233,11 @@ void DvnPersonAuth::ClearRights() {
     _workitemsOf.clear();
 }
 
+void DvnPersonAuth::CopyWorkitemRights(const DvnPersonAuth& from) {
+    _allWorkitems = from._allWorkitems;
+    _workitemsOf = from._workitemsOf;
+}
+
 // ============================================================ password encoding
 // PBKDF2-HMAC-SHA256, salted with the user id in upper case; the stored form
 // names the scheme and the iteration count so that it can change later.

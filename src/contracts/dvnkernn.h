@@ -239,6 +239,9 @@ protected:
     void SetAuthForWorkitemsOf(const DvnString& userId);
     // Forgets every right (used before loading another user's rights).
     void ClearRights();
+    // Takes over the work-item rights of another object (the all-work-items
+    // flag and the persons named one by one), dropping its own.
+    void CopyWorkitemRights(const DvnPersonAuth& from);
 
 private:
     DvnString _systemGroup, _userId;

@@ -163,65 +163,57 @@ int DvnConvCoreDbBe::SaveDataStructure(CDatabase& db, DvnfEntity& entity) {
 // A structure stays while a process, an activity or a program takes it as
 // input or output, or while a member of another structure is of its type.
 // A structure that holds such a member and is itself being deleted in this
-// run is deleted first, so that the order of names does not matter.
+// run is deleted first, so that the order of names does not matter. A
+// database exception goes up to the save, with every recordset closed.
 int DvnConvCoreDbBe::DataStructureInUse(CDatabase& db, DvnfEntity& entity, const CString& key) {
     const DvnString name = entity.Name();
     const CString where = CString("WHERE INPUT_DS = '") + key + "' OR OUTPUT_DS = '" + key + "'";
-    const char* table = "PROCESS";
-    try {
-        DvnString user;
-        if (FirstRowName<DvnProcessSet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "PROCESS " + where, user)) {
-            Report(51244, name, user);
-            return LevelWarning;
-        }
-        table = "ACTIVITY";
-        if (FirstRowName<DvnActivitySet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "ACTIVITY " + where,
-                                         user)) {
-            Report(51245, name, user);
-            return LevelWarning;
-        }
-        table = "PROGRAM";
-        if (FirstRowName<DvnProgramSet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "PROGRAM " + where, user)) {
-            Report(51246, name, user);
-            return LevelWarning;
-        }
+    DvnString user;
+    if (FirstRowName<DvnProcessSet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "PROCESS " + where, user)) {
+        Report(51244, name, user);
+        return LevelWarning;
+    }
+    if (FirstRowName<DvnActivitySet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "ACTIVITY " + where, user)) {
+        Report(51245, name, user);
+        return LevelWarning;
+    }
+    if (FirstRowName<DvnProgramSet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "PROGRAM " + where, user)) {
+        Report(51246, name, user);
+        return LevelWarning;
+    }
 
-        table = "DATA_STRUCTURE_MBR";
-        DvnDataStructureMbrSet members(&db);
-        members.Open(CRecordset::snapshot,
-                     CString("SELECT * FROM ") + m_strTablePrefix + "DATA_STRUCTURE_MBR WHERE TYPE_DS = '" + key + "'",
-                     CRecordset::readOnly);
-        // While this structure is being deleted, a cascade that comes back to
-        // it (two structures that hold members of each other) passes it over.
-        m_processed.Processed(entity, true);
-        struct Done {
-            DvnfProcessed& processed;
-            DvnfEntity& entity;
-            ~Done() { processed.Processed(entity, false); }
-        } done{m_processed, entity};
-        for (; !members.IsEOF(); members.MoveNext()) {
-            table = "DATA_STRUCTURE";
-            DvnDataStructureSet holder(&db);
-            holder.Open(CRecordset::snapshot,
-                        CString("SELECT * FROM ") + m_strTablePrefix + "DATA_STRUCTURE WHERE DSID = '" +
-                            members.m_DSID + "'",
-                        CRecordset::readOnly);
-            // No holder: the member row outlived its structure and holds nothing.
-            if (holder.IsEOF()) continue;
-            if (holder.m_CHECKED_OUT == MarkTombstone && m_nSourceMark == MarkNew) continue;
-            const DvnString holderName(holder.m_NAME.c_str());
-            holder.Close();
-            DvnfEntity& other = m_pCoreData->GetEntityByName("DataStructure", holderName);
-            if (other.IsValid() && m_processed.Processed(other)) continue;
-            if (other.IsValid() && other.State() == StateDeleted && SaveDataStructure(db, other) == LevelOk) {
-                other.State(StateNone);
-                continue;
-            }
-            Report(51247, name, holderName, DvnString(members.m_MEMBER.c_str()));
-            return LevelWarning;
+    DvnDataStructureMbrSet members(&db);
+    members.Open(CRecordset::snapshot,
+                 CString("SELECT * FROM ") + m_strTablePrefix + "DATA_STRUCTURE_MBR WHERE TYPE_DS = '" + key + "'",
+                 CRecordset::readOnly);
+    // While this structure is being deleted, a cascade that comes back to it
+    // (two structures that hold members of each other, or one that holds a
+    // member of its own type) passes it over.
+    m_processed.Processed(entity, true);
+    struct Done {
+        DvnfProcessed& processed;
+        DvnfEntity& entity;
+        ~Done() { processed.Processed(entity, false); }
+    } done{m_processed, entity};
+    for (; !members.IsEOF(); members.MoveNext()) {
+        DvnDataStructureSet holder(&db);
+        holder.Open(CRecordset::snapshot,
+                    CString("SELECT * FROM ") + m_strTablePrefix + "DATA_STRUCTURE WHERE DSID = '" + members.m_DSID +
+                        "'",
+                    CRecordset::readOnly);
+        // No holder: the member row outlived its structure and holds nothing.
+        if (holder.IsEOF()) continue;
+        if (holder.m_CHECKED_OUT == MarkTombstone && m_nSourceMark == MarkNew) continue;
+        const DvnString holderName(holder.m_NAME.c_str());
+        holder.Close();
+        DvnfEntity& other = m_pCoreData->GetEntityByName("DataStructure", holderName);
+        if (other.IsValid() && m_processed.Processed(other)) continue;
+        if (other.IsValid() && other.State() == StateDeleted && SaveDataStructure(db, other) == LevelOk) {
+            other.State(StateNone);
+            continue;
         }
-    } catch (CDBException* e) {
-        return ReportDbException(e, "opening", table);
+        Report(51247, name, holderName, DvnString(members.m_MEMBER.c_str()));
+        return LevelWarning;
     }
     return LevelOk;
 }
@@ -255,10 +247,12 @@ int DvnConvCoreDbBe::SaveDataStructure2(CDatabase& db, DvnfEntity& entity) {
     {
         DvnDataStructureSet row(&db);
         row.m_strFilter = CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
+        const char* action = "opening";
         try {
             row.Open(CRecordset::snapshot, Table("DATA_STRUCTURE"), CRecordset::none);
             // No row: the first pass failed and has said so.
             if (row.IsEOF()) return LevelOk;
+            action = "reading";
             row.MoveFirst();
             const bool firstPassDone = row.m_CHECKED_OUT == MarkFirstPassDone;
             int mark = row.m_CHECKED_OUT;
@@ -279,7 +273,7 @@ int DvnConvCoreDbBe::SaveDataStructure2(CDatabase& db, DvnfEntity& entity) {
                 }
             }
         } catch (CDBException* e) {
-            return ReportDbException(e, "opening", "DATA_STRUCTURE", &row);
+            return ReportDbException(e, action, "DATA_STRUCTURE", &row);
         }
     }
 
@@ -287,13 +281,15 @@ int DvnConvCoreDbBe::SaveDataStructure2(CDatabase& db, DvnfEntity& entity) {
     {
         DvnDataStructureMbrSet old(&db);
         old.m_strFilter = CString("DSID = '") + key + "'";
+        const char* action = "opening";
         try {
             old.Open(CRecordset::snapshot, Table("DATA_STRUCTURE_MBR"), CRecordset::none);
+            action = "deleting in";
             if (!old.IsEOF()) {
                 for (old.MoveFirst(); !old.IsEOF(); old.MoveNext()) old.Delete();
             }
         } catch (CDBException* e) {
-            return ReportDbException(e, "updating", "DATA_STRUCTURE_MBR", &old);
+            return ReportDbException(e, action, "DATA_STRUCTURE_MBR", &old);
         }
     }
 
@@ -313,6 +309,7 @@ int DvnConvCoreDbBe::SaveDataStructureMbr(CDatabase& db, const DvnfAttributeData
     DvnDataStructureMbrSet row(&db);
     row.m_strFilter = CString("MEMBER = ") + ReturnQuotedString(name, "'", "'").c_str() + " AND DSID = '" + key + "'";
     bool inserting = true;
+    const char* action = "opening";
     int level = LevelOk;
     try {
         row.Open(CRecordset::snapshot, Table("DATA_STRUCTURE_MBR"), CRecordset::none);
@@ -322,6 +319,7 @@ int DvnConvCoreDbBe::SaveDataStructureMbr(CDatabase& db, const DvnfAttributeData
                 Report(51318, name);
                 return LevelError;
             }
+            action = "updating";
             row.AddNew();
             level = ReadDataStructureMbrAttributes(db, member, row, key, sequence);
             row.Update();
@@ -329,7 +327,9 @@ int DvnConvCoreDbBe::SaveDataStructureMbr(CDatabase& db, const DvnfAttributeData
         } else {
             // Two members of one name: the later one wins.
             inserting = false;
+            action = "reading";
             row.MoveFirst();
+            action = "updating";
             row.Edit();
             level = ReadDataStructureMbrAttributes(db, member, row, key, sequence);
             if (!row.CanUpdate()) {
@@ -341,7 +341,7 @@ int DvnConvCoreDbBe::SaveDataStructureMbr(CDatabase& db, const DvnfAttributeData
             }
         }
     } catch (CDBException* e) {
-        ReportDbException(e, inserting ? "updating" : "reading", "DATA_STRUCTURE_MBR", &row);
+        ReportDbException(e, action, "DATA_STRUCTURE_MBR", &row);
         Report(inserting ? 51318 : 51350, name);
         return LevelError;
     }

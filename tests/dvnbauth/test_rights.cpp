@@ -95,7 +95,7 @@ TEST_P(Authorization, PasswordMatchesOnlyUserGroupAndPasswordTogether) {
 TEST_P(Authorization, SetUserLoadsFlagsAndTheRightsOfEachCategoryAndPerson) {
     AddPerson(Db(), {.id = "P1", .userId = "ANNA", .systemGroup = "G1", .password = "a", .staff = 1,
                      .processModeling = 1, .setAuthorization = 1, .globalPerson = 0});
-    AddPerson(Db(), {.id = "P2", .userId = "BORIS", .systemGroup = "G1", .password = "b"});
+    AddPerson(Db(), {.id = "P2", .userId = "BORIS", .systemGroup = "G1", .password = "b", .globalPerson = 0});
     AddPerson(Db(), {.id = "P3", .userId = "CARLA", .systemGroup = "G1", .password = "c"});
     AddRelation(Db(), "PERS_SEL_PADM_AUTH", "P1", "C1");
     AddRelation(Db(), "PERS_HAS_PRC_AUTH", "P1", "C2");
@@ -134,12 +134,15 @@ TEST_P(Authorization, GlobalRightsSkipTheTablesTheyCover) {
     // A global process right: the per-category tables are not read.
     AddPerson(Db(), {.id = "P1", .userId = "ANNA", .systemGroup = "G1", .password = "a", .globalProcess = 1});
     AddRelation(Db(), "PERS_SEL_PADM_AUTH", "P1", "C1");
-    // A null global person right: the person relation is not read either.
+    // A null global person right: the person relation is not read either,
+    // and the work-item rights stay as they were.
     AddPerson(Db(), {.id = "P2", .userId = "BORIS", .systemGroup = "G1", .password = "b", .globalPerson = -1});
     AddRelation(Db(), "PERS_AUTH_FOR_PERS", "P2", "P1");
     // A global person right of 1 covers everybody.
     AddPerson(Db(), {.id = "P3", .userId = "CARLA", .systemGroup = "G1", .password = "c",
                      .globalProcessAdmin = 1, .globalPerson = 1});
+    AddPerson(Db(), {.id = "P4", .userId = "DORA", .systemGroup = "G1", .password = "d", .globalPerson = 0});
+    AddRelation(Db(), "PERS_AUTH_FOR_PERS", "P4", "P3");
 
     Login("ANNA");
     EXPECT_TRUE(auth->AuthForAllProcessCategories());
@@ -147,14 +150,24 @@ TEST_P(Authorization, GlobalRightsSkipTheTablesTheyCover) {
     EXPECT_TRUE(auth->AuthForProcessCategory(DvnString("Claims")));
     EXPECT_FALSE(auth->AuthForProcessCategoryAsAdmin(DvnString("Claims")));
 
+    Login("DORA");
+    EXPECT_FALSE(auth->AuthForAllWorkitems());
+    EXPECT_TRUE(auth->AuthForWorkitemsOf(DvnString("CARLA")));
     Login("BORIS");
     EXPECT_FALSE(auth->AuthForAllWorkitems());
     EXPECT_FALSE(auth->AuthForWorkitemsOf(DvnString("ANNA")));
+    EXPECT_TRUE(auth->AuthForWorkitemsOf(DvnString("CARLA")));
 
     Login("CARLA");
     EXPECT_FALSE(auth->AuthForAllProcessCategories());
     EXPECT_TRUE(auth->AuthForAllProcessCategoriesAsAdmin());
     EXPECT_TRUE(auth->AuthForAllWorkitems());
+    Login("BORIS");
+    EXPECT_TRUE(auth->AuthForAllWorkitems());
+    // A defined global person right of 0 replaces them.
+    Login("DORA");
+    EXPECT_FALSE(auth->AuthForAllWorkitems());
+    EXPECT_FALSE(auth->AuthForWorkitemsOf(DvnString("ANNA")));
 }
 
 TEST_P(Authorization, OnlyTheRoleOfThatExactNameMakesAnAdministrator) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "backendrun.h"
+#include "testenv.h"
 
 namespace {
 
@@ -151,21 +152,35 @@ TEST_P(DataStructureStore, AStructureStillInUseIsRefusedWithEitherSourceOption) 
     Exec("INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT) VALUES ('K5', 'Holder', 0)");
     Exec("INSERT INTO DVBT.DATA_STRUCTURE_MBR (MEMBER, DSID, SEQUENCE_NO, TYPE_DS, DATA_TYPE) "
          "VALUES ('part', 'K5', 1, 'K4', 7)");
+    // A holder that is to be deleted too but is held by a user: the cascade
+    // fails, and that counts as a use.
+    Exec("INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT) VALUES ('K6', 'ByHeldMember', 0)");
+    Exec("INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT, CHECKED_OUT_BY) "
+         "VALUES ('K7', 'HeldHolder', 0, 'ADMIN')");
+    Exec("INSERT INTO DVBT.DATA_STRUCTURE_MBR (MEMBER, DSID, SEQUENCE_NO, TYPE_DS, DATA_TYPE) "
+         "VALUES ('p', 'K7', 1, 'K6', 7)");
     Exec("INSERT INTO DVBT.PROCESS (PID, NAME, OUTPUT_DS, CHECKED_OUT) VALUES ('P1', 'Ordering', 'K1', 0)");
     Exec("INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, OUTPUT_DS) VALUES ('A1', 'Check', 'P1', 'K2')");
     Exec("INSERT INTO DVBT.PROGRAM (PROGRAM_ID, NAME, INPUT_DS, CHECKED_OUT) VALUES ('G1', 'checkord', 'K3', 0)");
     for (bool source : {true, false}) {
         BackEndRun run(source);
-        for (const char* name : {"ByProcess", "ByActivity", "ByProgram", "ByMember"}) Delete(run, name);
+        for (const char* name : {"ByProcess", "ByActivity", "ByProgram", "ByMember", "ByHeldMember", "HeldHolder"})
+            Delete(run, name);
         // The holder is in the file but not to be deleted.
         Structure(run, "Holder", {{"part", 4, "ByMember"}}).State(DvnfObject::StateUnchanged);
         EXPECT_EQ(run.be.SaveDataStructures(Db(), true), 4);
         EXPECT_EQ(run.Messages(),
-                  (std::vector<std::string>{"51245|ByActivity|Check", "51247|ByMember|Holder|part",
-                                            "51244|ByProcess|Ordering", "51246|ByProgram|checkord"}));
+                  (std::vector<std::string>{"51245|ByActivity|Check", "51148|HeldHolder|ADMIN",
+                                            "51247|ByHeldMember|HeldHolder|p", "51247|ByMember|Holder|part",
+                                            "51244|ByProcess|Ordering", "51246|ByProgram|checkord",
+                                            "51148|HeldHolder|ADMIN"}));
+        // The failed cascade leaves the holder to the loop.
+        EXPECT_EQ(run.data.GetEntityByName(DvnfString("DataStructure"), DvnfString("HeldHolder")).State(),
+                  DvnfObject::StateDeleted);
     }
-    EXPECT_EQ(Structures(), (std::vector<std::string>{"ByActivity|0|<null>", "ByMember|0|<null>",
-                                                      "ByProcess|0|<null>", "ByProgram|0|<null>",
+    EXPECT_EQ(Structures(), (std::vector<std::string>{"ByActivity|0|<null>", "ByHeldMember|0|<null>",
+                                                      "ByMember|0|<null>", "ByProcess|0|<null>",
+                                                      "ByProgram|0|<null>", "HeldHolder|0|<null>",
                                                       "Holder|0|<null>"}));
 
     // A holder that is already a tombstone does not count in a marking run.
@@ -235,16 +250,26 @@ TEST_P(DataStructureStore, WithoutTheRightNothingIsWrittenAndExistingMembersStay
 }
 
 TEST_P(DataStructureStore, ADatabaseFailureIsReportedPerStructureAndTheRunGoesOn) {
+    Exec("INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT) VALUES ('K1', 'Gone', 0)");
     Exec("DROP TABLE DVBT.DATA_STRUCTURE_MBR");
+    TraceCapture trace;
     BackEndRun run(true);
     Structure(run, "A", {{"m"}});
     Structure(run, "B", {{"n"}});
+    Delete(run, "Gone");
     EXPECT_EQ(run.be.SaveDataStructures(Db(), true), 8);
     // Both rows are written; each second pass fails on its members.
     EXPECT_EQ(run.handler.Count(51021), 2u);
-    EXPECT_EQ(run.handler.Count(51368), 2u);
     EXPECT_EQ(run.handler.Count(51022), 0u);
-    EXPECT_EQ(Structures(), (std::vector<std::string>{"A|0|<null>", "B|0|<null>"}));
+    // The reference test of the deletion fails: the structure is not
+    // updatable this time, and its row stays.
+    EXPECT_EQ(run.handler.Count(51349), 1u);
+    EXPECT_EQ(run.handler.Count(51368), 3u);
+    EXPECT_EQ(Structures(), (std::vector<std::string>{"A|0|<null>", "B|0|<null>", "Gone|0|<null>"}));
+    const std::string text = trace.Text();
+    EXPECT_NE(text.find("Exception reading table DATA_STRUCTURE: rc ="), std::string::npos);
+    EXPECT_NE(text.find("Exception opening table DATA_STRUCTURE_MBR: rc ="), std::string::npos);
+    EXPECT_EQ(text.find("Exception updating table DATA_STRUCTURE_MBR"), std::string::npos);
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DataStructureStore);

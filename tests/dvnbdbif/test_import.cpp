@@ -60,7 +60,15 @@ const char* kErrors = "Finished with Process Model import\nErrors found during i
 
 TEST_P(Import, AnInitialLoadStoresEverythingItCanAndWritesTheVersionRow) {
     std::string file = File("Category \"Sales\" { Description = \"Orders\"; }\nCategory \"Billing\" {}\n");
-    EXPECT_EQ(Run(file, true), 0);
+    {
+        TraceCapture trace;
+        EXPECT_EQ(Run(file, true), 0);
+        // The final words in the trace: level 2, category 8.
+        const std::string text = trace.Text();
+        const size_t at = text.find(": Finished with Process Model import. No errors during import.\n");
+        ASSERT_NE(at, std::string::npos) << text;
+        EXPECT_EQ(text.compare(text.rfind('\n', at) + 1, 19, "[trace 2/8/0x10000]"), 0) << text;
+    }
     EXPECT_EQ(out, std::string("Version, Release, Level\n") + "Category Billing...\n\nCategory Sales...\n\n" + kNoErrors);
     EXPECT_EQ(Messages(), (std::vector<std::string>{Line(51019, "Billing"), Line(51019, "Sales")}));
     EXPECT_EQ(QueryRows(Db(), "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.CATEGORY ORDER BY NAME"),
@@ -142,10 +150,13 @@ TEST_P(Import, TheDataSourceComesFromTheArgumentOrElseFromTheProfile) {
 
     // A data source that does not open: 51366 with its name, level 12, no final words.
     DvnConvCoreDbIF facade;
+    TraceCapture trace;
     testing::internal::CaptureStdout();
     EXPECT_EQ(facade.ImportTRX(DvnString(file), DvnString("dvnbt_no_such_dsn"), true, true, true), 12);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(Messages(), (std::vector<std::string>{Line(51366, "dvnbt_no_such_dsn")}));
+    EXPECT_NE(trace.Text().find("Open database failed"), std::string::npos) << trace.Text();
+    EXPECT_EQ(trace.Text().find("Finished with Process Model import"), std::string::npos) << trace.Text();
 }
 
 // A message stream that raises a failure once, at the first report that
