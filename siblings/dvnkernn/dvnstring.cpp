@@ -9,6 +9,7 @@
 
 // --------------------------------------------------------------------- Rep
 DvnBinary::Rep* DvnBinary::Rep::Allocate(long allocLen, long len) {
+    dvnkRequire(len >= 0, "a buffer length is not negative", __FILE__, __LINE__);
     if (allocLen < len) allocLen = len;
     Rep* rep = new Rep;
     rep->_data = new char[static_cast<size_t>(allocLen) + 1];
@@ -91,7 +92,7 @@ DvnString DvnString::SubString(long from, long length) const {
     long len = _pRep->_len;
     if (from < 0) from = 0;
     if (from > len) from = len;
-    if (length < 0 || from + length > len) length = len - from;
+    if (length < 0 || length > len - from) length = len - from;
     return DvnString(_pRep->_data + from, length);
 }
 
@@ -184,6 +185,9 @@ DvnString::Tokenizer::Tokenizer(const DvnString& list, const char* separator, bo
       _has(false) {
     if (!list.IsNull()) Advance();
 }
+
+DvnString::Tokenizer::Tokenizer(const DvnString& list, char separator, bool trim, bool skipEmpty)
+    : Tokenizer(list, std::string(1, separator).c_str(), trim, skipEmpty) {}
 
 void DvnString::Tokenizer::Advance() {
     _has = false;

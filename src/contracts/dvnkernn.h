@@ -66,8 +66,13 @@ public:
     bool IsEmpty() const { return Length() == 0; }  // true for null and ""
 
     void Reserve(long n);
+    // At most length characters from position from (the rest of the text
+    // when length is negative); a null string gives a null string.
     DvnString SubString(long from, long length = -1) const;
+    // The decimal number at the start of the text (after white space); 0 for
+    // a null, empty or non-numeric text and for one out of the range of long.
     long AsLong() const;
+    // Decimal text, padded with zeros after the sign to width characters.
     static DvnString FromLong(long value, int width = 0);
     // Puts open before and close after the text; every close inside the
     // text is doubled (so "'" gives an SQL literal).
@@ -86,7 +91,10 @@ public:
 
     class Tokenizer {
     public:
+        // Splits list at every separator; trim strips white space around a
+        // token, skipEmpty passes over tokens that are then empty.
         Tokenizer(const DvnString& list, const char* separator, bool trim = true, bool skipEmpty = true);
+        Tokenizer(const DvnString& list, char separator, bool trim = true, bool skipEmpty = true);
         DvnString Next();
         bool Empty() const;
     private:

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include "dvnkernn.h"
 #include "cstring.h"
 
@@ -29,6 +31,54 @@ TEST(DvnString, OperationsKeepTheirMeaning) {
     std::vector<std::string> tokens;
     while (!t.Empty()) tokens.push_back(t.Next().str());
     EXPECT_EQ(tokens, (std::vector<std::string>{"a", "b", "c"}));
+}
+
+TEST(DvnString, NumberConversionsAtTheirEdges) {
+    EXPECT_EQ(DvnString().AsLong(), 0);
+    EXPECT_EQ(DvnString("").AsLong(), 0);
+    EXPECT_EQ(DvnString("abc").AsLong(), 0);
+    EXPECT_EQ(DvnString(" 12x").AsLong(), 12);
+    EXPECT_EQ(DvnString("-9223372036854775808").AsLong(), LONG_MIN);
+    EXPECT_EQ(DvnString("9223372036854775808").AsLong(), 0);  // out of range
+    EXPECT_STREQ(DvnString::FromLong(-42, 0).c_str(), "-42");
+    EXPECT_STREQ(DvnString::FromLong(-5, 3).c_str(), "-05");
+    EXPECT_STREQ(DvnString::FromLong(LONG_MIN, 0).c_str(), "-9223372036854775808");
+    EXPECT_EQ(DvnString::FromLong(LONG_MIN, 0).AsLong(), LONG_MIN);
+}
+
+TEST(DvnString, NullStaysApartFromEmptyInEveryComparison) {
+    DvnString null, empty("");
+    EXPECT_FALSE(null == "");
+    EXPECT_TRUE(null == static_cast<const char*>(nullptr));
+    EXPECT_TRUE(empty == "");
+    EXPECT_TRUE(null < empty);
+    EXPECT_FALSE(empty < null);
+    EXPECT_TRUE(null.SubString(0, 3).IsNull());
+    EXPECT_FALSE(empty.SubString(0, 3).IsNull());
+    EXPECT_STREQ((empty | DvnString("x")).c_str(), "x");
+    EXPECT_DEATH(null | DvnString("x"), "neither side of \\| may be null");
+    EXPECT_DEATH(DvnString("x") | null, "neither side of \\| may be null");
+}
+
+TEST(DvnString, SubStringAndTokenizerTakeWhatCallersPass) {
+    DvnString s("abcdef");
+    EXPECT_STREQ(s.SubString(2, LONG_MAX).c_str(), "cdef");
+    EXPECT_STREQ(s.SubString(9, 2).c_str(), "");
+    EXPECT_STREQ(s.SubString(-1, 2).c_str(), "ab");
+    // A dotted server path, split at a character.
+    DvnString::Tokenizer dotted(DvnString("PES1. SYS1 .GRP1"), '.', true, true);
+    std::vector<std::string> tokens;
+    while (!dotted.Empty()) tokens.push_back(dotted.Next().str());
+    EXPECT_EQ(tokens, (std::vector<std::string>{"PES1", "SYS1", "GRP1"}));
+    EXPECT_TRUE(dotted.Next().IsNull());
+    EXPECT_TRUE(DvnString::Tokenizer(DvnString(), '.', true, true).Empty());
+    EXPECT_TRUE(DvnString::Tokenizer(DvnString(" . "), ".", true, true).Empty());
+    DvnString::Tokenizer keepEmpty(DvnString("a..b"), ".", false, false);
+    tokens.clear();
+    while (!keepEmpty.Empty()) tokens.push_back(keepEmpty.Next().str());
+    EXPECT_EQ(tokens, (std::vector<std::string>{"a", "", "b"}));
+    // A negative length is a programming error, not a buffer write.
+    EXPECT_DEATH(DvnBinary("x", -1), "a buffer length is not negative");
 }
 
 TEST(CString, TextOperations) {
