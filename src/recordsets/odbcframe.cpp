@@ -430,10 +430,19 @@ SQLHSTMT CDatabase::NewStatement() {
     if (!IsOpen()) ThrowFrameError("statement on a closed connection", "08003");
     SQLHSTMT h = SQL_NULL_HSTMT;
     Check(SQLAllocHandle(SQL_HANDLE_STMT, m_hdbc, &h), SQL_HANDLE_DBC, m_hdbc);
-    if (m_dwQueryTimeout)
-        SQLSetStmtAttr(h, SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(m_dwQueryTimeout)),
-                       0);
+    ApplyQueryTimeout(h);
     return h;
+}
+
+void CDatabase::ApplyQueryTimeout(SQLHSTMT h) const {
+    SQLSetStmtAttr(h, SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(m_dwQueryTimeout)), 0);
+}
+
+// The connection keeps its statements, so a new time-out goes to them too.
+void CDatabase::SetQueryTimeout(unsigned seconds) {
+    m_dwQueryTimeout = seconds;
+    for (auto& [sql, h] : m_statements) ApplyQueryTimeout(h);
+    if (m_hstmtDirect != SQL_NULL_HSTMT) ApplyQueryTimeout(m_hstmtDirect);
 }
 
 SQLHSTMT CDatabase::PreparedStatement(const std::string& sql) {

@@ -68,8 +68,10 @@ public:
     bool IsOpen() const { return m_hdbc != SQL_NULL_HDBC; }
     // The connect string as completed by the driver.
     CString GetConnect() const { return m_strConnect; }
-    // Seconds; takes effect on statements of later connections and recordsets.
-    void SetQueryTimeout(unsigned seconds) { m_dwQueryTimeout = seconds; }
+    // Seconds a statement may run before the driver cancels it (0: no
+    // limit). Set before connecting it holds for the whole connection; set
+    // on an open connection it holds from the next statement on.
+    void SetQueryTimeout(unsigned seconds);
     unsigned GetQueryTimeout() const { return m_dwQueryTimeout; }
 
     bool BeginTrans();
@@ -117,6 +119,7 @@ public:
 protected:
     friend class CRecordset;
     SQLHSTMT NewStatement();
+    void ApplyQueryTimeout(SQLHSTMT hstmt) const;
     void AttachOwnFileAsDvbt();
     void FreeStatements();
     CString m_strConnect;

@@ -1,6 +1,8 @@
 // The recordset layer on both databases: what the stores and loads rely on.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "dvnbdbif.h"
 #include "testdb.h"
 
@@ -336,6 +338,34 @@ TEST_P(Frame, FailuresRaiseExceptionsWithTheDriversTextAndState) {
         EXPECT_NE(e->m_strError.Find("m_nFields is 5 but DoFieldExchange binds 6"), -1) << e->m_strError;
         e->Delete();
     }
+}
+
+TEST_P(Frame, TheQueryTimeoutCancelsLongStatementsAlsoWhenChangedOnAnOpenConnection) {
+    if (!IsPostgres()) GTEST_SKIP() << "the SQLite driver does not cancel a running statement";
+    Insert("a", "one", 1);
+    CDatabase db;
+    db.SetQueryTimeout(60);
+    ASSERT_TRUE(db.OpenEx(("DSN=" + DataSource()).c_str(), 12));
+    auto sleepy = [&db](const char* seconds) {
+        ItemSet set(&db);
+        set.Open(1, CString("SELECT * FROM DVBT.ITEM WHERE pg_sleep(CAST('") + seconds + "' AS FLOAT8)) IS NOT NULL", 4);
+        return set.GetRecordCount();
+    };
+    auto stateOf = [](const std::function<void()>& run) {
+        try {
+            run();
+        } catch (CDBException* e) {
+            std::string state = e->m_strStateNativeOrigin.Left(11).str();
+            e->Delete();
+            return state;
+        }
+        return std::string("no exception");
+    };
+    EXPECT_EQ(sleepy("0"), 1);  // the statement is now prepared and kept
+    db.SetQueryTimeout(1);
+    EXPECT_EQ(stateOf([&] { sleepy("3"); }), "State:57014");
+    EXPECT_EQ(sleepy("0"), 1);
+    EXPECT_EQ(stateOf([&] { db.ExecuteSQL("SELECT pg_sleep(3)"); }), "State:57014");
 }
 
 TEST_P(Frame, ReadOnlyRecordsetsCannotChangeRows) {
