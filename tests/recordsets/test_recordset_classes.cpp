@@ -100,6 +100,15 @@ TEST(RecordsetClasses, OrdersOfDerivedClassesAndTheirMembersStartEmpty) {
         for (const auto& f : DvnSchema::Columns(t))
             EXPECT_EQ(f.maxLength == 32672, f.name == "INITIAL_VALUE") << t.name << " " << f.name;
 
+    // Spellings the repositories hold and that must not be "corrected".
+    EXPECT_EQ(kinds(DvnControlBendpointSet(nullptr), "SEQUENCENO"), CFieldInfo::Long);
+    EXPECT_EQ(kinds(DvnDataBendpointSet(nullptr), "SEQUENCENO"), CFieldInfo::Long);
+    EXPECT_EQ(kinds(DvnDataStructureMbrSet(nullptr), "SEQUENCE_NO"), CFieldInfo::Long);
+    EXPECT_EQ(kinds(DvnExternalDomainSet(nullptr), "MODLEVEL"), CFieldInfo::Long);
+    EXPECT_EQ(kinds(DvnUPEServerSet(nullptr), "MOD_LEVEL"), CFieldInfo::Long);
+    EXPECT_EQ(kinds(DvnBundleActivitySet(nullptr), "RETUN_CODE_SETTING"), CFieldInfo::Long);
+    EXPECT_EQ(kinds(DvnBlockActivitySet(nullptr), "RETURN_CODE_SET"), CFieldInfo::Long);
+
     DvnProcessSet process(nullptr);
     EXPECT_TRUE(process.m_PID.IsEmpty());
     EXPECT_EQ(process.m_RC_CREATION, 0);

@@ -158,6 +158,39 @@ const std::vector<std::pair<const char*, const char*>> kFilters = {
     {"CATEGORY", "CATID IN (SELECT CATID FROM DVBT.PERS_HAS_PRC_AUTH WHERE PERSON_ID = 'k')"},
     {"PERSON", "PERSON_ID IN (SELECT AUTH_FOR_PERSON FROM DVBT.PERS_AUTH_FOR_PERS WHERE PERSON_ID = 'k')"},
     {"ROLE", "ROLE_ID IN (SELECT ROLE_ID FROM DVBT.ROLE_INCL_PERSON WHERE PERSON_ID = 'k')"},
+    // a rename looks for the new name on other processes
+    {"PROCESS", "NAME = 'x' AND NOT (PID = 'k')"},
+    // the rows of an activity's assignment are deleted by its key alone
+    {"ACTIVITY_BY_PERSON", "AID = 'a'"},
+    {"ACTIVITY_BY_ROLE", "AID = 'a'"},
+    {"ACT_HAS_SUP_TOOL", "AID = 'a'"},
+    {"ACT_CONTAINER", "AID = 'a'"},
+    // the loads read the members of a role, all services of a program and
+    // any list by its key
+    {"ROLE_INCL_PERSON", "ROLE_ID = 'r'"},
+    {"EXTERNAL_SERVICE", "PROGRAM_ID = 'k'"},
+    {"ACT_INSTANCE_LIST", "LIST_ID = 'k'"},
+    {"PRC_TEMPLATE_LIST", "LIST_ID = 'k'"},
+    // the cascade below a deleted process reaches the rows of its activities
+    {"ACTIVITY_EXTENT", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"BLOCK_ACTIVITY", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"PROGRAM_ACTIVITY", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"PROCESS_ACTIVITY", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"BUNDLE_ACTIVITY", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"ACT_CONTAINER", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"ACTIVITY_BY_PERSON", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"ACT_BY_PERS_F_CONT", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"ACTIVITY_BY_ROLE", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"ACT_BY_ROLE_F_CONT", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"ACT_HAS_SUP_TOOL", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
+    {"PROCESS_GRAPH_ATTR", "PID = 'p'"},
+    {"SOURCE", "PID = 'p'"},
+    {"CONTROL_CONNECTOR", "PID = 'p'"},
+    {"CONTROL_BENDPOINT", "PID = 'p'"},
+    {"DATA_CONNECTOR", "PID = 'p'"},
+    {"TEXT_ANNOTATION", "PID = 'p'"},
+    {"ACTIVITY", "PID = 'p'"},
+    {"DATA_BENDPOINT", "DCID = 'd'"},
 };
 
 class Indexes : public RepositoryTest {};
