@@ -631,6 +631,13 @@ struct CRecordset::Impl {
         }
         return v;
     }
+    // Remembers the members as they are now: Update writes what differs.
+    void BeginChange(Mode next) {
+        before.resize(fields.size());
+        for (size_t i = 0; i < fields.size(); ++i) before[i] = Capture(i);
+        touched.assign(fields.size(), false);
+        mode = next;
+    }
     bool Changed(size_t i) const {
         if (touched[i]) return true;
         if (IsTextField(fields[i])) return Text(fields[i]).str() != before[i].text;
@@ -805,10 +812,7 @@ void CRecordset::AddNew() {
         else
             Impl::SetNumber(m.fields[i], kPseudoNull);
     }
-    m.before.resize(m.fields.size());
-    for (size_t i = 0; i < m.fields.size(); ++i) m.before[i] = m.Capture(i);
-    m.touched.assign(m.fields.size(), false);
-    m.mode = Impl::Adding;
+    m.BeginChange(Impl::Adding);
 }
 
 void CRecordset::Edit() {
@@ -820,10 +824,7 @@ void CRecordset::Edit() {
     // counts as a change.
     for (size_t i = 0; i < m.fields.size(); ++i)
         if (!Impl::IsTextField(m.fields[i]) && m.nullFlags[i]) Impl::SetNumber(m.fields[i], kPseudoNull);
-    m.before.resize(m.fields.size());
-    for (size_t i = 0; i < m.fields.size(); ++i) m.before[i] = m.Capture(i);
-    m.touched.assign(m.fields.size(), false);
-    m.mode = Impl::Editing;
+    m.BeginChange(Impl::Editing);
 }
 
 bool CRecordset::Update() {

@@ -1,210 +1,58 @@
 // No filter that the code writes scans a table: SQLite's query plan for
-// each one searches an index. (PostgreSQL plans by statistics, so a plan on
-// an empty table says nothing; the indexes are the same on both.)
+// each index the schema declares and for each shape of filter searches an
+// index. (PostgreSQL plans by statistics, so a plan on an empty table says
+// nothing; the indexes are the same on both.)
 #include <gtest/gtest.h>
 
+#include "dvnschema.h"
 #include "repositorydb.h"
 
 namespace {
 
-// Every way the code finds rows: the lookups, the filtered opens of the
-// stores and loads, their statements' WHERE, and the cascades.
-const std::vector<std::pair<const char*, const char*>> kFilters = {
+// The shapes beyond an equality on every column of an index: the tombstone
+// rule, IS NULL for the top level of a diagram, columns out of index order,
+// a leading part of an index, OR, NOT, LIKE behind a key, a sub-select, and
+// the cascades below a deleted process.
+const std::vector<std::pair<const char*, const char*>> kShapes = {
     {"CATEGORY", "NAME = 'x' AND CHECKED_OUT <> 4"},
-    {"CATEGORY", "CATID = 'k' AND CHECKED_OUT <> 4"},
-    {"DATA_STRUCTURE", "NAME = 'x'"},
-    {"DATA_STRUCTURE", "DSID = 'k'"},
-    {"DATA_STRUCTURE_MBR", "DSID = 'k'"},
-    {"DATA_STRUCTURE_MBR", "MEMBER = 'm' AND DSID = 'k'"},
-    {"DATA_STRUCTURE_MBR", "TYPE_DS = 'k'"},
-    {"PROCESS", "PID = 'k'"},
-    {"PROCESS", "NAME = 'x'"},
-    {"PROCESS", "CATID = 'k'"},
-    {"PROCESS", "INPUT_DS = 'k' OR OUTPUT_DS = 'k'"},
-    {"PROCESS", "ORGANIZATION = 'k'"},
-    {"PROCESS", "ROLE = 'k'"},
-    {"PROCESS", "ADMINISTRATOR = 'k'"},
-    {"PROCESS_GRAPH_ATTR", "PID = 'k'"},
-    {"PROCESS_TOPOL_ATTR", "PID = 'k'"},
     {"ACTIVITY", "NAME = 'x' AND PID = 'p' AND INSIDE_BLOCK IS NULL"},
-    {"ACTIVITY", "NAME = 'x' AND PID = 'p' AND INSIDE_BLOCK = 'b'"},
-    {"ACTIVITY", "AID = 'a'"},
-    {"ACTIVITY", "AID = 'a' AND INSIDE_BLOCK IS NULL"},
-    {"ACTIVITY", "PID = 'p' AND INSIDE_BLOCK = 'b'"},
-    {"ACTIVITY", "INPUT_DS = 'k' OR OUTPUT_DS = 'k'"},
-    {"ACTIVITY_EXTENT", "AID = 'a'"},
-    {"ACTIVITY_EXTENT", "ORGANIZATION = 'k'"},
     {"SOURCE", "SOURCE_NUMBER = 1 AND PID = 'p' AND BLOCK_AID IS NULL"},
-    {"SOURCE", "PID = 'p' AND BLOCK_AID = 'b' AND SOURCE_NUMBER = 1"},
-    {"SOURCE", "SOURCE_ID = 's' AND BLOCK_AID IS NULL"},
-    {"SINK", "SINK_NUMBER = 1 AND PID = 'p' AND BLOCK_AID = 'b'"},
     {"SINK", "PID = 'p' AND BLOCK_AID IS NULL"},
-    {"SINK", "SINK_ID = 's'"},
-    {"BLOCK_ACTIVITY", "AID = 'a'"},
-    {"PROGRAM_ACTIVITY", "AID = 'a'"},
-    {"PROGRAM_ACTIVITY", "PROGRAM_ID = 'k'"},
-    {"PROGRAM_ACTIVITY", "PE_SERVER = 's.y.g'"},
-    {"PROCESS_ACTIVITY", "AID = 'a'"},
-    {"PROCESS_ACTIVITY", "PROCESS = 'x'"},
-    {"BUNDLE_ACTIVITY", "AID = 'a'"},
-    {"CONTROL_CONNECTOR", "PID = 'p' AND FROM_ACTIVITY = 'a' AND TO_ACTIVITY = 'b'"},
-    {"CONTROL_CONNECTOR", "PID = 'p' AND INSIDE_BLOCK IS NULL"},
-    {"CONTROL_BENDPOINT", "PID = 'p' AND FROM_ACTIVITY = 'a' AND TO_ACTIVITY = 'b' AND SEQUENCENO = 1"},
-    {"DATA_CONNECTOR", "DCID = 'd'"},
-    {"DATA_CONNECTOR", "PID = 'p' AND INSIDE_BLOCK = 'b'"},
-    {"DATA_CONNECTOR", "PID = 'p' AND FROM_SOURCE = 's' AND TO_SINK = 't'"},
-    {"DATA_CONNECTOR", "PID = 'p' AND FROM_ACTIVITY = 'a' AND TO_ACTIVITY = 'a' AND DIRECTION = 1"},
     {"DATA_CONNECTOR", "PID = 'p' AND FROM_ACTIVITY = 'a' AND TO_SINK = 't'"},
-    {"DATA_CONNECTOR", "PID = 'p' AND FROM_SOURCE = 's' AND TO_ACTIVITY = 'a'"},
-    {"DATA_BENDPOINT", "DCID = 'd' AND SEQUENCENO = 1"},
+    {"PERSON", "USERID = 'X' AND SYSTEM_GROUP = 'g' AND PASSWORD = 'p'"},
+    {"PROCESS", "INPUT_DS = 'k' OR OUTPUT_DS = 'k'"},
+    {"PROCESS", "NAME = 'x' AND NOT (PID = 'k')"},
+    {"QUEUE_MANAGER", "(QUEUE_MANAGER_NAME = 'q') AND (NAME <> 'x')"},
     {"DATA_MAP", "DCID = 'd' AND FROM_MEMBER LIKE 'x' AND TO_MEMBER LIKE 'y'"},
     {"ACT_CONTAINER", "AID = 'a' AND INPUT_OR_OUTPUT = 1 AND DOTTED_NAME LIKE 'm' AND INITIAL_VALUE LIKE 'v'"},
-    {"PRC_CONTAINER", "PID = 'p' AND INPUT_OR_OUTPUT = 2"},
-    {"ACTIVITY_BY_PERSON", "AID = 'a' AND PERSON_ID = 'k'"},
-    {"ACT_BY_PERS_F_CONT", "AID = 'a' AND CONTAINER_MEMBER LIKE 'm'"},
-    {"ACTIVITY_BY_ROLE", "AID = 'a' AND ROLE = 'k'"},
-    {"ACT_BY_ROLE_F_CONT", "AID = 'a'"},
-    {"ACT_HAS_SUP_TOOL", "AID = 'a' AND PROGRAM_ID = 'k'"},
-    {"TEXT_ANNOTATION", "PID = 'p' AND INSIDE_BLOCK IS NULL"},
-    {"PERSON", "USERID = 'X' AND CHECKED_OUT <> 4"},
-    {"PERSON", "USERID = 'X' AND SYSTEM_GROUP = 'g' AND PASSWORD = 'p'"},
-    {"PERSON", "PERSON_ID = 'k'"},
-    {"PERSON", "ORGANIZATION_ID = 'k'"},
-    {"PERSON", "SYSTEM = 'k'"},
-    {"ROLE", "NAME = 'x'"},
-    {"ROLE", "ROLE_ID = 'k'"},
-    {"ROLE_INCL_PERSON", "ROLE_ID = 'r' AND PERSON_ID = 'p'"},
-    {"ROLE_INCL_PERSON", "PERSON_ID = 'p'"},
-    {"ORGANIZATION", "NAME = 'x'"},
-    {"ORGANIZATION", "ORGANIZATION_ID = 'k'"},
-    {"ORGANIZATION", "PARENT_ORG_ID = 'k'"},
-    {"ORGANIZATION", "MANAGER_ID = 'k'"},
-    {"STAFF_LEVEL", "LEVEL_ID = 3"},
-    {"PERS_AUTH_FOR_PERS", "PERSON_ID = 'p'"},
-    {"PERS_HAS_PRC_AUTH", "PERSON_ID = 'p' AND CATID = 'c'"},
-    {"PERS_SEL_PADM_AUTH", "PERSON_ID = 'p'"},
-    {"ACT_INSTANCE_LIST", "NAME = 'x'"},
-    {"PRC_INSTANCE_LIST", "LIST_ID = 'k'"},
-    {"PRC_TEMPLATE_LIST", "NAME = 'x'"},
-    {"WORK_LIST", "NAME = 'x'"},
-    {"WORK_LIST", "LIST_ID = 'k'"},
-    {"PERS_HAS_ACT_INSTL", "ACT_INSTANCE_LIST = 'l' AND PERSON = 'p'"},
-    {"PERS_HAS_PRC_INSTL", "PRC_INSTANCE_LIST = 'l' AND PERSON = 'p'"},
-    {"PERS_HAS_PRC_TMPLT", "PRC_TEMPLATE_LIST = 'l' AND PERSON = 'p'"},
-    {"PERS_HAS_WRK_LST", "WORK_LIST = 'l' AND PERSON = 'p'"},
-    {"PERS_HAS_WRK_LST", "PERSON = 'p'"},
-    {"PROGRAM", "NAME = 'x' AND CHECKED_OUT <> 4"},
-    {"PROGRAM", "PROGRAM_ID = 'k'"},
-    {"PROGRAM", "INPUT_DS = 'k' OR OUTPUT_DS = 'k'"},
-    {"WINNT_EXTENT", "PROGRAM_ID = 'k'"},
-    {"WIN95_EXTENT", "PROGRAM_ID = 'k'"},
-    {"NK2_EXTENT", "PROGRAM_ID = 'k'"},
-    {"KRX_EXTENT", "PROGRAM_ID = 'k'"},
-    {"HPUX_EXTENT", "PROGRAM_ID = 'k'"},
-    {"SOLARIS_EXTENT", "PROGRAM_ID = 'k'"},
-    {"EXTERNAL_SERVICE", "PROGRAM_ID = 'k' AND PLATFORM = 6"},
-    {"DV_DOMAIN", "NAME = 'x'"},
-    {"DV_DOMAIN", "DOMAIN_ID = 'k'"},
-    {"SYSTEM_GROUP", "NAME = 'x'"},
-    {"SYSTEM_GROUP", "SYSTEM_GROUP_ID = 'k'"},
-    {"SYSTEM", "NAME = 'x' AND CHECKED_OUT <> 4"},
-    {"SYSTEM", "SYSTEM_ID = 'k'"},
-    {"SYSTEM", "PRIMARY_SYSTEM = 1"},
-    {"SYSTEM", "SYSTEM_IDENTIFIER = 42"},
-    {"SYSTEM", "QUEUE_MANAGER = 'k'"},
-    {"DV_DOMAIN_PRC_ATTR", "DOMAIN_ID  = 'k'"},
-    {"DV_DOMAIN_PRG_ATTR", "DOMAIN_ID = 'k'"},
-    {"DV_DOMAIN_SVR_ATTR", "DOMAIN_ID = 'k' AND SERVER_TYPE = 3"},
-    {"DV_DOMAIN_SVS_ATTR", "DOMAIN_ID = 'k'"},
-    {"SYSTEMGRP_PRC_ATTR", "SYSTEM_GROUP_ID = 'k'"},
-    {"SYSTEMGRP_PRG_ATTR", "SYSTEM_GROUP_ID = 'k'"},
-    {"SYSTEMGRP_SVR_ATTR", "SYSTEM_GROUP_ID = 'k' AND SERVER_TYPE = 3"},
-    {"SYSTEMGRP_SVS_ATTR", "SYSTEM_GROUP_ID = 'k'"},
-    {"SYSTEM_PRC_ATTR", "SYSTEM_ID = 'k'"},
-    {"SYSTEM_PRG_ATTR", "SYSTEM_ID = 'k'"},
-    {"SYSTEM_SVR_ATTR", "SYSTEM_ID = 'k' AND SERVER_TYPE = 3"},
-    {"SYSTEM_SVS_ATTR", "SYSTEM_ID = 'k'"},
-    {"NODE", "NAME = 'x'"},
-    {"NODE", "NODE_ID = 'k'"},
-    {"QUEUE_MANAGER", "NAME = 'x'"},
-    {"QUEUE_MANAGER", "QUEUE_MANAGER_ID = 'k'"},
-    {"QUEUE_MANAGER", "(QUEUE_MANAGER_NAME = 'q') AND (NAME <> 'x')"},
-    {"QUEUE_MANAGER", "NODE = 'k'"},
-    {"GATEWAY_SERVER", "NAME = 'x' AND SYSTEM = 's'"},
-    {"MODELLING_SERVER", "SERVER_ID = 'k'"},
-    {"PE_SERVER", "NAME = 'x' AND SYSTEM = 's'"},
-    {"PE_SERVER", "NAME = 'x'"},
-    {"PE_SERVER", "SYSTEM = 's'"},
-    {"PE_SERVER", "SERVER_ID = 'k'"},
-    {"CLEANUP_SERVER", "SERVER_ID = 'k'"},
-    {"DISTRIBUTION_SRV", "NAME = 'x' AND SYSTEM = 's'"},
-    {"EXECUTION_SERVER", "SYSTEM = 's'"},
-    {"SCHEDULING_SERVER", "SERVER_ID = 'k'"},
-    {"ADMIN_SERVER", "NAME = 'x' AND SYSTEM = 's'"},
-    {"USER_PE_SERVER", "NAME = 'X'"},
-    {"USER_PE_SERVER", "SYSTEM = 's'"},
-    {"USER_PE_SERVER", "SERVER_ID = 'k'"},
-    {"PE_AGENT", "NAME = 'x'"},
-    {"PE_AGENT", "ASSOC_USER = 'k'"},
-    {"PE_AGENT", "PE_AGENT_ID = 'k'"},
-    {"TOOL_SET_DEFAULT", "NAME = 'x'"},
-    {"TOOL_SET_ICONS", "TOOL_SET_NAME = 't' AND NAME = 'x'"},
-    {"TOOL_SET_ICONS", "IS_PROC_ACT = 1  AND TOOL_SET_NAME = 't'"},
     {"PERSON", "PERSON_ID = (SELECT MIN(PERSON_ID) FROM DVBT.PERSON)"},
-    {"SYSTEM_GROUP", "NAME = 'x'"},
-    {"PERSON", "USERID = 'X' AND SYSTEM_GROUP = 'g' AND PASSWORD = 'p'"},
-    {"PERSON", "USERID = 'X' AND SYSTEM_GROUP = 'g'"},
-    {"CATEGORY", "CATID IN (SELECT CATID FROM DVBT.PERS_SEL_PADM_AUTH WHERE PERSON_ID = 'k')"},
     {"CATEGORY", "CATID IN (SELECT CATID FROM DVBT.PERS_HAS_PRC_AUTH WHERE PERSON_ID = 'k')"},
-    {"PERSON", "PERSON_ID IN (SELECT AUTH_FOR_PERSON FROM DVBT.PERS_AUTH_FOR_PERS WHERE PERSON_ID = 'k')"},
     {"ROLE", "ROLE_ID IN (SELECT ROLE_ID FROM DVBT.ROLE_INCL_PERSON WHERE PERSON_ID = 'k')"},
-    // a rename looks for the new name on other processes
-    {"PROCESS", "NAME = 'x' AND NOT (PID = 'k')"},
-    // the rows of an activity's assignment are deleted by its key alone
-    {"ACTIVITY_BY_PERSON", "AID = 'a'"},
-    {"ACTIVITY_BY_ROLE", "AID = 'a'"},
-    {"ACT_HAS_SUP_TOOL", "AID = 'a'"},
-    {"ACT_CONTAINER", "AID = 'a'"},
-    // the loads read the members of a role, all services of a program and
-    // any list by its key
-    {"ROLE_INCL_PERSON", "ROLE_ID = 'r'"},
-    {"EXTERNAL_SERVICE", "PROGRAM_ID = 'k'"},
-    {"ACT_INSTANCE_LIST", "LIST_ID = 'k'"},
-    {"PRC_TEMPLATE_LIST", "LIST_ID = 'k'"},
-    // the cascade below a deleted process reaches the rows of its activities
-    {"ACTIVITY_EXTENT", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"BLOCK_ACTIVITY", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"PROGRAM_ACTIVITY", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"PROCESS_ACTIVITY", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"BUNDLE_ACTIVITY", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"ACT_CONTAINER", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"ACTIVITY_BY_PERSON", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"ACT_BY_PERS_F_CONT", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"ACTIVITY_BY_ROLE", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
     {"ACT_BY_ROLE_F_CONT", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"ACT_HAS_SUP_TOOL", "AID IN (SELECT AID FROM DVBT.ACTIVITY WHERE PID = 'p')"},
-    {"PROCESS_GRAPH_ATTR", "PID = 'p'"},
-    {"SOURCE", "PID = 'p'"},
-    {"CONTROL_CONNECTOR", "PID = 'p'"},
-    {"CONTROL_BENDPOINT", "PID = 'p'"},
-    {"DATA_CONNECTOR", "PID = 'p'"},
-    {"TEXT_ANNOTATION", "PID = 'p'"},
-    {"ACTIVITY", "PID = 'p'"},
-    {"DATA_BENDPOINT", "DCID = 'd'"},
 };
 
-class Indexes : public RepositoryTest {};
+class Indexes : public RepositoryTest {
+protected:
+    void ExpectSearched(const std::string& table, const std::string& where) {
+        for (const auto& row : QueryRows(Db(), "EXPLAIN QUERY PLAN SELECT * FROM DVBT." + table + " WHERE " + where))
+            EXPECT_EQ(row.find("|SCAN "), std::string::npos) << table << " WHERE " << where << ": " << row;
+    }
+};
 
-TEST_P(Indexes, EveryFilterTheCodeWritesSearchesAnIndex) {
+TEST_P(Indexes, EveryIndexAndEachShapeOfFilterIsSearched) {
     // A column behind no filter is scanned: the plan tells the two apart.
     auto plan = QueryRows(Db(), "EXPLAIN QUERY PLAN SELECT * FROM DVBT.CATEGORY WHERE DESCRIPTION = 'x'");
     ASSERT_FALSE(plan.empty());
     ASSERT_NE(plan[0].find("|SCAN "), std::string::npos) << plan[0];
-    for (const auto& [table, where] : kFilters) {
-        for (const auto& row :
-             QueryRows(Db(), std::string("EXPLAIN QUERY PLAN SELECT * FROM DVBT.") + table + " WHERE " + where))
-            EXPECT_EQ(row.find("|SCAN "), std::string::npos) << table << " WHERE " << where << ": " << row;
+    for (const auto& table : DvnSchema::Tables()) {
+        for (std::string columns : table.indexes) {
+            std::string where = "";
+            for (size_t comma; (comma = columns.find(',')) != std::string::npos; columns.erase(0, comma + 1))
+                where += columns.substr(0, comma) + " = 'x' AND ";
+            ExpectSearched(table.name, where + columns + " = 'x'");
+        }
     }
+    for (const auto& [table, where] : kShapes) ExpectSearched(table, where);
 }
 
 INSTANTIATE_TEST_SUITE_P(Db, Indexes, ::testing::Values(Backend::SQLite),

@@ -146,6 +146,13 @@ CDatabase& DbTest::Db() {
     return *m_db;
 }
 
+std::vector<std::string> DbTest::DvnbtArgs(const std::vector<std::string>& args) const {
+    std::vector<std::string> all = IsPostgres() ? std::vector<std::string>{"--dsn", m_dataSource}
+                                                : std::vector<std::string>{"--db", m_file};
+    all.insert(all.end(), args.begin(), args.end());
+    return all;
+}
+
 std::unique_ptr<CDatabase> DbTest::OpenSecondConnection() const {
     auto db = std::make_unique<CDatabase>();
     if (DvnConvCoreDbIF::OpenDatabaseFromFile(m_dataSource.c_str(), *db, DvnString(), DvnString()) != 0)

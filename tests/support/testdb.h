@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "odbcframe.h"
 
@@ -29,6 +30,8 @@ protected:
     CDatabase& Db();
     // SQLite: the database file (for `dvnbt --db FILE`); empty on PostgreSQL.
     std::string DbFile() const { return m_file; }
+    // The arguments of dvnbt on this database (--dsn or --db), then args.
+    std::vector<std::string> DvnbtArgs(const std::vector<std::string>& args) const;
     // Called by SetUp once the database exists; default: nothing.
     virtual void PrepareSchema();
 
