@@ -24,10 +24,23 @@ std::string UniqueSuffix() {
     return std::to_string(getpid()) + "_" + std::to_string(++counter) + "_" + std::to_string(rng() % 100000);
 }
 
-// An administrative connection to the PostgreSQL test server.
-std::unique_ptr<CDatabase> PgAdmin(const char* dsn) {
+// Runs one statement on the server of the PostgreSQL test data source.
+void PgAdminExec(const std::string& sql) {
+    CDatabase admin;
+    try {
+        admin.OpenEx(("DSN=" + std::string(Env("DVNBT_TEST_PG_DSN"))).c_str(), CDatabase::noOdbcDialog);
+    } catch (CDBException* e) {
+        std::string text = e->m_strError.str();
+        e->Delete();
+        throw std::runtime_error("cannot reach the PostgreSQL test server: " + text);
+    }
+    ExecAll(admin, {sql.c_str()});
+}
+
+std::unique_ptr<CDatabase> Open(const std::string& dataSource) {
     auto db = std::make_unique<CDatabase>();
-    db->OpenEx(("DSN=" + std::string(dsn)).c_str(), CDatabase::noOdbcDialog);
+    if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), *db, DvnString(), DvnString()) != 0)
+        throw std::runtime_error("cannot open the test database " + dataSource);
     return db;
 }
 
@@ -46,50 +59,40 @@ void ExecAll(CDatabase& db, std::initializer_list<const char*> statements) {
 }
 
 std::vector<std::string> QueryRows(CDatabase& db, const std::string& sql) {
-    std::vector<std::string> rows;
-    SQLHSTMT h = SQL_NULL_HSTMT;
-    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &h);
+    struct Statement {
+        SQLHSTMT h = SQL_NULL_HSTMT;
+        ~Statement() { SQLFreeHandle(SQL_HANDLE_STMT, h); }
+    } st;
+    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &st.h);
     std::string text = db.TranslateBrackets(sql);
-    SQLRETURN rc = SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
-    if (rc != SQL_SUCCESS && rc != SQL_SUCCESS_WITH_INFO) {
+    SQLRETURN rc = SQLExecDirect(st.h, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
+    if (!SQL_SUCCEEDED(rc)) {
         try {
-            ThrowDBException(rc, SQL_HANDLE_STMT, h);
+            ThrowDBException(rc, SQL_HANDLE_STMT, st.h);
         } catch (CDBException* e) {
             std::string msg = sql + ": " + e->m_strError.str();
             e->Delete();
-            SQLFreeHandle(SQL_HANDLE_STMT, h);
             throw std::runtime_error(msg);
         }
     }
     SQLSMALLINT cols = 0;
-    SQLNumResultCols(h, &cols);
-    for (SQLRETURN f = SQLFetch(h); f == SQL_SUCCESS || f == SQL_SUCCESS_WITH_INFO; f = SQLFetch(h)) {
+    SQLNumResultCols(st.h, &cols);
+    std::vector<std::string> rows;
+    while (SQL_SUCCEEDED(SQLFetch(st.h))) {
         std::string row;
         for (SQLUSMALLINT c = 1; c <= cols; ++c) {
+            // A long value comes in pieces, each ending in a NUL.
             std::string value;
             char buf[4096];
             SQLLEN ind = 0;
-            bool isNull = false;
-            for (;;) {
-                SQLRETURN g = SQLGetData(h, c, SQL_C_CHAR, buf, sizeof buf, &ind);
-                if (g == SQL_NO_DATA) break;
-                if (ind == SQL_NULL_DATA) {
-                    isNull = true;
-                    break;
-                }
-                if (g == SQL_SUCCESS_WITH_INFO && (ind == SQL_NO_TOTAL || ind >= static_cast<SQLLEN>(sizeof buf))) {
-                    value.append(buf, sizeof buf - 1);
-                    continue;
-                }
-                value.append(buf, static_cast<size_t>(ind));
-                break;
+            for (SQLRETURN g = SQL_SUCCESS_WITH_INFO; g == SQL_SUCCESS_WITH_INFO && ind != SQL_NULL_DATA;) {
+                g = SQLGetData(st.h, c, SQL_C_CHAR, buf, sizeof buf, &ind);
+                if (SQL_SUCCEEDED(g) && ind != SQL_NULL_DATA) value += buf;
             }
-            if (c > 1) row += "|";
-            row += isNull ? "<null>" : value;
+            row += (c > 1 ? "|" : "") + (ind == SQL_NULL_DATA ? "<null>" : value);
         }
         rows.push_back(row);
     }
-    SQLFreeHandle(SQL_HANDLE_STMT, h);
     return rows;
 }
 
@@ -120,16 +123,10 @@ void DbTest::SetUp() {
         }
         m_pgDatabase = "dvnbt_t_" + UniqueSuffix();
         try {
-            auto admin = PgAdmin(dsn);
-            ExecAll(*admin, {("CREATE DATABASE " + m_pgDatabase).c_str()});
-        } catch (CDBException* e) {
-            std::string text = e->m_strError.str();
-            e->Delete();
-            m_pgDatabase.clear();
-            FAIL() << "cannot reach the PostgreSQL test server: " << text;
+            PgAdminExec("CREATE DATABASE " + m_pgDatabase);
         } catch (const std::exception& e) {
             m_pgDatabase.clear();
-            FAIL() << "cannot create the test database: " << e.what();
+            FAIL() << e.what();
         }
         m_dataSource = std::string(dsn) + ";Database=" + m_pgDatabase;
         ExecAll(Db(), {"CREATE SCHEMA dvbt"});
@@ -138,26 +135,17 @@ void DbTest::SetUp() {
 }
 
 CDatabase& DbTest::Db() {
-    if (!m_db) {
-        m_db = std::make_unique<CDatabase>();
-        if (DvnConvCoreDbIF::OpenDatabaseFromFile(m_dataSource.c_str(), *m_db, DvnString(), DvnString()) != 0)
-            throw std::runtime_error("cannot open the test database " + m_dataSource);
-    }
+    if (!m_db) m_db = Open(m_dataSource);
     return *m_db;
 }
+
+std::unique_ptr<CDatabase> DbTest::OpenSecondConnection() const { return Open(m_dataSource); }
 
 std::vector<std::string> DbTest::DvnbtArgs(const std::vector<std::string>& args) const {
     std::vector<std::string> all = IsPostgres() ? std::vector<std::string>{"--dsn", m_dataSource}
                                                 : std::vector<std::string>{"--db", m_file};
     all.insert(all.end(), args.begin(), args.end());
     return all;
-}
-
-std::unique_ptr<CDatabase> DbTest::OpenSecondConnection() const {
-    auto db = std::make_unique<CDatabase>();
-    if (DvnConvCoreDbIF::OpenDatabaseFromFile(m_dataSource.c_str(), *db, DvnString(), DvnString()) != 0)
-        throw std::runtime_error("cannot open a second connection to " + m_dataSource);
-    return db;
 }
 
 void DbTest::TearDown() {
@@ -168,13 +156,9 @@ void DbTest::TearDown() {
     }
     if (!m_pgDatabase.empty()) {
         try {
-            auto admin = PgAdmin(Env("DVNBT_TEST_PG_DSN"));
-            ExecAll(*admin, {("DROP DATABASE IF EXISTS " + m_pgDatabase + " WITH (FORCE)").c_str()});
-        } catch (CDBException* e) {
-            ADD_FAILURE() << "cannot drop the test database: " << e->m_strError;
-            e->Delete();
+            PgAdminExec("DROP DATABASE IF EXISTS " + m_pgDatabase + " WITH (FORCE)");
         } catch (const std::exception& e) {
-            ADD_FAILURE() << e.what();
+            ADD_FAILURE() << "cannot drop the test database: " << e.what();
         }
     }
 }

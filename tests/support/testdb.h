@@ -35,7 +35,6 @@ protected:
     // Called by SetUp once the database exists; default: nothing.
     virtual void PrepareSchema();
 
-    Backend backend() const { return GetParam(); }
     bool IsPostgres() const { return GetParam() == Backend::PostgreSQL; }
     // A second, independent connection to the same database.
     std::unique_ptr<CDatabase> OpenSecondConnection() const;

@@ -49,18 +49,12 @@ std::string TraceCapture::Text() const { return ReadFile(m_file); }
 
 ProfileFile::ProfileFile(const std::string& content) : m_file(TempPath("dvnbt_profile")) {
     std::ofstream(m_file) << content;
-    const char* old = std::getenv("DVN_PROFILE");
-    m_hadOld = old != nullptr;
-    if (old) m_old = old;
     setenv("DVN_PROFILE", m_file.c_str(), 1);
     DvnProfile::ClearOverrides();
 }
 
 ProfileFile::~ProfileFile() {
-    if (m_hadOld)
-        setenv("DVN_PROFILE", m_old.c_str(), 1);
-    else
-        unsetenv("DVN_PROFILE");
+    unsetenv("DVN_PROFILE");
     DvnProfile::ClearOverrides();
     std::filesystem::remove(m_file);
 }
@@ -90,13 +84,7 @@ CliResult RunDvnbt(const std::vector<std::string>& args, const std::vector<std::
     return r;
 }
 
-TrxFiles::TrxFiles() {
-    static int folders = 0;
-    m_dir = (std::filesystem::temp_directory_path() /
-             ("dvn_trx_" + std::to_string(getpid()) + "_" + std::to_string(++folders)))
-                .string();
-    std::filesystem::create_directories(m_dir);
-}
+TrxFiles::TrxFiles() : m_dir(TempPath("dvn_trx")) { std::filesystem::create_directories(m_dir); }
 
 TrxFiles::~TrxFiles() {
     std::error_code ec;

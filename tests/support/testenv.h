@@ -17,7 +17,8 @@ private:
 };
 
 // Points the machine profile ($DVN_PROFILE) at a temporary file with the
-// given content for its lifetime; also clears in-process overrides.
+// given content for its lifetime, then unsets it; also clears in-process
+// overrides.
 class ProfileFile {
 public:
     explicit ProfileFile(const std::string& content);
@@ -25,8 +26,6 @@ public:
     const std::string& Path() const { return m_file; }
 private:
     std::string m_file;
-    std::string m_old;
-    bool m_hadOld;
 };
 
 // Runs the built dvnbt with the arguments (each passed as one argument).
