@@ -22,6 +22,7 @@ struct BackEndRun {
     DvnfEntity& Add(const char* type, const char* name) {
         return data.CreateEntity(DvnfString(type), DvnfString(""), DvnfString(name));
     }
+    void Delete(const char* type, const char* name) { Add(type, name).State(DvnfObject::StateDeleted); }
     // Each report as "number|arg|arg...", null arguments left out.
     std::vector<std::string> Messages() const {
         std::vector<std::string> out;
@@ -32,5 +33,16 @@ struct BackEndRun {
             out.push_back(line);
         }
         return out;
+    }
+};
+
+// A fresh repository to store into.
+class StoreTest : public RepositoryTest {
+protected:
+    void Exec(const std::string& sql) { ExecAll(Db(), {sql.c_str()}); }
+    // name|mark of every row of the table but the default data structure.
+    std::vector<std::string> Marks(const std::string& table) {
+        return QueryRows(Db(), "SELECT NAME, CHECKED_OUT FROM DVBT." + table +
+                                   " WHERE NAME <> 'Default Data Structure' ORDER BY NAME");
     }
 };
