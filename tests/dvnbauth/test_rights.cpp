@@ -3,7 +3,6 @@
 
 #include "dvnbauth.h"
 #include "repositorydb.h"
-#include "staffrows.h"
 
 namespace {
 

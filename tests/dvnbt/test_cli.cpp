@@ -35,7 +35,7 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabaseAndHidesThePassword) {
 
     // Without options the machine profile names the data source.
     ProfileFile profile("current = Work\n[Work]\nBTODBCDataSourceName = " + DataSource() + "\n");
-    CliResult viaProfile = RunDvnbt({"ping"}, {"DVN_PROFILE=" + profile.Path()});
+    CliResult viaProfile = RunDvnbt({"ping"});
     EXPECT_EQ(viaProfile.status, 0) << viaProfile.err;
 
     CliResult unknown = RunDvnbt({"--dsn", "dvnbt_no_such_dsn", "ping"});

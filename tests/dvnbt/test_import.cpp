@@ -4,7 +4,6 @@
 
 #include "dvnfcorn.h"
 #include "repositorydb.h"
-#include "staffrows.h"
 #include "testenv.h"
 
 namespace {

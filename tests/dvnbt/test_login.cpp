@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include "repositorydb.h"
-#include "staffrows.h"
 #include "testenv.h"
 
 namespace {

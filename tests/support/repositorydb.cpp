@@ -1,6 +1,7 @@
 #include "repositorydb.h"
 
 #include "dvnbdbif.h"
+#include "dvnkernn.h"
 #include "dvnschema.h"
 
 void RepositoryTest::PrepareSchema() {
@@ -12,4 +13,45 @@ void RepositoryTest::PrepareSchema() {
         throw std::runtime_error("creating the repository schema failed: " + text);
     }
     prefix = DvnConvCoreDbIF::GetTablePrefix(Db());
+}
+
+namespace {
+
+// Adds a row to a table of the repository ("TABLE (COLUMNS)" or "TABLE");
+// values are SQL literals.
+void Insert(CDatabase& db, const std::string& table, const std::string& values) {
+    const std::string sql =
+        "INSERT INTO " + DvnConvCoreDbIF::GetTablePrefix(db).str() + table + " VALUES (" + values + ")";
+    ExecAll(db, {sql.c_str()});
+}
+
+}  // namespace
+
+void AddSystemGroup(CDatabase& db, const std::string& id, const std::string& name) {
+    Insert(db, "SYSTEM_GROUP (SYSTEM_GROUP_ID, NAME)", "'" + id + "', '" + name + "'");
+}
+
+void AddPerson(CDatabase& db, const TestPerson& p) {
+    const std::string password = DvnUser::PasswordEncodeAsString(DvnString(p.userId), DvnString(p.password)).str();
+    std::string flags;
+    for (int flag : {p.staff, p.topology, p.processModeling, p.operation, p.setAuthorization, p.globalProcess,
+                     p.globalProcessAdmin})
+        flags += std::to_string(flag) + ", ";
+    Insert(db,
+           "PERSON (PERSON_ID, USERID, SYSTEM_GROUP, PASSWORD, STAFF_AUTH, TOPOLOGY_AUTH, PROC_DEF_AUTH, "
+           "OPERATION_AUTH, SAUTH_DEF_AUTH, GLOBAL_PRC_AUTH, GLOBAL_PADM_AUTH, GLOBAL_PERS_AUTH, CHECKED_OUT)",
+           "'" + p.id + "', '" + p.userId + "', '" + p.systemGroup + "', '" + password + "', " + flags +
+               (p.globalPerson < 0 ? "NULL" : std::to_string(p.globalPerson)) + ", 0");
+}
+
+void AddCategory(CDatabase& db, const std::string& id, const std::string& name) {
+    Insert(db, "CATEGORY (CATID, NAME, CHECKED_OUT)", "'" + id + "', '" + name + "', 0");
+}
+
+void AddRole(CDatabase& db, const std::string& id, const std::string& name) {
+    Insert(db, "ROLE (ROLE_ID, NAME, CHECKED_OUT)", "'" + id + "', '" + name + "', 0");
+}
+
+void AddRelation(CDatabase& db, const std::string& table, const std::string& first, const std::string& second) {
+    Insert(db, table, "'" + first + "', '" + second + "'");
 }

@@ -24,25 +24,15 @@ std::string UniqueSuffix() {
     return std::to_string(getpid()) + "_" + std::to_string(++counter) + "_" + std::to_string(rng() % 100000);
 }
 
-// Runs one statement on the server of the PostgreSQL test data source.
-void PgAdminExec(const std::string& sql) {
-    CDatabase admin;
-    try {
-        admin.OpenEx(("DSN=" + std::string(Env("DVNBT_TEST_PG_DSN"))).c_str(), CDatabase::noOdbcDialog);
-    } catch (CDBException* e) {
-        std::string text = e->m_strError.str();
-        e->Delete();
-        throw std::runtime_error("cannot reach the PostgreSQL test server: " + text);
-    }
-    ExecAll(admin, {sql.c_str()});
-}
-
 std::unique_ptr<CDatabase> Open(const std::string& dataSource) {
     auto db = std::make_unique<CDatabase>();
     if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), *db, DvnString(), DvnString()) != 0)
         throw std::runtime_error("cannot open the test database " + dataSource);
     return db;
 }
+
+// Runs one statement on the server of the PostgreSQL test data source.
+void PgAdminExec(const std::string& sql) { ExecAll(*Open(Env("DVNBT_TEST_PG_DSN")), {sql.c_str()}); }
 
 }  // namespace
 
@@ -67,13 +57,11 @@ std::vector<std::string> QueryRows(CDatabase& db, const std::string& sql) {
     std::string text = db.TranslateBrackets(sql);
     SQLRETURN rc = SQLExecDirect(st.h, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
     if (!SQL_SUCCEEDED(rc)) {
-        try {
-            ThrowDBException(rc, SQL_HANDLE_STMT, st.h);
-        } catch (CDBException* e) {
-            std::string msg = sql + ": " + e->m_strError.str();
-            e->Delete();
-            throw std::runtime_error(msg);
-        }
+        SQLCHAR state[6] = "", message[512] = "";
+        SQLINTEGER native = 0;
+        SQLSMALLINT length = 0;
+        SQLGetDiagRec(SQL_HANDLE_STMT, st.h, 1, state, &native, message, sizeof message, &length);
+        throw std::runtime_error(sql + ": " + reinterpret_cast<char*>(message));
     }
     SQLSMALLINT cols = 0;
     SQLNumResultCols(st.h, &cols);
@@ -101,8 +89,6 @@ std::string QueryValue(CDatabase& db, const std::string& sql) {
     if (rows.empty()) return "<none>";
     return rows[0].substr(0, rows[0].find('|'));
 }
-
-void DbTest::PrepareSchema() {}
 
 void DbTest::SetUp() {
     if (GetParam() == Backend::SQLite) {

@@ -33,7 +33,7 @@ protected:
     // The arguments of dvnbt on this database (--dsn or --db), then args.
     std::vector<std::string> DvnbtArgs(const std::vector<std::string>& args) const;
     // Called by SetUp once the database exists; default: nothing.
-    virtual void PrepareSchema();
+    virtual void PrepareSchema() {}
 
     bool IsPostgres() const { return GetParam() == Backend::PostgreSQL; }
     // A second, independent connection to the same database.

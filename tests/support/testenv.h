@@ -23,7 +23,6 @@ class ProfileFile {
 public:
     explicit ProfileFile(const std::string& content);
     ~ProfileFile();
-    const std::string& Path() const { return m_file; }
 private:
     std::string m_file;
 };
