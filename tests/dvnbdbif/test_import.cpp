@@ -8,7 +8,7 @@
 #include <sstream>
 #include <utility>
 
-#include "../dvnbdbbe/backendrun.h"
+#include "backendrun.h"
 #include "dvnbauth.h"
 #include "dvnbdbif.h"
 #include "testenv.h"
