@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "dvnbdbif.h"
+#include "dvnconnection.h"
 #include "dvnlookup.h"
 #include "dvnrecordsets.h"
 
@@ -51,8 +51,8 @@ void ReportDBException(DvnMessageTarget& target, CDBException* e, const std::str
 bool OpenConnection(DvnMessageTarget& target, CDatabase& db, const DvnString& dataSource, const DvnString& user,
                     const DvnString& password) {
     int level = dataSource.IsEmpty()
-                    ? DvnConvCoreDbIF::OpenDatabaseFromProfile(db, user, password)
-                    : DvnConvCoreDbIF::OpenDatabaseFromFile(CString(dataSource.c_str()), db, user, password);
+                    ? DvnConnection::OpenFromProfile(db, user, password)
+                    : DvnConnection::OpenFromDataSource(CString(dataSource.c_str()), db, user, password);
     if (level == 0 && db.IsOpen()) return true;
     db.Close();
     target.Message(51366, dataSource);
@@ -197,7 +197,7 @@ bool DvnBTAuthorization::HasUsers(DvnMessageTarget& target, const DvnString& dat
     if (!OpenConnection(target, db, dataSource, DbUser(), DbPassword())) return false;
     // One row at most, found through the key's index, however many persons
     // there are: a snapshot holds every row it selects.
-    const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
+    const CString prefix = DvnConnection::TablePrefix(db);
     const bool result = AnyPerson(target, db, prefix, "PERSON_ID = (SELECT MIN(PERSON_ID) FROM " + prefix + "PERSON)");
     CloseConnection(target, db);
     return result;
@@ -209,7 +209,7 @@ bool DvnBTAuthorization::IsPasswordValid(DvnMessageTarget& target, const DvnStri
     const DvnString encoded = DvnUser::PasswordEncodeAsString(userId, password);
     CDatabase db;
     if (!OpenConnection(target, db, dataSource, DbUser(), DbPassword())) return false;
-    const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
+    const CString prefix = DvnConnection::TablePrefix(db);
     // A failed group lookup leaves the identifier empty, and the comparison
     // below finds nobody.
     CString groupId;
@@ -225,7 +225,7 @@ void DvnBTAuthorization::SetUser(DvnMessageTarget& target, const DvnString& syst
                                  const DvnString& dbUser, const DvnString& dbPassword, const DvnString& dataSource) {
     CDatabase db;
     if (!OpenConnection(target, db, dataSource, dbUser, dbPassword)) return;
-    const CString prefix = DvnConvCoreDbIF::GetTablePrefix(db);
+    const CString prefix = DvnConnection::TablePrefix(db);
     CString groupId;
     if (!FindSystemGroup(target, db, prefix, systemGroup, groupId)) {
         CloseConnection(target, db);

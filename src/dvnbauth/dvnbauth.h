@@ -54,7 +54,7 @@ protected:
     DvnBTAuthorization();
 
 private:
-    // Reads the rights of one person into a fresh object (dvnbauth.cpp).
+    // Reads the rights of one person into a fresh object.
     friend class DvnRightsLoader;
 
     DvnString m_strDbPassword;

@@ -1,8 +1,9 @@
 // DvnConvCoreDbBe: the back end. It walks the entities of the core model and
 // writes them to the tables, one recordset per table, one transaction per
 // object. This header is the frame shared by every store; the stores
-// themselves live in src/dvnbdbbe/, one file per subject (frame, process
-// model, staff and programs, topology).
+// themselves live in src/dvnbdbbe/processmodel, staff and topology, one file
+// per family. The back end knows the core model and the recordsets, never the
+// facade, the load or the authorization.
 #pragma once
 
 #include <cstdint>
@@ -61,6 +62,11 @@ public:
     DvnfTRXData* CoreData() const { return m_pCoreData; }
     bool Overwrite() const { return m_bOverwrite; }
     int32_t SourceMark() const { return m_nSourceMark; }
+
+    // The reader that the parser asks for objects a file only names. The
+    // facade builds it and keeps it alive for the operation; null: the parse
+    // has no reader, and such objects stay as the file gives them.
+    void SetReader(DvnfFrontendReader* reader) { m_pReader = reader; }
 
     // ---- parse: the TRX file into the core data; the parser's result as it
     // stands (above 2 is failure and is reported as 51301).
@@ -202,4 +208,5 @@ protected:
     bool m_bOverwrite;
     int32_t m_nSourceMark;
     DvnfProcessed m_processed;
+    DvnfFrontendReader* m_pReader = nullptr;  // not owned
 };

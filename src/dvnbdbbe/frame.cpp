@@ -1,12 +1,12 @@
 // The frame of all stores: construction, options, the Save<X>s loops, the
 // message and exception helpers, links, states, deletes, default system
-// names and the parse of a TRX file.
+// names, the parse of a TRX file and the row of VERSION.
 #include "dvnbdbbe.h"
 
 #include <iostream>
 
-#include "dvnbdbrd.h"
 #include "dvnfffdn.h"
+#include "dvnprocsets.h"
 
 const DvnConvCoreDbBe::Right DvnConvCoreDbBe::ModelingRight = {51165, "No process modeling authorization"};
 const DvnConvCoreDbBe::Right DvnConvCoreDbBe::StaffRight = {51166, "No staff definition authorization"};
@@ -163,9 +163,38 @@ DvnString DvnConvCoreDbBe::DefaultSysGrp() {
 
 int DvnConvCoreDbBe::LoadTRX(const DvnString& file) {
     DVNK_REQUIRE(m_pCoreData != nullptr, "_data != 0");
-    DvnODBCReader reader(*m_pCoreData, nullptr);
-    DvnTRXFrontend frontend(*m_pCoreData, &reader);
+    DvnTRXFrontend frontend(*m_pCoreData, m_pReader);
     int result = frontend.ReadFile(file.c_str(), 2, nullptr, nullptr);
     if (result > 2) Report(51301, file);
     return result;
+}
+
+// ------------------------------------------------------------------ version
+
+int DvnConvCoreDbBe::SaveVersion(CDatabase& db) {
+    std::cout << "Version, Release, Level" << std::endl;
+    DvnVersionSet row(&db);
+    try {
+        row.Open(CRecordset::snapshot, Table("VERSION"), CRecordset::none);
+    } catch (CDBException* e) {
+        return ReportDbException(e, "opening", "VERSION", &row);
+    }
+    int level = LevelOk;
+    if (row.IsEOF()) {
+        if (!row.CanAppend()) {
+            level = LevelError;
+        } else {
+            try {
+                row.AddNew();
+                row.m_VERSION = 3;
+                row.m_RELEASE = 3;
+                row.m_MOD_LEVEL = 0;
+                row.Update();
+            } catch (CDBException* e) {
+                return ReportDbException(e, "updating", "VERSION", &row);
+            }
+        }
+    }
+    row.Close();
+    return level;
 }

@@ -1,4 +1,4 @@
-// Opening the database connection and choosing the table prefix.
+// The facade: its life, and the import of a TRX file.
 #include "dvnbdbif.h"
 
 #include <algorithm>
@@ -6,12 +6,7 @@
 
 #include "dvnbauth.h"
 #include "dvnbdbbe.h"
-
-#include <cstdlib>
-
-#ifndef DVN_SQLITE_ODBC_DRIVER
-#define DVN_SQLITE_ODBC_DRIVER "/usr/lib/x86_64-linux-gnu/odbc/libsqlite3odbc.so"
-#endif
+#include "dvnbdbrd.h"
 
 DvnConvCoreDbIF::DvnConvCoreDbIF(DvnfTRXData* data)
     : m_pData(data ? data : new DvnfTRXData(DvnfTRXTypes::_instance, nullptr)),
@@ -25,127 +20,6 @@ DvnConvCoreDbIF::~DvnConvCoreDbIF() {
 
 void DvnConvCoreDbIF::Report(long number, const DvnString& a1, const DvnString& a2, const DvnString& a3) {
     m_pData->MessageHandler()->Report(number, a1, a2, a3);
-}
-
-namespace {
-
-CString g_lastOpenError;
-
-int Failed(const CString& reason) {
-    g_lastOpenError = reason;
-    return 12;
-}
-
-CString ToCString(const DvnString& s) { return CString(s.IsNull() ? "" : s.c_str()); }
-
-// Connects db with the connect string of a data source; the caller traces
-// and maps what it may throw. Only the road through the machine profile
-// traces the user and password it connects with.
-void Connect(const CString& dataSource, CDatabase& db, const CString& user, const CString& password,
-             bool traceUser) {
-    db.SetQueryTimeout(60);
-    if (traceUser) DVN_TRACE(3, 1, "open database with userid: " << user << " and password: " << password);
-    db.OpenEx(DvnConvCoreDbIF::BuildConnectString(dataSource, user, password), 12);
-}
-
-}  // namespace
-
-CString DvnConvCoreDbIF::BuildConnectString(const CString& dataSource, const CString& user, const CString& password) {
-    return "DSN=" + dataSource + ";UID=" + user + ";PWD=" + password;
-}
-
-std::string DvnConvCoreDbIF::EmbeddedDriverPath() {
-    const char* env = std::getenv("DVN_SQLITE_ODBC_DRIVER");
-    return env && *env ? env : DVN_SQLITE_ODBC_DRIVER;
-}
-
-CString DvnConvCoreDbIF::LastOpenError() { return g_lastOpenError; }
-
-CString DvnConvCoreDbIF::EmbeddedDataSource(const std::string& file) {
-    // An empty DSN followed by DRIVER= makes the driver manager load the
-    // library directly; Timeout= lets a second connection wait for a lock.
-    return CString(";DRIVER=" + EmbeddedDriverPath() + ";Database=" + file + ";Timeout=10000");
-}
-
-int DvnConvCoreDbIF::OpenDatabaseFromProfile(CDatabase& db, const DvnString& user, const DvnString& password) {
-    CString strUser = ToCString(user), strPassword = ToCString(password);
-    if (db.m_hdbc != SQL_NULL_HDBC) return 0;
-    try {
-        DvnProfile profile;
-        profile.OpenConfig(profile.CurrentConfig(), false);
-        DvnString name = profile.Find("BTODBCDataSourceName", false);
-        if (name.IsNull()) {
-            DVN_TRACE(1, 2, "BTODBCDriverName variable not set in machine profile");
-            return Failed("BTODBCDataSourceName is not set in the machine profile " + CString(DvnProfile::Path()));
-        }
-        try {
-            Connect(CString(name.c_str()), db, strUser, strPassword, true);
-        } catch (CDBException* e) {
-            DVN_TRACE(1, 2, "db.Open failed:" << e->m_strError);
-            CString reason = e->m_strError;
-            e->Delete();
-            return Failed(reason);
-        }
-        if (db.m_hdbc == SQL_NULL_HDBC) {
-            DVN_TRACE(1, 2, "Could not open Database spezified in PROFILE");
-            return Failed("the data source of the machine profile could not be opened");
-        }
-        g_lastOpenError.Empty();
-        return 0;
-    } catch (const DvnNoDefaultConfigException& e) {
-        DVN_TRACE(1, 2, "profile error");
-        return Failed(e.what());
-    } catch (const DvnNoSuchConfigException& e) {
-        DVN_TRACE(1, 2, "profile error");
-        return Failed(e.what());
-    } catch (const DvnOSException& e) {
-        DVN_TRACE(1, 2, "profile not found:" << (e.ServiceName().IsNull() ? "<null>" : e.ServiceName().c_str()));
-        return Failed(e.what());
-    } catch (CMemoryException* e) {
-        DVN_TRACE(1, 2, "unknown error");
-        e->Delete();
-        return Failed("out of memory");
-    } catch (...) {
-        DVN_TRACE(1, 2, "unknown error");
-        return Failed("unknown error");
-    }
-}
-
-int DvnConvCoreDbIF::OpenDatabaseFromFile(const CString& dataSource, CDatabase& db, const DvnString& user,
-                                          const DvnString& password) {
-    CString strUser = ToCString(user), strPassword = ToCString(password);
-    if (db.m_hdbc != SQL_NULL_HDBC) return 0;
-    try {
-        Connect(dataSource, db, strUser, strPassword, false);
-    } catch (CDBException* e) {
-        DVN_TRACE(1, 2, "Exception In Open Database: rc =" << e->m_nRetCode << "Error: " << e->m_strError
-                                                            << "State: " << e->m_strStateNativeOrigin);
-        CString reason = e->m_strError;
-        e->Delete();
-        return Failed(reason);
-    } catch (CMemoryException* e) {
-        DVN_TRACE(1, 2, "Could not open Database");
-        e->Delete();
-        return Failed("out of memory");
-    }
-    if (db.m_hdbc == SQL_NULL_HDBC) {
-        DVN_TRACE(1, 2, "Could not open Database");
-        return Failed("the data source could not be opened");
-    }
-    g_lastOpenError.Empty();
-    return 0;
-}
-
-CString DvnConvCoreDbIF::GetTablePrefix(CDatabase& db) {
-    CString connect = db.GetConnect();
-    int at = connect.Find("FIL=");
-    if (at >= 0) {
-        CString type = connect.Mid(at + 4);
-        int end = type.Find(';');
-        if (end >= 0) type = type.Left(end);
-        if (type == "MS Access") return CString("DVBT_");
-    }
-    return CString("DVBT.");
 }
 
 // ------------------------------------------------------------------ import
@@ -188,6 +62,11 @@ int DvnConvCoreDbIF::ImportTRX(const DvnString& file, const DvnString& dataSourc
         delete backEnd;
         return 12;
     }
+
+    // Objects that the file only names are read on demand, by a reader of the
+    // facade's building with a connection of its own.
+    DvnODBCReader reader(*backEnd->CoreData(), nullptr);
+    backEnd->SetReader(&reader);
 
     int level = 0;
     try {

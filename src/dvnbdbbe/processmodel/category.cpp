@@ -1,13 +1,10 @@
-// Store of the process model: categories, the row of VERSION and
-// processes (data structures: datastructures.cpp).
+// Store of process categories.
 #include <iostream>
 
 #include "dvnbdbbe.h"
 #include "dvnfcorn.h"
 #include "dvnprocsets.h"
 #include "storedforms.h"
-
-// ------------------------------------------------------------------ categories
 
 int DvnConvCoreDbBe::SaveCategories(CDatabase& db, bool authorized) {
     return SaveLoop(db, "Category", authorized, ModelingRight, "Category",
@@ -146,44 +143,3 @@ int DvnConvCoreDbBe::ReadCategoryAttributes(CDatabase&, DvnfEntity& entity, DvnC
         row.SetFieldNull(&row.m_DOCUMENTATION);
     return LevelOk;
 }
-
-// ------------------------------------------------------------------ version
-
-int DvnConvCoreDbBe::SaveVersion(CDatabase& db) {
-    std::cout << "Version, Release, Level" << std::endl;
-    DvnVersionSet row(&db);
-    try {
-        row.Open(CRecordset::snapshot, Table("VERSION"), CRecordset::none);
-    } catch (CDBException* e) {
-        return ReportDbException(e, "opening", "VERSION", &row);
-    }
-    int level = LevelOk;
-    if (row.IsEOF()) {
-        if (!row.CanAppend()) {
-            level = LevelError;
-        } else {
-            try {
-                row.AddNew();
-                row.m_VERSION = 3;
-                row.m_RELEASE = 3;
-                row.m_MOD_LEVEL = 0;
-                row.Update();
-            } catch (CDBException* e) {
-                return ReportDbException(e, "updating", "VERSION", &row);
-            }
-        }
-    }
-    row.Close();
-    return level;
-}
-
-// ------------------------------------------------------------------ processes
-
-int DvnConvCoreDbBe::SaveProcesses(CDatabase& db, bool authorized, bool byIdentifier) {
-    // A process save brackets its own steps: no transaction here.
-    return SaveLoop(
-        db, "Process", authorized, ModelingRight, "Process",
-        [&](DvnfEntity& entity) { return SaveProcess(db, entity, byIdentifier); }, false);
-}
-
-int DvnConvCoreDbBe::SaveProcess(CDatabase&, DvnfEntity& entity, bool) { return NotStoredYet(entity, "Process"); }
