@@ -51,10 +51,7 @@ protected:
     }
 
     // One initial load of the example, overwriting; the messages it reported.
-    double tImport = 0, tRows = 0;
     int Import(std::string& messages) {
-        auto t0 = std::chrono::steady_clock::now();
-        struct T { double& acc; std::chrono::steady_clock::time_point t0; ~T() { acc += std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count(); } } timer{tImport, t0};
         m_messages.str("");
         DvnConvCoreDbIF facade;
         testing::internal::CaptureStdout();
@@ -68,7 +65,6 @@ protected:
     // The rows of the tables (all of them when none are named), and of every
     // other table the number of rows under the name "others".
     Contents Rows(const std::vector<std::string>& only = {}) {
-        struct T { double& acc; std::chrono::steady_clock::time_point t0; ~T() { acc += std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count(); } } timer{tRows, std::chrono::steady_clock::now()};
         Contents raw;
         std::map<std::string, std::string> label;  // generated key -> "TABLE:name"
         std::string others;
@@ -170,12 +166,13 @@ TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRep
     EXPECT_EQ(Rows(), all);
     const std::vector<std::string> restore = Restoring(fresh, written);
 
-    // Every call on SQLite; on PostgreSQL, where a run costs more, a stride
-    // that still meets every stage of the import.
-    const unsigned long stride = IsPostgres() ? 3 : 1;
+    // On SQLite every call with both states; on PostgreSQL, where a run
+    // costs more, every call with one of them, taking turns.
+    const unsigned long stride = IsPostgres() ? 2 : 1;
     int tolerated = 0, failedRuns = 0;
     for (const char* state : {"08S01", "40001"}) {
-        for (unsigned long n = 1 + (std::string(state) == "40001" && stride > 1); n <= calls; n += stride) {
+        const unsigned long first = IsPostgres() && std::string(state) == "40001" ? 2 : 1;
+        for (unsigned long n = first; n <= calls; n += stride) {
             SCOPED_TRACE(std::string(state) + " at call " + std::to_string(n) + " of " + std::to_string(calls));
             Run(restore);
             DvnOdbcFaults::Reset();
@@ -210,7 +207,7 @@ TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRep
     const auto seconds =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count() / 1000.0;
     std::cout << BackendName(GetParam()) << ": " << calls << " calls per import, " << failedRuns << " failed runs, "
-              << tolerated << " tolerated, " << seconds << " s" << " import " << tImport << " rows " << tRows << std::endl;
+              << tolerated << " tolerated, " << seconds << " s" << std::endl;
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(Faults);
