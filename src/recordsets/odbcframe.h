@@ -2,7 +2,7 @@
 // public members through DoFieldExchange (CRecordset, CFieldExchange, RFX_*),
 // and the exceptions they raise. Implemented over the unixODBC C API.
 // Values always travel as bound parameters; the layer splices no value into
-// SQL text.
+// SQL text. Every driver call goes through the one call path of odbccall.h.
 #pragma once
 
 #include <sql.h>
