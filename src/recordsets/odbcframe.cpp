@@ -192,8 +192,8 @@ void BindParams(SQLHSTMT h, std::vector<Param>& params) {
                      static_cast<SQLSMALLINT>(p.sqlType), size, 0, const_cast<char*>(p.text.data()),
                      static_cast<SQLLEN>(p.text.size()), &p.ind);
         } else {
-            DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, n, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0,
-                     0, &p.number, 0, &p.ind);
+            DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, n, SQL_PARAM_INPUT, SQL_C_SLONG,
+                     SQL_INTEGER, 0, 0, &p.number, 0, &p.ind);
         }
         ++n;
     }
@@ -475,15 +475,16 @@ void CDatabase::ReleaseStatement(SQLHSTMT h) {
 void CDatabase::ExecuteSQL(const char* sql) {
     std::string text = TranslateBrackets(sql ? sql : "");
     StatementUse use(*this);
-    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, text.c_str(), SQLExecDirect, use.h, SqlText(text.c_str()), SQL_NTS);
+    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, text.c_str(), SQLExecDirect, use.h, SqlText(text.c_str()),
+                 SQL_NTS);
 }
 
 CString CDatabase::GetDatabaseName() const {
     if (!IsOpen()) return CString();
     char buf[1024] = {0};
     SQLSMALLINT len = 0;
-    if (!Succeeded(DVN_ODBC(Tolerated, SQL_HANDLE_DBC, m_hdbc, SQLGetInfo, m_hdbc, SQL_DATABASE_NAME, buf, sizeof buf,
-                            &len)))
+    if (!Succeeded(DVN_ODBC(Tolerated, SQL_HANDLE_DBC, m_hdbc, SQLGetInfo, m_hdbc, SQL_DATABASE_NAME, buf,
+                            sizeof buf, &len)))
         return CString();
     return CString(buf);
 }

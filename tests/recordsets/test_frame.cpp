@@ -308,8 +308,8 @@ TEST_P(Frame, AFailedCallLooksLikeTheDriversFailureAndLeavesNothingHalfDone) {
             } else {
                 EXPECT_EQ(r.rc, SQL_ERROR);
                 EXPECT_EQ(r.state, "State:40001,Native:0,Origin:[dvnbdbbe][fault injection]");
-                EXPECT_EQ(r.error.rfind("Serialization failure (40001, injected into call " + std::to_string(k) + ", SQL", 0), 0u)
-                    << r.error;
+                const std::string text = "Serialization failure (40001, injected into call " + std::to_string(k);
+                EXPECT_EQ(r.error.rfind(text + ", SQL", 0), 0u) << r.error;
                 EXPECT_FALSE(Db().InTransaction());
             }
             EXPECT_EQ(Rows().size(), rows);
