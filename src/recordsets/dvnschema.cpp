@@ -5,6 +5,7 @@
 #include <set>
 
 #include "dvnrecordsets.h"
+#include "odbccall.h"
 
 namespace {
 
@@ -217,23 +218,20 @@ std::string Upper(std::string s) {
 // Runs a query and gives the first column of every row as text.
 std::vector<std::string> QueryStrings(CDatabase& db, const std::string& sql) {
     SQLHSTMT stmt = SQL_NULL_HSTMT;
-    SQLRETURN rc = SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &stmt);
-    if (!SQL_SUCCEEDED(rc)) ThrowDBException(rc, SQL_HANDLE_DBC, db.m_hdbc);
+    DVN_ODBC(Checked, SQL_HANDLE_DBC, db.m_hdbc, SQLAllocHandle, SQL_HANDLE_STMT, db.m_hdbc, &stmt);
     struct Free {
         SQLHSTMT h;
-        ~Free() { SQLFreeHandle(SQL_HANDLE_STMT, h); }
+        ~Free() { DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeHandle, SQL_HANDLE_STMT, h); }
     } release{stmt};
-    rc = SQLExecDirect(stmt, reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.c_str())), SQL_NTS);
-    if (!SQL_SUCCEEDED(rc)) ThrowDBException(rc, SQL_HANDLE_STMT, stmt);
+    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, stmt, sql.c_str(), SQLExecDirect, stmt,
+                 reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.c_str())), SQL_NTS);
     std::vector<std::string> out;
-    while (SQL_SUCCEEDED(rc = SQLFetch(stmt))) {
+    while (DVN_ODBC(Checked, SQL_HANDLE_STMT, stmt, SQLFetch, stmt) != SQL_NO_DATA) {
         char buffer[256];
         SQLLEN length = 0;
-        rc = SQLGetData(stmt, 1, SQL_C_CHAR, buffer, sizeof buffer, &length);
-        if (!SQL_SUCCEEDED(rc)) ThrowDBException(rc, SQL_HANDLE_STMT, stmt);
+        DVN_ODBC(Checked, SQL_HANDLE_STMT, stmt, SQLGetData, stmt, 1, SQL_C_CHAR, buffer, sizeof buffer, &length);
         out.emplace_back(length == SQL_NULL_DATA ? "" : buffer);
     }
-    if (rc != SQL_NO_DATA) ThrowDBException(rc, SQL_HANDLE_STMT, stmt);
     return out;
 }
 

@@ -13,9 +13,11 @@
 #include <cstring>
 #include <new>
 
+#include "odbccall.h"
+
 namespace {
 
-bool Succeeded(SQLRETURN rc) { return rc == SQL_SUCCESS || rc == SQL_SUCCESS_WITH_INFO; }
+using DvnOdbc::Succeeded;
 
 std::string Upper(std::string s) {
     for (auto& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -75,40 +77,6 @@ std::string CleanConnectString(std::string in) {
     return out;
 }
 
-// Reads the diagnostics of a handle into an exception.
-CDBException* MakeDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle) {
-    std::string error, state;
-    if (handle) {
-        for (SQLSMALLINT rec = 1;; ++rec) {
-            SQLCHAR sqlState[6] = {0};
-            SQLINTEGER native = 0;
-            SQLCHAR text[SQL_MAX_MESSAGE_LENGTH + 1] = {0};
-            SQLSMALLINT textLen = 0;
-            SQLRETURN drc = SQLGetDiagRec(handleType, handle, rec, sqlState, &native, text, sizeof text, &textLen);
-            if (!Succeeded(drc)) break;
-            std::string message(reinterpret_cast<char*>(text));
-            // The origin is the run of bracketed components before the text.
-            std::string origin;
-            size_t p = 0;
-            while (p < message.size() && message[p] == '[') {
-                size_t close = message.find(']', p);
-                if (close == std::string::npos) break;
-                p = close + 1;
-            }
-            origin = message.substr(0, p);
-            std::string body = TrimCopy(message.substr(p));
-            while (!body.empty() && (body.back() == '\n' || body.back() == '\r')) body.pop_back();
-            if (!error.empty()) error += "\n";
-            error += body;
-            if (!state.empty()) state += "\n";
-            state += "State:" + std::string(reinterpret_cast<char*>(sqlState)) + ",Native:" + std::to_string(native) +
-                     ",Origin:" + origin;
-        }
-    }
-    if (error.empty()) error = "ODBC call failed without diagnostics (rc=" + std::to_string(rc) + ")";
-    return new CDBException(static_cast<short>(rc), CString(error), CString(state));
-}
-
 [[noreturn]] void ThrowFrameError(const std::string& text, const char* state) {
     throw new CDBException(SQL_ERROR, CString(text), CString(std::string("State:") + state + ",Native:0,Origin:[dvnbdbbe]"));
 }
@@ -120,19 +88,14 @@ size_t CharacterCount(const std::string& text) {
     return n;
 }
 
-void Check(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle) {
-    if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, handleType, handle);
-}
-
 // Reads one column of the current row as text; false when it is NULL.
 bool ReadText(SQLHSTMT h, SQLUSMALLINT col, std::string& out) {
     out.clear();
     char buf[8192];
     for (;;) {
         SQLLEN ind = 0;
-        SQLRETURN rc = SQLGetData(h, col, SQL_C_CHAR, buf, sizeof buf, &ind);
+        SQLRETURN rc = DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLGetData, h, col, SQL_C_CHAR, buf, sizeof buf, &ind);
         if (rc == SQL_NO_DATA) return true;
-        Check(rc, SQL_HANDLE_STMT, h);
         if (ind == SQL_NULL_DATA) return false;
         // Every part but the last fills the buffer and ends in a terminating
         // zero that is not data.
@@ -148,7 +111,7 @@ bool ReadText(SQLHSTMT h, SQLUSMALLINT col, std::string& out) {
 bool ReadNumber(SQLHSTMT h, SQLUSMALLINT col, long& out) {
     SQLBIGINT v = 0;
     SQLLEN ind = 0;
-    Check(SQLGetData(h, col, SQL_C_SBIGINT, &v, sizeof v, &ind), SQL_HANDLE_STMT, h);
+    DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLGetData, h, col, SQL_C_SBIGINT, &v, sizeof v, &ind);
     if (ind == SQL_NULL_DATA) {
         out = 0;
         return false;
@@ -204,7 +167,8 @@ std::string LiteralsToParameters(const std::string& sql, std::vector<std::string
 struct StatementUse {
     CDatabase& db;
     SQLHSTMT h;
-    StatementUse(CDatabase& d, const std::string& sql) : db(d), h(d.PreparedStatement(sql)) {}
+    const char* sql = nullptr;  // for the trace
+    StatementUse(CDatabase& d, const std::string& text) : db(d), h(d.PreparedStatement(text)), sql(text.c_str()) {}
     explicit StatementUse(CDatabase& d) : db(d), h(d.DirectStatement()) {}
     ~StatementUse() { db.ReleaseStatement(h); }
 };
@@ -221,16 +185,16 @@ struct Param {
 void BindParams(SQLHSTMT h, std::vector<Param>& params) {
     SQLUSMALLINT n = 1;
     for (auto& p : params) {
-        SQLRETURN rc;
         if (p.isText) {
             SQLULEN size = std::max<SQLULEN>(p.text.size(), 1);
             if (p.ind != SQL_NULL_DATA) p.ind = static_cast<SQLLEN>(p.text.size());
-            rc = SQLBindParameter(h, n, SQL_PARAM_INPUT, SQL_C_CHAR, static_cast<SQLSMALLINT>(p.sqlType), size, 0,
-                                  const_cast<char*>(p.text.data()), static_cast<SQLLEN>(p.text.size()), &p.ind);
+            DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, n, SQL_PARAM_INPUT, SQL_C_CHAR,
+                     static_cast<SQLSMALLINT>(p.sqlType), size, 0, const_cast<char*>(p.text.data()),
+                     static_cast<SQLLEN>(p.text.size()), &p.ind);
         } else {
-            rc = SQLBindParameter(h, n, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0, 0, &p.number, 0, &p.ind);
+            DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, n, SQL_PARAM_INPUT, SQL_C_SLONG,
+                     SQL_INTEGER, 0, 0, &p.number, 0, &p.ind);
         }
-        Check(rc, SQL_HANDLE_STMT, h);
         ++n;
     }
 }
@@ -268,7 +232,7 @@ CString RedactPassword(const CString& connect) {
 }
 
 void ThrowDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle) {
-    throw MakeDBException(rc, handleType, handle);
+    throw DvnOdbc::Diagnose(rc, handleType, handle);
 }
 
 // ============================================================ CDatabase
@@ -276,60 +240,69 @@ CDatabase::CDatabase() = default;
 
 CDatabase::~CDatabase() { Close(); }
 
+namespace {
+
+// Gives a statement handle back when the scope ends.
+struct FreeOnExit {
+    SQLHSTMT h;
+    ~FreeOnExit() { DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeHandle, SQL_HANDLE_STMT, h); }
+};
+
+SQLCHAR* SqlText(const char* text) { return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text)); }
+
+}  // namespace
+
 bool CDatabase::OpenEx(const char* connect, unsigned options) {
     Close();
     std::string in = CleanConnectString(connect ? connect : "");
-    if (!Succeeded(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &m_henv))) {
-        m_henv = SQL_NULL_HENV;
-        throw new CMemoryException;
-    }
-    SQLSetEnvAttr(m_henv, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
-    SQLHDBC hdbc = SQL_NULL_HDBC;
-    if (!Succeeded(SQLAllocHandle(SQL_HANDLE_DBC, m_henv, &hdbc))) {
-        CDBException* e = MakeDBException(SQL_ERROR, SQL_HANDLE_ENV, m_henv);
-        SQLFreeHandle(SQL_HANDLE_ENV, m_henv);
-        m_henv = SQL_NULL_HENV;
-        throw e;
-    }
-    if (options & openReadOnly)
-        SQLSetConnectAttr(hdbc, SQL_ATTR_ACCESS_MODE, reinterpret_cast<SQLPOINTER>(SQL_MODE_READ_ONLY), 0);
-    std::vector<SQLCHAR> out(4096);
-    SQLSMALLINT outLen = 0;
-    SQLRETURN rc = SQLDriverConnect(hdbc, nullptr, reinterpret_cast<SQLCHAR*>(const_cast<char*>(in.c_str())), SQL_NTS,
-                                    out.data(), static_cast<SQLSMALLINT>(out.size()), &outLen, SQL_DRIVER_NOPROMPT);
-    if (!Succeeded(rc)) {
-        CDBException* e = MakeDBException(rc, SQL_HANDLE_DBC, hdbc);
-        SQLFreeHandle(SQL_HANDLE_DBC, hdbc);
-        SQLFreeHandle(SQL_HANDLE_ENV, m_henv);
-        m_henv = SQL_NULL_HENV;
-        throw e;
-    }
-    m_hdbc = hdbc;
-    m_strConnect = reinterpret_cast<char*>(out.data());
-
-    char buf[256] = {0};
-    SQLSMALLINT len = 0;
-    if (Succeeded(SQLGetInfo(m_hdbc, SQL_DBMS_NAME, buf, sizeof buf, &len))) m_strDbms = buf;
-    buf[0] = '\0';
-    if (Succeeded(SQLGetInfo(m_hdbc, SQL_IDENTIFIER_QUOTE_CHAR, buf, sizeof buf, &len)))
-        m_chIdentifierQuote = buf[0] == ' ' ? '\0' : buf[0];
-    SQLUSMALLINT idCase = SQL_IC_SENSITIVE;
-    if (Succeeded(SQLGetInfo(m_hdbc, SQL_IDENTIFIER_CASE, &idCase, sizeof idCase, nullptr))) m_nIdentifierCase = idCase;
-
-    if (IsSQLite())
-        m_locator = {"rowid", "rowid = CAST(? AS INTEGER)", false};
-    else if (m_strDbms == "PostgreSQL")
-        m_locator = {"ctid", "ctid = CAST(? AS tid)", true};
-    else
-        m_locator = {"", "", false};
-
-    if (IsSQLite()) {
+    try {
+        DVN_ODBC(Checked, SQL_HANDLE_ENV, SQL_NULL_HANDLE, SQLAllocHandle, SQL_HANDLE_ENV, SQL_NULL_HANDLE, &m_henv);
+        DVN_ODBC(Checked, SQL_HANDLE_ENV, m_henv, SQLSetEnvAttr, m_henv, SQL_ATTR_ODBC_VERSION,
+                 reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+        SQLHDBC hdbc = SQL_NULL_HDBC;
+        DVN_ODBC(Checked, SQL_HANDLE_ENV, m_henv, SQLAllocHandle, SQL_HANDLE_DBC, m_henv, &hdbc);
+        std::vector<SQLCHAR> out(4096);
         try {
-            AttachOwnFileAsDvbt();
+            if (options & openReadOnly)
+                DVN_ODBC(Checked, SQL_HANDLE_DBC, hdbc, SQLSetConnectAttr, hdbc, SQL_ATTR_ACCESS_MODE,
+                         reinterpret_cast<SQLPOINTER>(SQL_MODE_READ_ONLY), 0);
+            SQLSMALLINT outLen = 0;
+            // The connect string may hold a password: it is not traced.
+            DVN_ODBC(Checked, SQL_HANDLE_DBC, hdbc, SQLDriverConnect, hdbc, nullptr, SqlText(in.c_str()), SQL_NTS,
+                     out.data(), static_cast<SQLSMALLINT>(out.size()), &outLen, SQL_DRIVER_NOPROMPT);
         } catch (...) {
-            Close();
+            DVN_ODBC(Cleanup, SQL_HANDLE_DBC, hdbc, SQLFreeHandle, SQL_HANDLE_DBC, hdbc);
             throw;
         }
+        m_hdbc = hdbc;
+        m_strConnect = reinterpret_cast<char*>(out.data());
+
+        // What the layer needs to know of the driver before it writes any
+        // statement: without it the connection is of no use.
+        char buf[256] = {0};
+        SQLSMALLINT len = 0;
+        DVN_ODBC(Checked, SQL_HANDLE_DBC, m_hdbc, SQLGetInfo, m_hdbc, SQL_DBMS_NAME, buf, sizeof buf, &len);
+        m_strDbms = buf;
+        buf[0] = '\0';
+        DVN_ODBC(Checked, SQL_HANDLE_DBC, m_hdbc, SQLGetInfo, m_hdbc, SQL_IDENTIFIER_QUOTE_CHAR, buf, sizeof buf,
+                 &len);
+        m_chIdentifierQuote = buf[0] == ' ' ? '\0' : buf[0];
+        SQLUSMALLINT idCase = SQL_IC_SENSITIVE;
+        DVN_ODBC(Checked, SQL_HANDLE_DBC, m_hdbc, SQLGetInfo, m_hdbc, SQL_IDENTIFIER_CASE, &idCase, sizeof idCase,
+                 nullptr);
+        m_nIdentifierCase = idCase;
+
+        if (IsSQLite())
+            m_locator = {"rowid", "rowid = CAST(? AS INTEGER)", false};
+        else if (m_strDbms == "PostgreSQL")
+            m_locator = {"ctid", "ctid = CAST(? AS tid)", true};
+        else
+            m_locator = {"", "", false};
+
+        if (IsSQLite()) AttachOwnFileAsDvbt();
+    } catch (...) {
+        Close();
+        throw;
     }
     return true;
 }
@@ -340,49 +313,44 @@ bool CDatabase::OpenEx(const char* connect, unsigned options) {
 void CDatabase::AttachOwnFileAsDvbt() {
     std::string file;
     {
-        SQLHSTMT h = NewStatement();
-        struct Free {
-            SQLHSTMT h;
-            ~Free() { SQLFreeHandle(SQL_HANDLE_STMT, h); }
-        } guard{h};
-        Check(SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>("PRAGMA database_list")), SQL_NTS),
-              SQL_HANDLE_STMT, h);
-        while (Succeeded(SQLFetch(h))) {
+        const char* list = "PRAGMA database_list";
+        FreeOnExit guard{NewStatement()};
+        DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, guard.h, list, SQLExecDirect, guard.h, SqlText(list), SQL_NTS);
+        while (DVN_ODBC(Checked, SQL_HANDLE_STMT, guard.h, SQLFetch, guard.h) != SQL_NO_DATA) {
             std::string name, path;
-            ReadText(h, 2, name);
-            ReadText(h, 3, path);
+            ReadText(guard.h, 2, name);
+            ReadText(guard.h, 3, path);
             if (name == "main") file = path;
             if (Upper(name) == "DVBT") return;  // already there
         }
     }
     if (file.empty()) return;  // an in-memory database has no file to share
-    SQLHSTMT h = NewStatement();
-    struct Free {
-        SQLHSTMT h;
-        ~Free() { SQLFreeHandle(SQL_HANDLE_STMT, h); }
-    } guard{h};
+    FreeOnExit guard{NewStatement()};
+    SQLHSTMT h = guard.h;
     SQLLEN ind = static_cast<SQLLEN>(file.size());
-    Check(SQLBindParameter(h, 1, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, file.size(), 0, file.data(), ind, &ind),
-          SQL_HANDLE_STMT, h);
-    Check(SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>("ATTACH DATABASE ? AS DVBT")), SQL_NTS),
-          SQL_HANDLE_STMT, h);
-    SQLFreeStmt(h, SQL_RESET_PARAMS);
+    DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, 1, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR,
+             file.size(), 0, file.data(), ind, &ind);
+    const char* attach = "ATTACH DATABASE ? AS DVBT";
+    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, h, attach, SQLExecDirect, h, SqlText(attach), SQL_NTS);
+    DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_RESET_PARAMS);
     // Best effort: another connection holding the file may keep the mode
     // from changing now; the mode is kept in the file once set.
     for (const char* pragma : {"PRAGMA DVBT.journal_mode=WAL", "PRAGMA DVBT.synchronous=NORMAL"}) {
-        SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>(pragma)), SQL_NTS);
-        SQLFreeStmt(h, SQL_CLOSE);
+        DVN_ODBC_SQL(Tolerated, SQL_HANDLE_STMT, h, pragma, SQLExecDirect, h, SqlText(pragma), SQL_NTS);
+        DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_CLOSE);
     }
 }
 
 void CDatabase::FreeStatements() {
-    for (auto& [sql, h] : m_statements) SQLFreeHandle(SQL_HANDLE_STMT, h);
+    for (auto& [sql, h] : m_statements) DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeHandle, SQL_HANDLE_STMT, h);
     m_statements.clear();
-    if (m_hstmtDirect != SQL_NULL_HSTMT) SQLFreeHandle(SQL_HANDLE_STMT, m_hstmtDirect);
+    if (m_hstmtDirect != SQL_NULL_HSTMT)
+        DVN_ODBC(Cleanup, SQL_HANDLE_STMT, m_hstmtDirect, SQLFreeHandle, SQL_HANDLE_STMT, m_hstmtDirect);
     m_hstmtDirect = SQL_NULL_HSTMT;
 }
 
 SQLHSTMT CDatabase::DirectStatement() {
+    LeaveManualCommit();
     if (m_hstmtDirect == SQL_NULL_HSTMT) m_hstmtDirect = NewStatement();
     return m_hstmtDirect;
 }
@@ -390,16 +358,20 @@ SQLHSTMT CDatabase::DirectStatement() {
 void CDatabase::Close() {
     FreeStatements();
     if (m_hdbc != SQL_NULL_HDBC) {
-        if (m_bTransactionPending) SQLEndTran(SQL_HANDLE_DBC, m_hdbc, SQL_ROLLBACK);
-        SQLDisconnect(m_hdbc);
-        SQLFreeHandle(SQL_HANDLE_DBC, m_hdbc);
+        // What is not committed by now is rolled back, also when the switch
+        // back to autocommit failed after a transaction.
+        if (m_bTransactionPending || m_bManualCommit)
+            DVN_ODBC(Cleanup, SQL_HANDLE_DBC, m_hdbc, SQLEndTran, SQL_HANDLE_DBC, m_hdbc, SQL_ROLLBACK);
+        DVN_ODBC(Cleanup, SQL_HANDLE_DBC, m_hdbc, SQLDisconnect, m_hdbc);
+        DVN_ODBC(Cleanup, SQL_HANDLE_DBC, m_hdbc, SQLFreeHandle, SQL_HANDLE_DBC, m_hdbc);
         m_hdbc = SQL_NULL_HDBC;
     }
     if (m_henv != SQL_NULL_HENV) {
-        SQLFreeHandle(SQL_HANDLE_ENV, m_henv);
+        DVN_ODBC(Cleanup, SQL_HANDLE_ENV, m_henv, SQLFreeHandle, SQL_HANDLE_ENV, m_henv);
         m_henv = SQL_NULL_HENV;
     }
     m_bTransactionPending = false;
+    m_bManualCommit = false;
     m_strConnect.Empty();
     m_strDbms.Empty();
 }
@@ -407,35 +379,63 @@ void CDatabase::Close() {
 bool CDatabase::BeginTrans() {
     if (!IsOpen()) ThrowFrameError("BeginTrans on a closed connection", "08003");
     if (m_bTransactionPending) return false;
-    Check(SQLSetConnectAttr(m_hdbc, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0),
-          SQL_HANDLE_DBC, m_hdbc);
+    LeaveManualCommit();
+    DVN_ODBC(Checked, SQL_HANDLE_DBC, m_hdbc, SQLSetConnectAttr, m_hdbc, SQL_ATTR_AUTOCOMMIT,
+             reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0);
+    m_bManualCommit = true;
     m_bTransactionPending = true;
     return true;
 }
 
-static bool EndTransaction(CDatabase& db, bool& pending, SQLSMALLINT completion) {
-    if (!db.IsOpen()) ThrowFrameError("transaction end on a closed connection", "08003");
-    if (!pending) return false;
-    pending = false;
-    SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, db.m_hdbc, completion);
-    SQLSetConnectAttr(db.m_hdbc, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
-    Check(rc, SQL_HANDLE_DBC, db.m_hdbc);
+bool CDatabase::EndTransaction(SQLSMALLINT completion) {
+    if (!IsOpen()) ThrowFrameError("transaction end on a closed connection", "08003");
+    if (!m_bTransactionPending) return false;
+    m_bTransactionPending = false;
+    try {
+        DVN_ODBC(Checked, SQL_HANDLE_DBC, m_hdbc, SQLEndTran, SQL_HANDLE_DBC, m_hdbc, completion);
+    } catch (CDBException*) {
+        // A transaction whose end failed leaves nothing behind: it is rolled
+        // back now, so that the return to autocommit commits none of it.
+        DVN_ODBC(Cleanup, SQL_HANDLE_DBC, m_hdbc, SQLEndTran, SQL_HANDLE_DBC, m_hdbc, SQL_ROLLBACK);
+        throw;
+    }
+    // The transaction has ended as asked; should the switch back to
+    // autocommit fail, the next statement tries again (LeaveManualCommit).
+    if (Succeeded(DVN_ODBC(Tolerated, SQL_HANDLE_DBC, m_hdbc, SQLSetConnectAttr, m_hdbc, SQL_ATTR_AUTOCOMMIT,
+                           reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0)))
+        m_bManualCommit = false;
     return true;
 }
 
-bool CDatabase::CommitTrans() { return EndTransaction(*this, m_bTransactionPending, SQL_COMMIT); }
-bool CDatabase::Rollback() { return EndTransaction(*this, m_bTransactionPending, SQL_ROLLBACK); }
+void CDatabase::LeaveManualCommit() {
+    if (m_bTransactionPending || !m_bManualCommit) return;
+    // Work done in manual commit outside a transaction was never meant to
+    // be committed: roll it back before autocommit would commit it.
+    DVN_ODBC(Cleanup, SQL_HANDLE_DBC, m_hdbc, SQLEndTran, SQL_HANDLE_DBC, m_hdbc, SQL_ROLLBACK);
+    DVN_ODBC(Checked, SQL_HANDLE_DBC, m_hdbc, SQLSetConnectAttr, m_hdbc, SQL_ATTR_AUTOCOMMIT,
+             reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
+    m_bManualCommit = false;
+}
+
+bool CDatabase::CommitTrans() { return EndTransaction(SQL_COMMIT); }
+bool CDatabase::Rollback() { return EndTransaction(SQL_ROLLBACK); }
 
 SQLHSTMT CDatabase::NewStatement() {
     if (!IsOpen()) ThrowFrameError("statement on a closed connection", "08003");
     SQLHSTMT h = SQL_NULL_HSTMT;
-    Check(SQLAllocHandle(SQL_HANDLE_STMT, m_hdbc, &h), SQL_HANDLE_DBC, m_hdbc);
-    ApplyQueryTimeout(h);
+    DVN_ODBC(Checked, SQL_HANDLE_DBC, m_hdbc, SQLAllocHandle, SQL_HANDLE_STMT, m_hdbc, &h);
+    try {
+        ApplyQueryTimeout(h);
+    } catch (...) {
+        DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeHandle, SQL_HANDLE_STMT, h);
+        throw;
+    }
     return h;
 }
 
 void CDatabase::ApplyQueryTimeout(SQLHSTMT h) const {
-    SQLSetStmtAttr(h, SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(m_dwQueryTimeout)), 0);
+    DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLSetStmtAttr, h, SQL_ATTR_QUERY_TIMEOUT,
+             reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(m_dwQueryTimeout)), 0);
 }
 
 // The connection keeps its statements, so a new time-out goes to them too.
@@ -446,40 +446,46 @@ void CDatabase::SetQueryTimeout(unsigned seconds) {
 }
 
 SQLHSTMT CDatabase::PreparedStatement(const std::string& sql) {
+    LeaveManualCommit();
     auto it = m_statements.find(sql);
     if (it != m_statements.end()) return it->second;
     SQLHSTMT h = NewStatement();
-    SQLRETURN rc = SQLPrepare(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.c_str())), SQL_NTS);
-    if (!Succeeded(rc)) {
-        CDBException* e = MakeDBException(rc, SQL_HANDLE_STMT, h);
-        SQLFreeHandle(SQL_HANDLE_STMT, h);
-        throw e;
+    try {
+        DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, h, sql.c_str(), SQLPrepare, h, SqlText(sql.c_str()), SQL_NTS);
+    } catch (...) {
+        DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeHandle, SQL_HANDLE_STMT, h);
+        throw;
     }
     if (m_statements.size() >= 256) {
-        for (auto& [text, old] : m_statements) SQLFreeHandle(SQL_HANDLE_STMT, old);
+        for (auto& [text, old] : m_statements)
+            DVN_ODBC(Cleanup, SQL_HANDLE_STMT, old, SQLFreeHandle, SQL_HANDLE_STMT, old);
         m_statements.clear();
     }
     m_statements.emplace(sql, h);
     return h;
 }
 
+// Runs when a statement's use ends, also on the way of an exception: the
+// calls are cleanup and never raise.
 void CDatabase::ReleaseStatement(SQLHSTMT h) {
-    SQLFreeStmt(h, SQL_CLOSE);
-    SQLFreeStmt(h, SQL_RESET_PARAMS);
+    DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_CLOSE);
+    DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_RESET_PARAMS);
 }
 
 void CDatabase::ExecuteSQL(const char* sql) {
     std::string text = TranslateBrackets(sql ? sql : "");
     StatementUse use(*this);
-    SQLRETURN rc = SQLExecDirect(use.h, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
-    if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, SQL_HANDLE_STMT, use.h);
+    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, text.c_str(), SQLExecDirect, use.h, SqlText(text.c_str()),
+                 SQL_NTS);
 }
 
 CString CDatabase::GetDatabaseName() const {
     if (!IsOpen()) return CString();
     char buf[1024] = {0};
     SQLSMALLINT len = 0;
-    if (!Succeeded(SQLGetInfo(m_hdbc, SQL_DATABASE_NAME, buf, sizeof buf, &len))) return CString();
+    if (!Succeeded(DVN_ODBC(Tolerated, SQL_HANDLE_DBC, m_hdbc, SQLGetInfo, m_hdbc, SQL_DATABASE_NAME, buf,
+                            sizeof buf, &len)))
+        return CString();
     return CString(buf);
 }
 
@@ -487,7 +493,9 @@ CString CDatabase::GetDBMSVersion() const {
     if (!IsOpen()) return CString();
     char buf[256] = {0};
     SQLSMALLINT len = 0;
-    if (!Succeeded(SQLGetInfo(m_hdbc, SQL_DBMS_VER, buf, sizeof buf, &len))) return CString();
+    if (!Succeeded(
+            DVN_ODBC(Tolerated, SQL_HANDLE_DBC, m_hdbc, SQLGetInfo, m_hdbc, SQL_DBMS_VER, buf, sizeof buf, &len)))
+        return CString();
     return CString(buf);
 }
 
@@ -732,16 +740,14 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
 
         StatementUse use(db, sql);
         BindParams(use.h, params);
-        Check(SQLExecute(use.h), SQL_HANDLE_STMT, use.h);
+        DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
         SQLSMALLINT columns = 0;
-        SQLNumResultCols(use.h, &columns);
+        DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLNumResultCols, use.h, &columns);
         size_t bound = std::min<size_t>(m.fields.size(), columns >= static_cast<SQLSMALLINT>(firstField)
                                                              ? static_cast<size_t>(columns) - firstField + 1
                                                              : 0);
         for (;;) {
-            SQLRETURN rc = SQLFetch(use.h);
-            if (rc == SQL_NO_DATA) break;
-            Check(rc, SQL_HANDLE_STMT, use.h);
+            if (DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLFetch, use.h) == SQL_NO_DATA) break;
             Impl::Row row;
             row.values.resize(m.fields.size());
             if (firstField == 2) ReadText(use.h, 1, row.locator);
@@ -885,16 +891,15 @@ bool CRecordset::Update() {
     {
         StatementUse use(db, sql);
         BindParams(use.h, params);
-        SQLRETURN rc = SQLExecute(use.h);
-        if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, SQL_HANDLE_STMT, use.h);
+        DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
         if (mode == Impl::Editing) {
             bool hit;
             if (loc.movesOnUpdate) {
-                hit = Succeeded(SQLFetch(use.h));
+                hit = DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLFetch, use.h) != SQL_NO_DATA;
                 if (hit) ReadText(use.h, 1, newLocator);
             } else {
                 SQLLEN count = 0;
-                SQLRowCount(use.h, &count);
+                DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLRowCount, use.h, &count);
                 hit = count == 1;
             }
             if (!hit) ThrowFrameError("the current row is no longer in table " + m.table, "01001");
@@ -923,13 +928,12 @@ void CRecordset::Delete() {
     CDatabase& db = *m_pDatabase;
     std::vector<Param> params(1);
     params[0].text = m.rows[m.current].locator;
-    std::string sql = "DELETE FROM " + m.table + " WHERE " + db.Locator().condition;
-    StatementUse use(db, db.TranslateBrackets(sql));
+    const std::string sql = db.TranslateBrackets("DELETE FROM " + m.table + " WHERE " + db.Locator().condition);
+    StatementUse use(db, sql);
     BindParams(use.h, params);
-    SQLRETURN rc = SQLExecute(use.h);
-    if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, SQL_HANDLE_STMT, use.h);
+    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
     SQLLEN count = 0;
-    SQLRowCount(use.h, &count);
+    DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLRowCount, use.h, &count);
     if (count != 1) ThrowFrameError("the current row is no longer in table " + m.table, "01001");
     m.rows[m.current].deleted = true;
     m.mode = Impl::Idle;

@@ -2,7 +2,7 @@
 // public members through DoFieldExchange (CRecordset, CFieldExchange, RFX_*),
 // and the exceptions they raise. Implemented over the unixODBC C API.
 // Values always travel as bound parameters; the layer splices no value into
-// SQL text.
+// SQL text. Every driver call goes through the one call path of odbccall.h.
 #pragma once
 
 #include <sql.h>
@@ -122,10 +122,14 @@ protected:
     void ApplyQueryTimeout(SQLHSTMT hstmt) const;
     void AttachOwnFileAsDvbt();
     void FreeStatements();
+    bool EndTransaction(SQLSMALLINT completion);
+    // Back to autocommit when a transaction's end could not switch it.
+    void LeaveManualCommit();
     CString m_strConnect;
     CString m_strDbms;
     unsigned m_dwQueryTimeout = 15;
     bool m_bTransactionPending = false;
+    bool m_bManualCommit = false;  // autocommit is off on the connection
     char m_chIdentifierQuote = '"';
     int m_nIdentifierCase = SQL_IC_SENSITIVE;
     RowLocator m_locator;

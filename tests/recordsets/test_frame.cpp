@@ -1,8 +1,12 @@
 // The recordset layer on both databases: what the stores and loads rely on.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "dvnbdbif.h"
+#include "odbccall.h"
 #include "testdb.h"
+#include "testenv.h"
 
 namespace {
 
@@ -34,6 +38,7 @@ public:
 struct Raised {
     bool any = false;
     std::string error, state;
+    short rc = 0;
 };
 template <class F>
 Raised Catch(F f) {
@@ -41,7 +46,7 @@ Raised Catch(F f) {
     try {
         f();
     } catch (CDBException* e) {
-        r = {true, e->m_strError.str(), e->m_strStateNativeOrigin.str()};
+        r = {true, e->m_strError.str(), e->m_strStateNativeOrigin.str(), e->m_nRetCode};
         e->Delete();
     }
     return r;
@@ -244,6 +249,141 @@ TEST_P(Frame, TheQueryTimeoutCancelsLongStatementsAlsoWhenChangedOnAnOpenConnect
     EXPECT_EQ(Catch([&] { sleepy("3"); }).state.substr(0, 11), "State:57014");
     EXPECT_EQ(sleepy("0"), 1);
     EXPECT_EQ(Catch([&] { db.ExecuteSQL("SELECT pg_sleep(3)"); }).state.substr(0, 11), "State:57014");
+}
+
+TEST_P(Frame, AFailedCallLooksLikeTheDriversFailureAndLeavesNothingHalfDone) {
+    Insert("a", "one", 1);
+    Db().BeginTrans();  // the first transaction switches autocommit; later ones count alike
+    Db().CommitTrans();
+    // Each operation, with call k of its calls failed in turn: it raises what
+    // a driver would, changes nothing, and the connection goes on.
+    struct Case {
+        const char* what;
+        std::function<void()> run;
+        size_t rowsAdded;
+    };
+    // A row added through a recordset that reads no rows.
+    auto add = [&](const char* id) {
+        ItemSet set(&Db());
+        set.m_strFilter = "ITEM_ID = 'none'";
+        set.Open(1, prefix + "ITEM", 0);
+        set.AddNew();
+        set.m_ITEM_ID = id;
+        set.m_NUM = 2;
+        set.Update();
+    };
+    const std::vector<Case> cases = {
+        {"read", [&] { ItemSet set(&Db()); set.Open(1, prefix + "ITEM WHERE NAME = 'one'", 4); }, 0},
+        {"insert", [&] { add("b"); }, 1},
+        {"statement", [&] { Db().ExecuteSQL("INSERT INTO DVBT.ITEM (ITEM_ID) VALUES ('c')"); }, 1},
+        // As a store does it: a failure inside the transaction rolls it back.
+        {"transaction", [&] {
+             Db().BeginTrans();
+             try {
+                 add("d");
+                 add("e");
+             } catch (...) {
+                 Db().Rollback();
+                 throw;
+             }
+             Db().CommitTrans();
+         }, 2},
+    };
+    for (const auto& c : cases) {
+        c.run();  // its statements are now prepared and kept
+        DvnOdbcFaults::Reset();
+        c.run();  // once more undisturbed: its number of calls
+        const unsigned long calls = DvnOdbcFaults::Calls();
+        ASSERT_GT(calls, 0u) << c.what;
+        size_t rows = Rows().size();
+        for (unsigned long k = 1; k <= calls; ++k) {
+            SCOPED_TRACE(std::string(c.what) + ", call " + std::to_string(k) + " of " + std::to_string(calls));
+            DvnOdbcFaults::Reset();
+            DvnOdbcFaults::FailCall(k, "40001");
+            Raised r = Catch(c.run);
+            ASSERT_TRUE(DvnOdbcFaults::Fired());
+            if (DvnOdbcFaults::FiredTolerated()) {
+                EXPECT_FALSE(r.any) << r.error;
+                rows += c.rowsAdded;
+            } else {
+                EXPECT_EQ(r.rc, SQL_ERROR);
+                EXPECT_EQ(r.state, "State:40001,Native:0,Origin:[dvnbdbbe][fault injection]");
+                const std::string text = "Serialization failure (40001, injected into call " + std::to_string(k);
+                EXPECT_EQ(r.error.rfind(text + ", SQL", 0), 0u) << r.error;
+                EXPECT_FALSE(Db().InTransaction());
+            }
+            EXPECT_EQ(Rows().size(), rows);
+            DvnOdbcFaults::Reset();
+            c.run();  // the connection is as good as before
+            rows += c.rowsAdded;
+            EXPECT_EQ(Rows().size(), rows);
+        }
+    }
+    // Giving things back is not counted: it cannot be failed.
+    DvnOdbcFaults::Reset();
+    Db().Close();
+    EXPECT_EQ(DvnOdbcFaults::Calls(), 0u);
+}
+
+TEST_P(Frame, AFailedCommitCommitsNothingAndAutocommitComesBackAfterwards) {
+    auto other = OpenSecondConnection();
+    auto seen = [&] { return QueryRows(*other, "SELECT ITEM_ID FROM DVBT.ITEM ORDER BY ITEM_ID"); };
+
+    // The commit fails: the transaction's work is gone, the next statement
+    // is committed at once.
+    Db().BeginTrans();
+    Insert("lost", "x", 1);
+    DvnOdbcFaults::FailCall(DvnOdbcFaults::Calls() + 1, "08S01");
+    EXPECT_EQ(Catch([&] { Db().CommitTrans(); }).state.substr(0, 11), "State:08S01");
+    EXPECT_FALSE(Db().InTransaction());
+    Insert("after-failed-commit", "x", 2);
+    EXPECT_EQ(seen(), (V{"after-failed-commit"}));
+
+    // The commit succeeds but the switch back to autocommit fails: the commit
+    // stands, and the next statement outside a transaction is committed too.
+    Db().BeginTrans();
+    Insert("kept", "x", 3);
+    DvnOdbcFaults::FailCall(DvnOdbcFaults::Calls() + 2, "08S01");
+    EXPECT_TRUE(Db().CommitTrans());
+    EXPECT_TRUE(DvnOdbcFaults::FiredTolerated());
+    Insert("outside", "x", 4);
+    EXPECT_EQ(seen(), (V{"after-failed-commit", "kept", "outside"}));
+
+    // Closing with a transaction open rolls it back.
+    Db().BeginTrans();
+    Insert("open", "x", 5);
+    Db().Close();
+    EXPECT_EQ(seen().size(), 3u);
+}
+
+TEST_P(Frame, EachCallIsTracedWithItsNumberAndTheFailureToArmIsReadAsNColonState) {
+    {
+        TraceCapture trace;
+        DvnOdbcFaults::Reset();
+        Insert("a", "one", 1);
+        DvnOdbcFaults::FailCall(DvnOdbcFaults::Calls() + 1, "HYT00");
+        Raised r = Catch([&] { Insert("b", "two", 2); });
+        EXPECT_EQ(r.error.rfind("Timeout expired (HYT00, injected into call", 0), 0u) << r.error;
+        const std::string text = trace.Text();
+        EXPECT_NE(text.find("[trace 3/1/"), std::string::npos);
+        EXPECT_NE(text.find("ODBC 1 SQLAllocHandle rc=0"), std::string::npos) << text;
+        EXPECT_NE(text.find(" SQLExecute rc=0 INSERT INTO "), std::string::npos) << text;
+        EXPECT_NE(text.find(" rc=-1 State:HYT00 injected"), std::string::npos) << text;
+        EXPECT_NE(text.find("SQLFreeStmt (cleanup) rc=0"), std::string::npos) << text;
+    }
+    const std::vector<std::pair<const char*, unsigned long>> arming = {
+        {"7:08S01", 7}, {"12:40001", 12}, {"0:08S01", 0}, {"7:0801", 0}, {"x:08S01", 0},
+        {":08S01", 0},  {"7", 0},         {"", 0},        {"7:08S01:", 0},
+    };
+    for (const auto& [text, n] : arming) {
+        SCOPED_TRACE(text);
+        DvnOdbcFaults::Reset();
+        EXPECT_EQ(DvnOdbcFaults::ArmFromText(text), n != 0);
+        // An armed failure hits exactly call n.
+        for (unsigned long k = 1; k <= 12; ++k) Catch([&] { Db().ExecuteSQL("DELETE FROM DVBT.ITEM WHERE 1 = 0"); });
+        EXPECT_EQ(DvnOdbcFaults::Fired(), n != 0);
+    }
+    DvnOdbcFaults::Reset();
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(Frame);

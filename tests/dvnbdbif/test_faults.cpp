@@ -1,0 +1,219 @@
+// Driver failures at every call of an import: each driver call of an import
+// of examples/order.trx is failed in turn, as a lost connection and as a
+// serialization failure. Every such run ends with a level and a message
+// naming the failure (or, for a call whose failure the layer survives by
+// design, exactly as an undisturbed run), and a clean run afterwards leaves
+// exactly the rows of an undisturbed run.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <chrono>
+#include <iostream>
+#include <map>
+#include <sstream>
+
+#include "dvnbauth.h"
+#include "dvnbdbif.h"
+#include "dvnschema.h"
+#include "odbccall.h"
+#include "repositorydb.h"
+
+namespace {
+
+// The rows of tables by table name, keys made by the import replaced by the
+// table and name of the row they key, so that two runs compare although
+// their keys differ.
+using Contents = std::map<std::string, std::vector<std::string>>;
+
+// A key as the core model makes them: 32 upper-case hexadecimal digits.
+bool IsGeneratedKey(const std::string& v) {
+    return v.size() == 32 && std::all_of(v.begin(), v.end(), [](char c) {
+               return std::isdigit(static_cast<unsigned char>(c)) || (c >= 'A' && c <= 'F');
+           });
+}
+
+std::vector<std::string> Split(const std::string& row) {
+    std::vector<std::string> out;
+    std::istringstream in(row);
+    for (std::string v; std::getline(in, v, '|');) out.push_back(v);
+    if (!row.empty() && row.back() == '|') out.emplace_back();
+    return out;
+}
+
+class Faults : public RepositoryTest {
+protected:
+    void SetUp() override {
+        RepositoryTest::SetUp();
+        DvnfMessageHandler::DefaultOutput(&m_messages);
+        DvnBTAuthorization::GetInstance();  // nobody: the initial load gives the rights
+    }
+    void TearDown() override {
+        DvnOdbcFaults::Reset();
+        DvnfMessageHandler::DefaultOutput(nullptr);
+        DvnBTAuthorization::DestroyInstance();
+        RepositoryTest::TearDown();
+    }
+
+    // One initial load of the example, overwriting; the messages it reported.
+    int Import(std::string& messages) {
+        m_messages.str("");
+        DvnConvCoreDbIF facade;
+        testing::internal::CaptureStdout();
+        int level = facade.ImportTRX(DvnString(std::string(DVN_SOURCE_DIR) + "/examples/order.trx"),
+                                     DvnString(DataSource()), true, true, true);
+        testing::internal::GetCapturedStdout();
+        messages = m_messages.str();
+        return level;
+    }
+
+    // The rows of the tables (all of them when none are named), and of every
+    // other table the number of rows under the name "others".
+    Contents Rows(const std::vector<std::string>& only = {}) {
+        Contents raw;
+        std::map<std::string, std::string> label;  // generated key -> "TABLE:name"
+        std::string others;
+        for (const auto& table : DvnSchema::Tables()) {
+            if (!only.empty() && std::find(only.begin(), only.end(), table.name) == only.end()) {
+                others += std::string(others.empty() ? "SELECT " : " + ") + "(SELECT COUNT(*) FROM " + prefix.str() +
+                          table.name + ")";
+                continue;
+            }
+            const auto columns = DvnSchema::Columns(table);
+            std::string list;
+            size_t name = 0;
+            for (size_t i = 0; i < columns.size(); ++i) {
+                list += (i ? ", [" : "[") + columns[i].name + "]";
+                if (columns[i].name == "NAME") name = i;
+            }
+            auto rows = QueryRows(Db(), "SELECT " + list + " FROM " + prefix.str() + table.name);
+            for (const auto& row : rows) {
+                auto values = Split(row);
+                if (!values.empty() && IsGeneratedKey(values[0]))
+                    label[values[0]] = std::string(table.name) + ":" + (name ? values[name] : "?");
+            }
+            raw[table.name] = std::move(rows);
+        }
+        Contents out;
+        if (!others.empty()) out["others"] = QueryRows(Db(), others);
+        for (auto& [table, rows] : raw) {
+            for (auto& row : rows) {
+                std::string canonical;
+                auto values = Split(row);
+                for (size_t i = 0; i < values.size(); ++i) {
+                    const std::string& v = values[i];
+                    auto it = label.find(v);
+                    canonical += (i ? "|" : "") + (it != label.end() ? "<" + it->second + ">"
+                                                   : IsGeneratedKey(v) ? std::string("<dangling key>")
+                                                                       : v);
+                }
+                out[table].push_back(canonical);
+            }
+            std::sort(out[table].begin(), out[table].end());
+        }
+        return out;
+    }
+
+    // The tables an import writes, and the statements that take the
+    // repository back to its state after creation once it holds their rows:
+    // the rows go, the seeded row stays.
+    std::vector<std::string> Written(const Contents& fresh, const Contents& loaded) {
+        std::vector<std::string> out;
+        for (const auto& table : DvnSchema::Tables())
+            if (fresh.at(table.name) != loaded.at(table.name)) out.push_back(table.name);
+        return out;
+    }
+    std::vector<std::string> Restoring(const Contents& fresh, const std::vector<std::string>& written) {
+        std::vector<std::string> out;
+        for (auto t = written.rbegin(); t != written.rend(); ++t) {
+            std::string sql = "DELETE FROM " + prefix.str() + *t;
+            if (*t == "DATA_STRUCTURE")
+                sql += std::string(" WHERE DSID <> '") + DvnSchema::kDefaultDataStructureKey + "'";
+            else
+                EXPECT_TRUE(fresh.at(*t).empty()) << *t << " has seeded rows";
+            out.push_back(sql);
+        }
+        return out;
+    }
+    void Run(const std::vector<std::string>& statements) {
+        for (const auto& sql : statements) ExecAll(Db(), {sql.c_str()});
+    }
+
+    std::ostringstream m_messages;
+};
+
+TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRepairsIt) {
+    const auto start = std::chrono::steady_clock::now();
+    const Contents fresh = Rows();
+    std::string messages;
+
+    DvnOdbcFaults::Reset();
+    const int baseLevel = Import(messages);
+    const unsigned long calls = DvnOdbcFaults::Calls();
+    const std::string baseMessages = messages;
+    const Contents all = Rows();
+    ASSERT_NE(fresh, all);
+    // From here on the tables the import writes are compared row by row,
+    // the others by their number of rows (none but the seeded).
+    const std::vector<std::string> written = Written(fresh, all);
+    const Contents loaded = Rows(written);
+    ASSERT_GT(calls, 20u);
+    // Every object of the file is either stored or refused with a message;
+    // the repository gains rows.
+    EXPECT_LE(baseLevel, 8);
+    EXPECT_EQ(baseMessages.find("51368"), std::string::npos) << baseMessages;
+
+    // A second clean run over the first leaves the same rows: the check
+    // after each failure below relies on that.
+    const int againLevel = Import(messages);
+    EXPECT_LE(againLevel, 8);
+    EXPECT_EQ(messages.find("51368"), std::string::npos) << messages;
+    EXPECT_EQ(Rows(), all);
+    const std::vector<std::string> restore = Restoring(fresh, written);
+
+    // On SQLite every call with both states; on PostgreSQL, where a run
+    // costs more, every call with one of them, taking turns.
+    const unsigned long stride = IsPostgres() ? 2 : 1;
+    int tolerated = 0, failedRuns = 0;
+    for (const char* state : {"08S01", "40001"}) {
+        const unsigned long first = IsPostgres() && std::string(state) == "40001" ? 2 : 1;
+        for (unsigned long n = first; n <= calls; n += stride) {
+            SCOPED_TRACE(std::string(state) + " at call " + std::to_string(n) + " of " + std::to_string(calls));
+            Run(restore);
+            DvnOdbcFaults::Reset();
+            DvnOdbcFaults::FailCall(n, state);
+            const int level = Import(messages);
+            ASSERT_TRUE(DvnOdbcFaults::Fired());
+            if (DvnOdbcFaults::FiredTolerated()) {
+                // A call whose failure the layer survives by design: the run
+                // is an undisturbed one.
+                ++tolerated;
+                EXPECT_EQ(level, baseLevel);
+                EXPECT_EQ(messages, baseMessages);
+            } else {
+                ++failedRuns;
+                EXPECT_GE(level, 8);
+                const std::string injected = "injected into call " + std::to_string(n) + ",";
+                const bool named = messages.find(injected) != std::string::npos;
+                const bool notOpened = level == 12 && messages.find("51366") != std::string::npos &&
+                                       DvnConvCoreDbIF::LastOpenError().str().find(injected) != std::string::npos;
+                EXPECT_TRUE(named || notOpened) << messages << DvnConvCoreDbIF::LastOpenError();
+                const std::string reason = named ? messages : DvnConvCoreDbIF::LastOpenError().str();
+                EXPECT_NE(reason.find(std::string("(") + state + ","), std::string::npos) << reason;
+            }
+            // A clean run repairs whatever the failure left.
+            DvnOdbcFaults::Reset();
+            EXPECT_LE(Import(messages), std::max(baseLevel, againLevel));
+            EXPECT_EQ(messages.find("51368"), std::string::npos) << messages;
+            ASSERT_EQ(Rows(written), loaded);
+        }
+    }
+    EXPECT_GT(failedRuns, 0);
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    std::cout << BackendName(GetParam()) << ": " << calls << " calls per import, " << failedRuns << " failed runs, "
+              << tolerated << " tolerated, " << seconds << " s" << std::endl;
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(Faults);
+
+}  // namespace
