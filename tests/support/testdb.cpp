@@ -107,8 +107,8 @@ const std::string& SqliteTemplate() {
 // own (removing what a crashed builder left behind), closes every connection
 // to it, forbids further ones and only then renames it into place. So a test
 // never copies a half-made template, and no session is connected to the
-// template while CREATE DATABASE copies it.
-// admin is a connection to the server of the data source dsn.
+// template while CREATE DATABASE copies it. admin is a connection to the
+// server of the data source dsn.
 const std::string& PgTemplate(CDatabase& admin, const std::string& dsn) {
     static std::string name;
     if (!name.empty()) return name;
