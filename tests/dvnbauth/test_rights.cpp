@@ -19,23 +19,40 @@ protected:
         AddCategory(Db(), "C3", "Travel");
         DvnBTAuthorization::DestroyInstance();
         auth = DvnBTAuthorization::GetInstance();
+        // A second database user that reaches this database: on PostgreSQL
+        // the role that needs its password where the server has one.
+        if (!IsPostgres()) {
+            other = {"someone", "other-pw"};
+        } else if (!PgSecretRole().user.empty()) {
+            other = PgSecretRole();
+            GrantToSecretRole();
+        }
     }
-    // Loads the rights of userId in group into the object; the messages.
-    DvnMessageTarget SetUser(const char* userId, const char* group = "SYS_GRP", const std::string& ds = "") {
+    // Loads the rights of userId in group into the object with the given
+    // database user; the messages.
+    DvnMessageTarget SetUser(const char* userId, const char* group = "SYS_GRP", const std::string& ds = "",
+                             const PgRole& dbUser = {"postgres", "login-pw"}) {
         DvnMessageTarget target;
-        auth->SetUser(target, DvnString(group), DvnString(userId), DvnString("postgres"), DvnString("pw"),
-                      DvnString(ds.empty() ? DataSource() : ds));
+        auth->SetUser(target, DvnString(group), DvnString(userId), DvnString(dbUser.user),
+                      DvnString(dbUser.password), DvnString(ds.empty() ? DataSource() : ds));
         return target;
+    }
+    // The same with the second database user.
+    DvnMessageTarget SetUserAsOther(const char* userId, const char* group = "SYS_GRP", const std::string& ds = "") {
+        return SetUser(userId, group, ds, other);
     }
     void Login(const char* userId) {
         EXPECT_TRUE(SetUser(userId).Messages().empty());
         ASSERT_EQ(auth->UserID(), DvnString(userId));
+        EXPECT_EQ(auth->DbUser(), DvnString("postgres"));
+        EXPECT_EQ(auth->DbPassword(), DvnString("login-pw"));
     }
     bool Category(const char* name) { return auth->AuthForProcessCategory(DvnString(name)); }
     bool CategoryAsAdmin(const char* name) { return auth->AuthForProcessCategoryAsAdmin(DvnString(name)); }
     bool WorkitemsOf(const char* userId) { return auth->AuthForWorkitemsOf(DvnString(userId)); }
 
     DvnBTAuthorization* auth = nullptr;
+    PgRole other{"postgres", "other-pw"};
 };
 
 TEST_P(Authorization, SetUserLoadsFlagsAndTheRightsOfEachCategoryAndPerson) {
@@ -110,20 +127,24 @@ TEST_P(Authorization, AFailedSetUserLeavesTheObjectAsItWas) {
     AddPerson(Db(), {.id = "P1", .userId = "ANNA", .systemGroup = "G1", .password = "a", .topology = 1});
     AddPerson(Db(), {.id = "P2", .userId = "BORIS", .systemGroup = "G2", .password = "b", .staff = 1});
     Login("ANNA");
+    // Each failure below comes with another database user: neither the user
+    // nor the database user of the object may change.
     auto expectUnchanged = [&] {
         EXPECT_EQ(auth->UserID(), DvnString("ANNA"));
         EXPECT_EQ(auth->SystemGroup(), DvnString("SYS_GRP"));
         EXPECT_TRUE(auth->AuthForTopologyWrite());
         EXPECT_FALSE(auth->AuthForStaffWrite());
+        EXPECT_EQ(auth->DbUser(), DvnString("postgres"));
+        EXPECT_EQ(auth->DbPassword(), DvnString("login-pw"));
     };
     // Unknown user; a user of another group; an unknown group: no row, no message.
-    EXPECT_TRUE(SetUser("NOBODY").Messages().empty());
-    EXPECT_TRUE(SetUser("BORIS").Messages().empty());
-    EXPECT_TRUE(SetUser("BORIS", "NO_SUCH").Messages().empty());
+    EXPECT_TRUE(SetUserAsOther("NOBODY").Messages().empty());
+    EXPECT_TRUE(SetUserAsOther("BORIS").Messages().empty());
+    EXPECT_TRUE(SetUserAsOther("BORIS", "NO_SUCH").Messages().empty());
     expectUnchanged();
 
     // A data source that cannot be opened: 51366 with its name.
-    DvnMessageTarget target = SetUser("BORIS", "OTHER_GRP", "no_such_data_source");
+    DvnMessageTarget target = SetUserAsOther("BORIS", "OTHER_GRP", "no_such_data_source");
     ASSERT_EQ(target.Messages().size(), 1u);
     EXPECT_EQ(target.Messages()[0].number, 51366);
     EXPECT_EQ(target.Messages()[0].argument, DvnString("no_such_data_source"));
@@ -132,7 +153,7 @@ TEST_P(Authorization, AFailedSetUserLeavesTheObjectAsItWas) {
     // The person is found but a later read fails: 51368, and nothing of the
     // half-read rights is taken over.
     ExecAll(Db(), {"DROP TABLE DVBT.ROLE_INCL_PERSON"});
-    target = SetUser("BORIS", "OTHER_GRP");
+    target = SetUserAsOther("BORIS", "OTHER_GRP");
     ASSERT_EQ(target.Messages().size(), 1u);
     EXPECT_EQ(target.Messages()[0].number, 51368);
     expectUnchanged();

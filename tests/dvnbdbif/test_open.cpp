@@ -60,6 +60,58 @@ TEST_P(Open, FailuresGiveTwelveAndLeaveTheConnectionClosed) {
     EXPECT_EQ(db.m_hdbc, nullptr);
 }
 
+TEST_P(Open, TheUserAndPasswordGivenAreUsedAndThePasswordIsNeverShown) {
+    // SQLite takes any user and password; PostgreSQL needs a role that must
+    // give its password, or a wrong one would not fail.
+    PgRole role{"someone", "sqlitepw4711"};
+    if (IsPostgres()) {
+        role = PgSecretRole();
+        if (role.user.empty()) GTEST_SKIP() << "the test server has no role that needs a password (scripts/pg-temp.sh)";
+    }
+    TraceCapture trace;
+    CDatabase db;
+    ASSERT_EQ(DvnConvCoreDbIF::OpenDatabaseFromFile(DataSource().c_str(), db, DvnString(role.user),
+                                                    DvnString(role.password)),
+              0)
+        << DvnConvCoreDbIF::LastOpenError();
+    if (IsPostgres()) {
+        EXPECT_EQ(QueryValue(db, "SELECT current_user"), role.user);
+    }
+    // The driver gives the password back in the completed connect string;
+    // what may be shown of it leaves the password out.
+    std::string expected = db.GetConnect().str();
+    const size_t at = expected.find("PWD=" + role.password);
+    ASSERT_NE(at, std::string::npos) << expected;
+    const size_t length = std::string("PWD=").size() + role.password.size();
+    if (at > 0)
+        expected.erase(at - 1, length + 1);  // with the ';' before it
+    else
+        expected.erase(at, length + 1);
+    while (!expected.empty() && expected.back() == ';') expected.pop_back();  // no empty attribute
+    const std::string shown = RedactPassword(db.GetConnect()).str();
+    EXPECT_EQ(shown, expected);
+    db.Close();
+
+    if (IsPostgres()) {
+        const std::string refusal = "password authentication failed for user \"" + role.user + "\"";
+        struct Case {
+            DvnString password;
+            std::string reason;
+        } cases[] = {{DvnString(("wrong" + role.password).c_str()), refusal},
+                     {DvnString(), "no password supplied"}};
+        for (const Case& c : cases) {
+            CDatabase refused;
+            EXPECT_EQ(DvnConvCoreDbIF::OpenDatabaseFromFile(DataSource().c_str(), refused, DvnString(role.user),
+                                                            c.password),
+                      12);
+            EXPECT_NE(DvnConvCoreDbIF::LastOpenError().str().find(c.reason), std::string::npos)
+                << DvnConvCoreDbIF::LastOpenError();
+            EXPECT_EQ(refused.m_hdbc, nullptr);
+        }
+    }
+    EXPECT_EQ(trace.Text().find(role.password), std::string::npos) << trace.Text();
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(Open);
 
 // The prefix depends on the driver's file type only.

@@ -19,6 +19,13 @@ protected:
     std::vector<std::string> Rows() {
         return QueryRows(Db(), "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.CATEGORY ORDER BY NAME");
     }
+    // structure|member|sequence|type name|data type, in order.
+    std::vector<std::string> Members() {
+        return QueryRows(Db(),
+                         "SELECT s.NAME, m.MEMBER, m.SEQUENCE_NO, t.NAME, m.DATA_TYPE "
+                         "FROM DVBT.DATA_STRUCTURE_MBR m JOIN DVBT.DATA_STRUCTURE s ON s.DSID = m.DSID "
+                         "LEFT JOIN DVBT.DATA_STRUCTURE t ON t.DSID = m.TYPE_DS ORDER BY s.NAME, m.SEQUENCE_NO");
+    }
     static std::string Line(long number, const char* argument) {
         return DvnfMessageHandler::Format(number, DvnString(argument)).str() + "\n";
     }
@@ -83,6 +90,45 @@ TEST_P(DvnbtImport, ExitStatusFollowsTheLevelUnderTheRightsOfTheUser) {
 
     for (auto args : std::vector<std::vector<std::string>>{{}, {"--bogus", bad}, {bad, bad}})
         EXPECT_EQ(Import(args).status, 2) << testing::PrintToString(args);
+}
+
+TEST_P(DvnbtImport, AReimportedStructureGetsItsNewMembersOnlyWhenOverwriting) {
+    auto structures = [&](const std::string& address, const std::string& order) {
+        return files.Write("DataStructure \"Address\" { Members [ " + address + " ] }\n" +
+                           "DataStructure \"Order\" { Members [ " + order + " ] }\n");
+    };
+    auto member = [](const char* name, int type, const char* sub = nullptr) {
+        return std::string("DataStructureMember \"") + name + "\" { Name = \"" + name +
+               "\"; Type = " + std::to_string(type) + ";" +
+               (sub ? std::string(" HasSubStructure -> \"") + sub + "\";" : std::string()) + " } ";
+    };
+    CliResult first = Import({"--initial-load", structures(member("Street", 0) + member("Zip", 1),
+                                                           member("Number", 1) + member("ShipTo", 4, "Address"))});
+    ASSERT_EQ(first.status, 0) << first.err;
+    const std::vector<std::string> firstMembers{"Address|Street|1|<null>|1", "Address|Zip|2|<null>|5",
+                                                "Order|Number|1|<null>|5", "Order|ShipTo|2|Address|7"};
+    ASSERT_EQ(Members(), firstMembers);
+
+    // Overwriting: a dropped member goes, an added one comes, the order is
+    // the file's; a structure left as it was keeps its members.
+    const std::string changed = structures(member("City", 0) + member("Street", 1),
+                                           member("Number", 1) + member("ShipTo", 4, "Address"));
+    CliResult overwritten = Import({"--initial-load", changed});
+    EXPECT_EQ(overwritten.status, 0) << overwritten.err;
+    EXPECT_NE(overwritten.err.find(Line(51053, "Address")), std::string::npos) << overwritten.err;
+    const std::vector<std::string> changedMembers{"Address|City|1|<null>|1", "Address|Street|2|<null>|5",
+                                                  "Order|Number|1|<null>|5", "Order|ShipTo|2|Address|7"};
+    EXPECT_EQ(Members(), changedMembers);
+
+    // Not overwriting: the structures and all their members stay untouched.
+    CliResult kept = Import({"--initial-load", "--no-overwrite",
+                             structures(member("Country", 0), member("Total", 1) + member("BillTo", 4, "Address"))});
+    EXPECT_EQ(kept.status, 0) << kept.err;
+    EXPECT_NE(kept.err.find(Line(51085, "Address")), std::string::npos) << kept.err;
+    EXPECT_NE(kept.err.find(Line(51085, "Order")), std::string::npos) << kept.err;
+    EXPECT_EQ(Members(), changedMembers);
+    EXPECT_EQ(QueryRows(Db(), "SELECT NAME, CHECKED_OUT FROM DVBT.DATA_STRUCTURE ORDER BY NAME"),
+              (std::vector<std::string>{"Address|0", "Default Data Structure|0", "Order|0"}));
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtImport);

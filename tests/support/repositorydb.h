@@ -9,6 +9,7 @@
 class RepositoryTest : public DbTest {
 protected:
     void PrepareSchema() override;
+    bool WithRepositorySchema() const override { return true; }
     CString prefix;  // "DVBT."
 };
 

@@ -4,7 +4,9 @@
 // library itself (or through $DVNBT_TEST_SQLITE_DSN with Database= added).
 // PostgreSQL: a new database on the server of the data source named by
 // $DVNBT_TEST_PG_DSN, reached as that data source with Database= added, with
-// an empty schema "dvbt". Without $DVNBT_TEST_PG_DSN the PostgreSQL cases are
+// an empty schema "dvbt". A fixture that asks for the repository schema gets
+// a copy of a template instead (a file, or CREATE DATABASE ... TEMPLATE),
+// which is much cheaper than creating the tables for every test. Without $DVNBT_TEST_PG_DSN the PostgreSQL cases are
 // skipped, unless $DVNBT_TEST_REQUIRE_PG=1 makes them fail.
 #pragma once
 
@@ -34,8 +36,14 @@ protected:
     std::vector<std::string> DvnbtArgs(const std::vector<std::string>& args) const;
     // Called by SetUp once the database exists; default: nothing.
     virtual void PrepareSchema() {}
+    // True: the database starts with the repository schema, copied from a
+    // template made once per schema (see testdb.cpp); false: empty.
+    virtual bool WithRepositorySchema() const { return false; }
 
     bool IsPostgres() const { return GetParam() == Backend::PostgreSQL; }
+    // PostgreSQL: lets the role that needs a password (PgSecretRole) read
+    // and write the repository tables of this database.
+    void GrantToSecretRole();
     // A second, independent connection to the same database.
     std::unique_ptr<CDatabase> OpenSecondConnection() const;
 
@@ -50,6 +58,15 @@ private:
 #define DVN_INSTANTIATE_BOTH_BACKENDS(Suite)                                                       \
     INSTANTIATE_TEST_SUITE_P(Db, Suite, ::testing::Values(Backend::SQLite, Backend::PostgreSQL), \
                              [](const auto& i) { return BackendName(i.param); })
+
+// The role of the PostgreSQL test server that must give its password
+// ($DVNBT_TEST_PG_SECRET_USER and $DVNBT_TEST_PG_SECRET_PASSWORD, set by
+// scripts/pg-temp.sh); user empty when the server has none.
+struct PgRole {
+    std::string user;
+    std::string password;
+};
+PgRole PgSecretRole();
 
 // Runs statements that give no rows (schema set-up in tests).
 void ExecAll(CDatabase& db, std::initializer_list<const char*> statements);
