@@ -58,8 +58,9 @@ fi
 
 # The program runs from the installation, on its own libraries.
 used="$(ldd "$prefix/bin/dvnbt" | awk '$1 ~ /^libdvnbdbbe\.so/ { print $3 }')"
-[ -n "$used" ] && [ "$(realpath "$used")" = "$(realpath "$lib/libdvnbdbbe.so")" ] \
-    || fail "installed dvnbt uses '$used', not the installed library"
+if [ -z "$used" ] || [ "$(realpath "$used")" != "$(realpath "$lib/libdvnbdbbe.so")" ]; then
+    fail "installed dvnbt uses '$used', not the installed library"
+fi
 "$prefix/bin/dvnbt" --version
 
 # Runs tests/install (binary $1) on a fresh repository in $2 made by the

@@ -9,7 +9,7 @@
 #include <fstream>
 
 #ifndef DVN_SQLITE_ODBC_DRIVER
-#define DVN_SQLITE_ODBC_DRIVER "/usr/lib/x86_64-linux-gnu/odbc/libsqlite3odbc.so"
+#define DVN_SQLITE_ODBC_DRIVER ""
 #endif
 
 namespace {
