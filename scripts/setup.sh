@@ -4,7 +4,8 @@
 set -euo pipefail
 
 packages=(build-essential cmake googletest libgtest-dev unixodbc unixodbc-dev
-          libsqliteodbc odbc-postgresql postgresql libssl-dev perl sqlite3)
+          libsqliteodbc odbc-postgresql postgresql libssl-dev perl sqlite3
+          pkg-config groff-base)
 missing=()
 for p in "${packages[@]}"; do
     if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then

@@ -49,10 +49,12 @@ public:
     // ";PWD=" password; a null user or password leaves its value empty.
     static CString BuildConnectString(const CString& dataSource, const CString& user, const CString& password);
     // A data source name for an SQLite database file that needs no ODBC
-    // configuration: it names the driver library itself (set at build time).
+    // configuration: it names the driver library itself.
     static CString EmbeddedDataSource(const std::string& file);
     // The SQLite ODBC driver library that EmbeddedDataSource names:
-    // $DVN_SQLITE_ODBC_DRIVER, else the one chosen at build time.
+    // $DVN_SQLITE_ODBC_DRIVER, else the driver unixODBC has registered as
+    // "SQLite3", else the one found at build time, else libsqlite3odbc.so in
+    // the platform's library folders.
     static std::string EmbeddedDriverPath();
     // Why the last open operation of this process that gave 12 failed (the
     // driver's message or the profile's complaint); empty after a success.

@@ -3,10 +3,13 @@
 // opened here: the facade, the on-demand reader and the authorization.
 #include "dvnconnection.h"
 
+#include <cctype>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 #ifndef DVN_SQLITE_ODBC_DRIVER
-#define DVN_SQLITE_ODBC_DRIVER "/usr/lib/x86_64-linux-gnu/odbc/libsqlite3odbc.so"
+#define DVN_SQLITE_ODBC_DRIVER ""
 #endif
 
 namespace {
@@ -37,8 +40,91 @@ CString DvnConnection::BuildConnectString(const CString& dataSource, const CStri
 }
 
 std::string DvnConnection::EmbeddedDriverPath() {
+    // In this order: $DVN_SQLITE_ODBC_DRIVER as it is; the driver that unixODBC
+    // has registered as "SQLite3" (its odbcinst.ini: $ODBCSYSINI, else the
+    // system's); the library found at build time; libsqlite3odbc.so in the
+    // platform's library folders. A registered bare name ("libsqlite3odbc.so",
+    // as Debian writes it) is looked up in those folders. When nothing is
+    // found, the name the driver manager will then fail to load.
     const char* env = std::getenv("DVN_SQLITE_ODBC_DRIVER");
-    return env && *env ? env : DVN_SQLITE_ODBC_DRIVER;
+    if (env && *env) return env;
+#ifdef DVN_ODBC_SYSTEM_DIR
+    const std::string systemDir = DVN_ODBC_SYSTEM_DIR;
+#else
+    const std::string systemDir = "/etc";
+#endif
+#ifdef DVN_LIBRARY_ARCHITECTURE
+    const std::string arch = DVN_LIBRARY_ARCHITECTURE;
+#else
+    const std::string arch;
+#endif
+    const std::string built = DVN_SQLITE_ODBC_DRIVER;
+    const std::string defaultName = "libsqlite3odbc.so";
+
+    auto isFile = [](const std::string& path) {
+        std::error_code ec;
+        return !path.empty() && std::filesystem::is_regular_file(path, ec);
+    };
+    auto trim = [](std::string s) {
+        const char* space = " \t\r\n";
+        s.erase(0, s.find_first_not_of(space));
+        s.erase(s.find_last_not_of(space) + 1);
+        return s;
+    };
+    auto lower = [](std::string s) {
+        for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return s;
+    };
+    // The Driver= of section [SQLite3] (names of sections and keys in any case).
+    auto registered = [&]() -> std::string {
+        const char* sysIni = std::getenv("ODBCSYSINI");
+        const char* iniName = std::getenv("ODBCINSTINI");
+        std::ifstream in((sysIni && *sysIni ? std::string(sysIni) : systemDir) + "/" +
+                         (iniName && *iniName ? iniName : "odbcinst.ini"));
+        std::string line;
+        bool inSection = false;
+        while (std::getline(in, line)) {
+            line = trim(line);
+            if (line.empty() || line[0] == '#' || line[0] == ';') continue;
+            if (line.front() == '[') {
+                inSection = line.back() == ']' && lower(trim(line.substr(1, line.size() - 2))) == "sqlite3";
+            } else if (std::size_t eq = line.find('='); inSection && eq != std::string::npos &&
+                                                        lower(trim(line.substr(0, eq))) == "driver") {
+                return trim(line.substr(eq + 1));
+            }
+        }
+        return {};
+    };
+    // A bare library name in the folders where the platform keeps libraries
+    // and ODBC drivers (the multiarch folders first), and beside the library
+    // found at build time.
+    auto search = [&](const std::string& name) -> std::string {
+        std::vector<std::string> dirs;
+        if (!built.empty()) dirs.push_back(std::filesystem::path(built).parent_path().string());
+        for (const std::string prefix : {"/usr/local/lib", "/usr/lib"}) {
+            if (!arch.empty()) {
+                dirs.push_back(prefix + "/" + arch + "/odbc");
+                dirs.push_back(prefix + "/" + arch);
+            }
+            dirs.push_back(prefix + "64/odbc");
+            dirs.push_back(prefix + "64");
+            dirs.push_back(prefix + "/odbc");
+            dirs.push_back(prefix);
+        }
+        for (const std::string& dir : dirs)
+            if (isFile(dir + "/" + name)) return dir + "/" + name;
+        return {};
+    };
+
+    std::string driver = registered();
+    if (!driver.empty()) {
+        if (driver.find('/') == std::string::npos) driver = search(driver);
+        if (isFile(driver)) return driver;
+    }
+    if (isFile(built)) return built;
+    driver = search(defaultName);
+    if (!driver.empty()) return driver;
+    return built.empty() ? defaultName : built;
 }
 
 CString DvnConnection::LastOpenError() { return g_lastOpenError; }

@@ -31,7 +31,9 @@ public:
     // configuration: it names the driver library itself.
     static CString EmbeddedDataSource(const std::string& file);
     // The SQLite ODBC driver library that EmbeddedDataSource names:
-    // $DVN_SQLITE_ODBC_DRIVER, else the one chosen at build time.
+    // $DVN_SQLITE_ODBC_DRIVER, else the driver unixODBC has registered as
+    // "SQLite3", else the one found at build time, else libsqlite3odbc.so in
+    // the platform's library folders.
     static std::string EmbeddedDriverPath();
     // Why the last open of this process that gave 12 failed (the driver's
     // message or the profile's complaint); empty after a success.

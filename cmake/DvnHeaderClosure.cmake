@@ -1,0 +1,48 @@
+# dvn_header_closure(<out> ROOTS <headers...> DIRS <folders...>)
+# The public headers and every header that they include with quotes, directly
+# or not, each found beside the including header or in one of DIRS. The
+# headers are installed side by side into one folder, so a quoted include
+# that names a subfolder, a header found nowhere and two headers of one name
+# are errors. Runs at install time too (cmake/DvnInstall.cmake), so a header
+# that a public one starts to include is installed without a change here.
+# Also read by the install script, where no policy is set.
+cmake_policy(VERSION 3.20)
+
+function(dvn_header_closure out)
+  cmake_parse_arguments(A "" "" "ROOTS;DIRS" ${ARGN})
+  set(queue ${A_ROOTS})
+  set(seen "")
+  set(names "")
+  while(queue)
+    list(POP_FRONT queue header)
+    if(header IN_LIST seen)
+      continue()
+    endif()
+    get_filename_component(name "${header}" NAME)
+    if(name IN_LIST names)
+      message(FATAL_ERROR "two public headers are named ${name}; the installed headers share one folder")
+    endif()
+    list(APPEND seen "${header}")
+    list(APPEND names "${name}")
+    get_filename_component(here "${header}" DIRECTORY)
+    file(STRINGS "${header}" lines REGEX "^[ \t]*#[ \t]*include[ \t]*\"")
+    foreach(line IN LISTS lines)
+      string(REGEX REPLACE "^[ \t]*#[ \t]*include[ \t]*\"([^\"]+)\".*" "\\1" included "${line}")
+      if(included MATCHES "/")
+        message(FATAL_ERROR "${header} includes \"${included}\"; the installed headers share one folder")
+      endif()
+      set(found "")
+      foreach(dir IN LISTS here A_DIRS)
+        if(EXISTS "${dir}/${included}")
+          set(found "${dir}/${included}")
+          break()
+        endif()
+      endforeach()
+      if(NOT found)
+        message(FATAL_ERROR "${header} includes \"${included}\", which is in none of the library's folders")
+      endif()
+      list(APPEND queue "${found}")
+    endforeach()
+  endwhile()
+  set(${out} ${seen} PARENT_SCOPE)
+endfunction()
