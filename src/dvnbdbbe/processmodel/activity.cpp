@@ -24,6 +24,29 @@ void ForEachElement(const DvnfAttributeDataReader& diagram, const char* set, Vis
         visit(element.AsEntity());
 }
 
+// Whether anything in a diagram, inner blocks included, has something to
+// save: an element in state 1, 2 or 4.
+bool HasChanges(const DvnfAttributeDataReader& diagram) {
+    bool changed = false;
+    for (const char* set : {"Activities", "Sources", "Sinks", "ControlConnectors", "DataConnectors"}) {
+        ForEachElement(diagram, set, [&](DvnfEntity& element) {
+            const int state = element.State();
+            if (state == DvnfObject::StateDeleted || state == DvnfObject::StateNew ||
+                state == DvnfObject::StateChanged)
+                changed = true;
+            const DvnfEntity& block =
+                static_cast<const DvnfEntity&>(element).AttributeData()("Implementation")("AsBlock").AsEntity();
+            if (!changed && block.IsValid()) changed = HasChanges(block.AttributeData()("Diagram"));
+        });
+    }
+    return changed;
+}
+
+// A source, sink or connector with something to save.
+bool ToSave(const DvnfEntity& node) {
+    return node.IsValid() && node.State() != DvnfObject::StateNone && node.State() != DvnfObject::StateUnchanged;
+}
+
 void SetLong(CRecordset& row, long& member, const DvnfAttributeDataReader& value) {
     if (value.IsDefined())
         member = value.AsLong(0);
@@ -53,7 +76,7 @@ int DvnConvCoreDbBe::SaveDiagram(CDatabase& db, DvnfAttributeDataReader diagram,
     for (const auto& [set, kind] : nodes) {
         ForEachElement(diagram, set, [&](DvnfEntity& node) {
             if (!node.IsValid() || node.State() == StateNone) return;
-            level = std::max(level, PartNotStoredYet(process, kind));
+            if (ToSave(node)) level = std::max(level, PartNotStoredYet(process, kind));
             ResetState(node);
         });
     }
@@ -157,6 +180,7 @@ int DvnConvCoreDbBe::SaveActivity(CDatabase& db, DvnfEntity& activity, DvnfEntit
         return LevelError;
     }
     const bool complete = activity.IsAttributeDataAttrComplete();
+    const DvnfAttributeDataReader attributes = static_cast<const DvnfEntity&>(activity).AttributeData();
     if (activity.State() != StateUnchanged) {
         if (complete) level = std::max(level, ReadActivityAttributes(db, activity, row));
         try {
@@ -173,8 +197,19 @@ int DvnConvCoreDbBe::SaveActivity(CDatabase& db, DvnfEntity& activity, DvnfEntit
         if (kind == BundleType) level = std::max(level, PartNotStoredYet(process, kBundleParts));
     }
     if (row.IsOpen()) row.Close();
-    if (kind == BlockType && (activity.Flags() & (DvnfEntity::FlagAttributesComplete | DvnfEntity::FlagBlockContent)))
-        level = std::max(level, PartNotStoredYet(process, kBlockParts));
+    const unsigned blockBits = DvnfEntity::FlagAttributesComplete | DvnfEntity::FlagBlockContent;
+    if (kind == BlockType && (activity.Flags() & blockBits)) {
+        // The block takes the activity's name and what is complete of it;
+        // its own store comes with the next stores.
+        DvnfEntity& block = attributes("Implementation")("AsBlock").AsEntity();
+        if (block.IsValid()) {
+            block.SetFlags(activity.Flags() & blockBits);
+            block.Name(DvnfString(name));
+        }
+        if (activity.State() != StateUnchanged ||
+            (block.IsValid() && HasChanges(static_cast<const DvnfEntity&>(block).AttributeData()("Diagram"))))
+            level = std::max(level, PartNotStoredYet(process, kBlockParts));
+    }
     return level;
 }
 
@@ -282,6 +317,8 @@ int DvnConvCoreDbBe::SaveActivity2(CDatabase& db, DvnfEntity& activity, DvnfEnti
     if (type == BlockType) {
         // The inner diagram is the block store's; the first pass has
         // reported it. A block's containers are the activity's.
+        DvnfEntity& block = attributes("Implementation")("AsBlock").AsEntity();
+        if (block.IsValid()) block.Name(DvnfString(name));
         if (containers) level = std::max(level, writeContainers());
     } else if (activity.State() != StateUnchanged && activity.IsAttributeDataAttrComplete()) {
         DvnActivityExtentSet row(&db);
