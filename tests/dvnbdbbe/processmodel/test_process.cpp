@@ -161,6 +161,36 @@ TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffOrHeld
     EXPECT_EQ(Rows("SELECT NAME FROM DVBT.ACTIVITY"), (Lines{"Pack"}));
 }
 
+TEST_P(ProcessStore, AReplacementThatCannotWriteItsGraphRowKeepsTheOldProcessWholeAndFree) {
+    {
+        ImportRun run(true);
+        Act(run, run.Add("Process", "Order"), "Check");
+        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
+    }
+    const std::string oldPid = Pid("Order");
+    if (IsPostgres()) {
+        Exec("CREATE FUNCTION DVBT.REFUSE() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN RAISE EXCEPTION 'refused'; "
+             "END $$");
+        Exec("CREATE TRIGGER REFUSE BEFORE INSERT ON DVBT.PROCESS_GRAPH_ATTR FOR EACH ROW EXECUTE FUNCTION "
+             "DVBT.REFUSE()");
+    } else {
+        Exec("CREATE TRIGGER DVBT.REFUSE BEFORE INSERT ON PROCESS_GRAPH_ATTR BEGIN SELECT RAISE(ABORT, 'refused'); "
+             "END");
+    }
+    ImportRun run(true);
+    run.be.SetCurrentUser(DvnString("ADMIN"));
+    DvnfEntity& order = run.Add("Process", "Order");
+    Act(run, order, "Pack");
+    EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 8);
+    const Lines messages = run.Messages();
+    ASSERT_FALSE(messages.empty());
+    EXPECT_EQ(messages.front(), "51010|Order");
+    EXPECT_EQ(messages.back(), "51342|Order");
+    EXPECT_EQ(order.Name(), "Order");
+    EXPECT_EQ(Rows("SELECT PID, NAME, CHECKED_OUT_BY FROM DVBT.PROCESS"), (Lines{oldPid + "|Order|<null>"}));
+    EXPECT_EQ(Rows("SELECT NAME FROM DVBT.ACTIVITY"), (Lines{"Check"}));
+}
+
 TEST_P(ProcessStore, ADeletionRemovesTheProcessWithAllBelowItOrLeavesATombstone) {
     {
         ImportRun run(true);
