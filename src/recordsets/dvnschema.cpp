@@ -152,7 +152,8 @@ std::vector<std::string> ActivityCascadeStatements(const char* prefix, const std
                                                    const std::string& oldPid) {
     const std::string subtree = "(WITH RECURSIVE S(AID) AS (SELECT CAST(" + oldAid +
                                 " AS VARCHAR(255)) UNION ALL SELECT A.AID FROM " + prefix +
-                                "ACTIVITY A JOIN S ON A.PID = " + oldPid + " AND A.INSIDE_BLOCK = S.AID) SELECT AID FROM S)";
+                                "ACTIVITY A JOIN S ON A.PID = " + oldPid +
+                                " AND A.INSIDE_BLOCK = S.AID) SELECT AID FROM S)";
     std::vector<std::string> out;
     for (const char* t : kActivityTables)
         out.push_back(std::string("DELETE FROM ") + prefix + t + " WHERE AID IN " + subtree);
@@ -248,8 +249,8 @@ std::vector<std::string> PostgresTriggers() {
     };
 }
 
-const char* const kPostgresFunctions[] = {"PROCESS_CASCADE", "ACTIVITY_CASCADE", "DATA_CONNECTOR_CASCADE", "DATA_STRUCTURE_CASCADE",
-                                          "PE_AGENT_NAME", "PERSON_AGENT_NAME"};
+const char* const kPostgresFunctions[] = {"PROCESS_CASCADE",        "ACTIVITY_CASCADE", "DATA_CONNECTOR_CASCADE",
+                                          "DATA_STRUCTURE_CASCADE", "PE_AGENT_NAME",    "PERSON_AGENT_NAME"};
 
 std::string Upper(std::string s) {
     for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));

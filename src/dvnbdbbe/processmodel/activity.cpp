@@ -217,7 +217,8 @@ int DvnConvCoreDbBe::ReadActivityAttributes(CDatabase&, DvnfEntity& activity, Dv
     const DvnfAttributeDataReader attributes = static_cast<const DvnfEntity&>(activity).AttributeData();
     auto text = attributes("Description");
     if (text.IsDefined())
-        DvnStored::SetText(row, row.m_DESCRIPTION, DvnStored::Cut(text.AsString("").str(), DvnStored::DescriptionChars));
+        DvnStored::SetText(row, row.m_DESCRIPTION,
+                           DvnStored::Cut(text.AsString("").str(), DvnStored::DescriptionChars));
     else
         row.SetFieldNull(&row.m_DESCRIPTION);
     text = attributes("Documentation");
