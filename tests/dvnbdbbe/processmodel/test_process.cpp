@@ -412,6 +412,76 @@ TEST_P(ProcessStore, ActivityColumnsAndStaffAssignmentFollowTheirAttributes) {
               Aid("Persons"));
 }
 
+TEST_P(ProcessStore, CoordinatorsManagersAndPersonsToNotifyAreResolvedOrWarnedAbout) {
+    AddRole(Db(), "R1", "Clerk");
+    AddOrganization(Db(), "O1", "Shipping");
+    AddPerson(Db(), TestPerson{"P1", "CLERK", "G", "pw"});
+    ImportRun run(true);
+    DvnfEntity& order = run.Add("Process", "Order");
+    order.AttributeData()("Icon") = "TOOLONGICON";
+    Link(run, order, "ProcessHasInputStr", "DataStructure", "Missing");
+    struct Case {
+        const char* name;
+        long assignType;         // 0: no "DoneBy"
+        const char* link;        // to the target below
+        const char* type;
+        const char* target;
+        const char* fromInput;   // attribute under "DoneBy" and its value
+        const char* value;
+    };
+    const Case cases[] = {
+        {"Coord", 2, "DoneByRoleCoordinator", "Role", "Clerk", nullptr, nullptr},
+        {"CoordIn", 2, nullptr, nullptr, nullptr, "CoordinatorFromInput", "boss"},
+        {"NoCoord", 2, nullptr, nullptr, nullptr, nullptr, nullptr},
+        {"Mgr", 11, "DoneByMgrOrganization", "Organization", "Shipping", nullptr, nullptr},
+        {"MgrIn", 11, nullptr, nullptr, nullptr, "MgrOrganizationFromInput", "org"},
+        {"BadOrg", 11, "DoneByMgrOrganization", "Organization", "Nowhere", nullptr, nullptr},
+        {"Notify", 0, "NotifiedPerson", "Person", "CLERK", nullptr, nullptr},
+        {"NotifyNobody", 0, "NotifiedPerson", "Person", "NOBODY", nullptr, nullptr},
+    };
+    for (const Case& c : cases) {
+        DvnfEntity& activity = Act(run, order, c.name);
+        DvnfAttributeData attributes = activity.AttributeData();
+        if (c.assignType) attributes("DoneBy")("AssignType") = c.assignType;
+        if (c.fromInput) attributes("DoneBy")(c.fromInput) = c.value;
+        if (c.link) Link(run, activity, c.link, c.type, c.target);
+        if (!c.assignType) attributes("NotifyType") = 5L;
+    }
+    DvnfAttributeData notify = run.data.GetEntityByName(DvnfString("Activity"), DvnfString("Notify")).AttributeData();
+    notify("ExpirationDuration")("Hours") = 1L;
+    notify("DecisionFromInput") = "d";
+    notify("Priority")("PriorityType") = 1L;
+    notify("Priority")("FromInput") = "prio";
+    notify("Start")("Manual") = true;
+    notify("Exit")("Manual") = true;
+    EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
+    const Lines messages = run.Messages();
+    for (const char* expected :
+         {"51118|TOOLONGICON", "51102|Missing", "51168|NoCoord", "51131|Nowhere", "51136|NOBODY|NotifyNobody"})
+        EXPECT_EQ(std::count(messages.begin(), messages.end(), expected), 1) << expected;
+    EXPECT_EQ(Rows("SELECT USER_DEFINED_ICON, INPUT_DS, OUTPUT_DS FROM DVBT.PROCESS"),
+              (Lines{"<null>|DEFAULT_DATA_STRUCTURE|DEFAULT_DATA_STRUCTURE"}));
+    EXPECT_EQ(Rows("SELECT a.NAME, e.DONE_BY, e.ORGANIZATION, e.ORG_CONT_MEMBER, e.FIRST_NOT_TARGET, "
+                   "e.FIRST_NOT_ASSGMNT, e.SCND_NOT_CONT_MBR, e.EXPIRATION_INTVL, e.PRIO_CONT_MEMBER, "
+                   "e.PRIO_FROM_INPUT, e.START_OPTION, e.EXIT_OPTION FROM DVBT.ACTIVITY a JOIN DVBT.ACTIVITY_EXTENT e "
+                   "ON e.AID = a.AID ORDER BY a.NAME"),
+              (Lines{
+                  "BadOrg|11|<null>|<null>|<null>|<null>|<null>|<null>|<null>|0|1|2",
+                  "Coord|2|<null>|<null>|<null>|<null>|<null>|<null>|<null>|0|1|2",
+                  "CoordIn|2|<null>|<null>|<null>|<null>|<null>|<null>|<null>|0|1|2",
+                  "Mgr|11|O1|<null>|<null>|<null>|<null>|<null>|<null>|0|1|2",
+                  "MgrIn|11|<null>|org|<null>|<null>|<null>|<null>|<null>|0|1|2",
+                  "NoCoord|2|<null>|<null>|<null>|<null>|<null>|<null>|<null>|0|1|2",
+                  "Notify|12|<null>|<null>|4|P1|d|3600|prio|0|1|1",
+                  "NotifyNobody|12|<null>|<null>|<null>|<null>|<null>|<null>|<null>|0|1|2",
+              }));
+    EXPECT_EQ(Rows("SELECT a.NAME, r.ROLE FROM DVBT.ACTIVITY_BY_ROLE r JOIN DVBT.ACTIVITY a ON a.AID = r.AID"),
+              (Lines{"Coord|R1"}));
+    EXPECT_EQ(Rows("SELECT a.NAME, r.CONTAINER_MEMBER FROM DVBT.ACT_BY_ROLE_F_CONT r JOIN DVBT.ACTIVITY a ON "
+                   "a.AID = r.AID"),
+              (Lines{"CoordIn|boss"}));
+}
+
 TEST_P(ProcessStore, TextsFromAFileMatchOnlyThemselvesWhateverQuotesWildcardsOrCase) {
     const std::vector<Value> values = {{"n_1", "v%"}, {"nx1", "vv"}, {"it's", "O'Neil"}, {"Case", "a"},
                                        {"case", "a"}, {"Case", "A"}, {"%", "_"},         {"x", "%"}};
