@@ -8,6 +8,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
+#include <string>
 
 #include "dvnfcorn.h"
 #include "dvnkernn.h"
@@ -16,6 +18,9 @@
 class DvnCategorySet;
 class DvnDataStructureSet;
 class DvnDataStructureMbrSet;
+class DvnProcessSet;
+class DvnActivitySet;
+class DvnActivityExtentSet;
 
 class DvnConvCoreDbBe {
 public:
@@ -112,6 +117,89 @@ public:
     int ReadDataStructureMbrAttributes(CDatabase& db, const DvnfAttributeDataReader& member,
                                        DvnDataStructureMbrSet& row, const CString& key, long sequence);
 
+    // ==== processes: the row, its containers, its diagram of activities with
+    // their attributes and staff assignment (processmodel/process.cpp,
+    // activity.cpp, assignment.cpp, containers.cpp).
+    //
+    // One process, with its own transactions. In an import the process is
+    // built beside the old one under the name "TEMP" + its key and takes
+    // the old one's place only when it is complete; by identifier (the
+    // editor) its row is changed in place.
+    int SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdentifier);
+    // The rows of PROCESS_GRAPH_ATTR and PROCESS_TOPOL_ATTR of the process.
+    int SaveProcessGraphAttributes(CDatabase& db, DvnfEntity& entity, const CString& pid);
+    int SaveProcessTopologyAttributes(CDatabase& db, DvnfEntity& entity, const CString& pid);
+    // Key, name, structures, icon and mark of a positioned PROCESS row; 8
+    // when not even the default structure exists.
+    int ReadProcessInitAttributes(CDatabase& db, DvnfEntity& entity, DvnProcessSet& row, const CString& pid,
+                                  int mark);
+    // The activities of a diagram (each in a transaction of its own), then
+    // what connects them; the second pass of its activities.
+    int SaveDiagram(CDatabase& db, DvnfAttributeDataReader diagram, DvnfEntity& process, const CString& blockAid);
+    int SaveDiagram2(CDatabase& db, DvnfAttributeDataReader diagram, DvnfEntity& process, const CString& blockAid);
+    // First pass: the ACTIVITY row and its kind; second pass: extent,
+    // assignment, containers, support tools (aid: the stored key).
+    int SaveActivity(CDatabase& db, DvnfEntity& activity, DvnfEntity& process, const CString& blockAid);
+    int SaveActivity2(CDatabase& db, DvnfEntity& activity, DvnfEntity& process, const CString& blockAid,
+                      const CString& aid);
+    int ReadActivityAttributes(CDatabase& db, DvnfEntity& activity, DvnActivitySet& row);
+    // Fills the ACTIVITY columns; gives "Implementation"."Type". level
+    // becomes at least 4 on a warning.
+    long ReadActivityInitAttributes(CDatabase& db, DvnfEntity& activity, DvnActivitySet& row, const CString& pid,
+                                    const CString& blockAid, int& level);
+    // Fills the ACTIVITY_EXTENT columns and rewrites the assignment rows.
+    int ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& activity, DvnActivityExtentSet& row,
+                                     const CString& pid, const CString& blockAid, const CString& aid);
+    // Stored forms of a duration (seconds, 32 bits) and of a time event.
+    long SetTimeInterval(const DvnfAttributeDataReader& duration);
+    CString SetTimeEvent(const DvnfAttributeDataReader& event);
+    // One assignment row unless it exists (0, or 8 on a failure) ...
+    int SaveActByPerson(CDatabase& db, const CString& personId, const CString& aid);
+    int SaveActByPersonFromCont(CDatabase& db, const CString& member, const CString& aid);
+    int SaveActByRole(CDatabase& db, const CString& roleId, const CString& aid);
+    int SaveActByRoleFromCont(CDatabase& db, const CString& member, const CString& aid);
+    int SaveActSupportTools(CDatabase& db, const CString& programId, const CString& aid);
+    // ... and all rows of the activity in one table.
+    int DeleteActByPerson(CDatabase& db, const CString& aid);
+    int DeleteActByPersonFromCont(CDatabase& db, const CString& aid);
+    int DeleteActByRole(CDatabase& db, const CString& aid);
+    int DeleteActByRoleFromCont(CDatabase& db, const CString& aid);
+    int DeleteActSupportTools(CDatabase& db, const CString& aid);
+    // Initial container values: only members with a value, cut to 32672.
+    int ReadActivityContainers(CDatabase& db, const DvnfAttributeDataReader& attributes, const CString& aid);
+    int SaveActContainer(CDatabase& db, const CString& aid, int inputOrOutput, const CString& name,
+                         const CString& value);
+    int DeleteActContainer(CDatabase& db, const CString& aid);
+    // Also ends the first-pass mark 9 of a new PROCESS row.
+    int SaveProcessContainer(CDatabase& db, DvnfEntity& process);
+    int WritePrcContainer(CDatabase& db, const CString& pid, int inputOrOutput, const CString& name,
+                          const CString& value);
+    int DeleteProcessContainer(CDatabase& db, const CString& pid);
+
+protected:
+    // A kind of part of a process that the store does not write yet: 51900
+    // (process name, kind) once per process and kind, level 8.
+    int PartNotStoredYet(DvnfEntity& process, const char* kind);
+    // The key of a structure that a link names, "Default Data Structure"
+    // (with the container attribute reset and 51102) when it is not found.
+    // An activity stores the target's key when even that is not found; a
+    // process (activity false) tries the key before the default and gives
+    // an empty key when the default is missing too.
+    CString StructureKey(CDatabase& db, DvnfEntity& entity, const char* link, const char* container, int& level,
+                         bool activity);
+    // A row of an assignment table unless it is there (the recordset of
+    // that table; column: the second column).
+    template <class Set>
+    int SaveActRelation(CDatabase& db, const char* table, const char* column, CString Set::*member,
+                        const CString& value, const CString& aid, const char* notAdded);
+    int DeleteActRelation(CDatabase& db, const char* table, const CString& aid);
+    // Walks "InputContainer" and "OutputContainer" of the attributes.
+    int WalkContainers(const DvnfAttributeDataReader& attributes,
+                       const std::function<int(int, const CString&, const CString&)>& write);
+    std::set<std::string> m_notStoredParts;  // kinds reported for the process being saved
+    DvnString m_savingProcess;                // its own name (the entity may carry "TEMP...")
+public:
+
     // ---- link access for the Read<X>Attributes
     // The target of the first link of that name to that type; may be invalid.
     DvnfEntity& GetLink(const DvnfString& linkName, DvnfEntity& entity, const DvnfString& targetType);
@@ -196,7 +284,6 @@ protected:
     int SaveRole(CDatabase& db, DvnfEntity& entity);
     int SavePEA(CDatabase& db, DvnfEntity& entity);
     int SaveProgram(CDatabase& db, DvnfEntity& entity);
-    int SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdentifier);
     int SaveToolSet(CDatabase& db, DvnfEntity& entity);
 
     DvnfTRXData* m_pCoreData;

@@ -33,10 +33,12 @@ const std::vector<DvnSchema::Table> kTables = {
     {"PROGRAM_ACTIVITY", Make<DvnProgramActivitySet>, {"AID", "PROGRAM_ID", "PE_SERVER"}, {}},
     {"PROCESS_ACTIVITY", Make<DvnProcessActivitySet>, {"AID", "PROCESS"}, {}},
     {"BUNDLE_ACTIVITY", Make<DvnBundleActivitySet>, {"AID"}, {}},
-    {"CONTROL_CONNECTOR", Make<DvnControlConnectorSet>, {"PID,FROM_ACTIVITY,TO_ACTIVITY", "PID,INSIDE_BLOCK"}, {}},
-    {"CONTROL_BENDPOINT", Make<DvnControlBendpointSet>, {"PID,FROM_ACTIVITY,TO_ACTIVITY,SEQUENCENO"}, {}},
+    {"CONTROL_CONNECTOR", Make<DvnControlConnectorSet>,
+     {"PID,FROM_ACTIVITY,TO_ACTIVITY", "PID,INSIDE_BLOCK", "PID,TO_ACTIVITY"}, {}},
+    {"CONTROL_BENDPOINT", Make<DvnControlBendpointSet>, {"PID,FROM_ACTIVITY,TO_ACTIVITY,SEQUENCENO", "PID,TO_ACTIVITY"},
+     {}},
     {"DATA_CONNECTOR", Make<DvnDataConnectorSet>,
-     {"DCID", "PID,INSIDE_BLOCK", "PID,FROM_ACTIVITY,TO_ACTIVITY", "PID,FROM_SOURCE"}, {}},
+     {"DCID", "PID,INSIDE_BLOCK", "PID,FROM_ACTIVITY,TO_ACTIVITY", "PID,FROM_SOURCE", "PID,TO_ACTIVITY"}, {}},
     {"DATA_BENDPOINT", Make<DvnDataBendpointSet>, {"DCID,SEQUENCENO"}, {}},
     {"DATA_MAP", Make<DvnDataMapSet>, {"DCID"}, {}},
     {"ACT_CONTAINER", Make<DvnActContainerSet>, {"AID,INPUT_OR_OUTPUT"}, {}},
@@ -142,6 +144,35 @@ std::vector<std::string> CascadeStatements(const char* prefix, const std::string
     return out;
 }
 
+// The statements that remove what hangs on a deleted activity: the rows of
+// the activity and, for a block, of every activity inside it at any depth
+// (found in one statement, so that no trigger has to fire itself), the
+// connectors that name any of them, and the sources, sinks, connectors and
+// annotations drawn inside such a block; the inner activities last.
+std::vector<std::string> ActivityCascadeStatements(const char* prefix, const std::string& oldAid,
+                                                   const std::string& oldPid) {
+    const std::string subtree = "(WITH RECURSIVE S(AID) AS (SELECT CAST(" + oldAid +
+                                " AS VARCHAR(255)) UNION ALL SELECT A.AID FROM " + prefix +
+                                "ACTIVITY A JOIN S ON A.PID = " + oldPid +
+                                " AND A.INSIDE_BLOCK = S.AID) SELECT AID FROM S)";
+    std::vector<std::string> out;
+    for (const char* t : kActivityTables)
+        out.push_back(std::string("DELETE FROM ") + prefix + t + " WHERE AID IN " + subtree);
+    const std::pair<const char*, const char*> named[] = {
+        {"CONTROL_CONNECTOR", "FROM_ACTIVITY"}, {"CONTROL_CONNECTOR", "TO_ACTIVITY"},
+        {"CONTROL_CONNECTOR", "INSIDE_BLOCK"},  {"CONTROL_BENDPOINT", "FROM_ACTIVITY"},
+        {"CONTROL_BENDPOINT", "TO_ACTIVITY"},   {"DATA_CONNECTOR", "FROM_ACTIVITY"},
+        {"DATA_CONNECTOR", "TO_ACTIVITY"},      {"DATA_CONNECTOR", "INSIDE_BLOCK"},
+        {"SOURCE", "BLOCK_AID"},                {"SINK", "BLOCK_AID"},
+        {"TEXT_ANNOTATION", "INSIDE_BLOCK"},
+    };
+    for (const auto& [table, column] : named)
+        out.push_back(std::string("DELETE FROM ") + prefix + table + " WHERE PID = " + oldPid + " AND " + column +
+                      " IN " + subtree);
+    out.push_back(std::string("DELETE FROM ") + prefix + "ACTIVITY WHERE PID = " + oldPid + " AND AID IN " + subtree);
+    return out;
+}
+
 std::vector<std::string> ConnectorStatements(const char* prefix, const std::string& oldDcid) {
     std::vector<std::string> out;
     for (const char* t : kConnectorTables)
@@ -160,7 +191,8 @@ std::string Joined(const std::vector<std::string>& statements, const char* inden
 // resolve in the trigger's own database.
 std::vector<std::string> SqliteTriggers() {
     auto trigger = [](const std::string& name, const std::string& event, const std::string& body) {
-        return "CREATE TRIGGER DVBT." + name + " " + event + " FOR EACH ROW BEGIN\n" + body + "END";
+        const std::string each = event.find(" FOR EACH ROW") == std::string::npos ? " FOR EACH ROW" : "";
+        return "CREATE TRIGGER DVBT." + name + " " + event + each + " BEGIN\n" + body + "END";
     };
     const std::string agentName =
         "  UPDATE PE_AGENT SET NAME = (SELECT USERID FROM PERSON WHERE PERSON_ID = NEW.ASSOC_USER)"
@@ -168,6 +200,11 @@ std::vector<std::string> SqliteTriggers() {
     const std::string personName = "  UPDATE PE_AGENT SET NAME = NEW.USERID WHERE ASSOC_USER = NEW.PERSON_ID;\n";
     return {
         trigger("PROCESS_CASCADE", "AFTER DELETE ON PROCESS", Joined(CascadeStatements("", "OLD.PID"), "  ")),
+        // Not when the process cascade removes the activities: that takes
+        // all rows of the process at once.
+        trigger("ACTIVITY_CASCADE",
+                "AFTER DELETE ON ACTIVITY FOR EACH ROW WHEN EXISTS (SELECT 1 FROM PROCESS WHERE PID = OLD.PID)",
+                Joined(ActivityCascadeStatements("", "OLD.AID", "OLD.PID"), "  ")),
         trigger("DATA_CONNECTOR_CASCADE", "AFTER DELETE ON DATA_CONNECTOR",
                 Joined(ConnectorStatements("", "OLD.DCID"), "  ")),
         trigger("DATA_STRUCTURE_CASCADE", "AFTER DELETE ON DATA_STRUCTURE",
@@ -192,6 +229,12 @@ std::vector<std::string> PostgresTriggers() {
         function("PROCESS_CASCADE", Joined(CascadeStatements("DVBT.", "OLD.PID"), "  "), "OLD"),
         "CREATE TRIGGER PROCESS_CASCADE AFTER DELETE ON DVBT.PROCESS FOR EACH ROW EXECUTE FUNCTION "
         "DVBT.PROCESS_CASCADE()",
+        function("ACTIVITY_CASCADE",
+                 "  IF NOT EXISTS (SELECT 1 FROM DVBT.PROCESS WHERE PID = OLD.PID) THEN\n    RETURN OLD;\n  END IF;\n" +
+                     Joined(ActivityCascadeStatements("DVBT.", "OLD.AID", "OLD.PID"), "  "),
+                 "OLD"),
+        "CREATE TRIGGER ACTIVITY_CASCADE AFTER DELETE ON DVBT.ACTIVITY FOR EACH ROW EXECUTE FUNCTION "
+        "DVBT.ACTIVITY_CASCADE()",
         function("DATA_CONNECTOR_CASCADE", Joined(ConnectorStatements("DVBT.", "OLD.DCID"), "  "), "OLD"),
         "CREATE TRIGGER DATA_CONNECTOR_CASCADE AFTER DELETE ON DVBT.DATA_CONNECTOR FOR EACH ROW EXECUTE FUNCTION "
         "DVBT.DATA_CONNECTOR_CASCADE()",
@@ -207,8 +250,8 @@ std::vector<std::string> PostgresTriggers() {
     };
 }
 
-const char* const kPostgresFunctions[] = {"PROCESS_CASCADE", "DATA_CONNECTOR_CASCADE", "DATA_STRUCTURE_CASCADE",
-                                          "PE_AGENT_NAME", "PERSON_AGENT_NAME"};
+const char* const kPostgresFunctions[] = {"PROCESS_CASCADE",        "ACTIVITY_CASCADE", "DATA_CONNECTOR_CASCADE",
+                                          "DATA_STRUCTURE_CASCADE", "PE_AGENT_NAME",    "PERSON_AGENT_NAME"};
 
 std::string Upper(std::string s) {
     for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));

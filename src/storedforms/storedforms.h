@@ -2,6 +2,8 @@
 // value, shared by the stores and the loads.
 #pragma once
 
+#include <array>
+#include <optional>
 #include <string>
 
 #include "odbcframe.h"
@@ -19,5 +21,24 @@ std::string Cut(const std::string& text, size_t limit);
 
 // Puts text into a column member; an empty text is stored as NULL.
 void SetText(CRecordset& row, CString& member, const std::string& text);
+
+// A duration: the counts of "Years", "Months", "Weeks", "Days", "Hours",
+// "Minutes" and "Seconds", in that order, each absent when not given. A month
+// counts 30 days and a year 365.
+using DurationUnits = std::array<std::optional<long>, 7>;
+inline constexpr std::array<long, 7> UnitSeconds = {31536000, 2592000, 604800, 86400, 3600, 60, 1};
+
+// The stored value of a duration: the sum of count times weight over the
+// given units, in seconds. The column holds 32 bits: the sum wraps as a
+// 32-bit two's complement number (a count that overflows it is not refused).
+long Seconds(const DurationUnits& units);
+
+// The stored text of a time event, from "Every" (1 day, 2 month, 3 week, 4
+// year), "On" (1 Monday .. 7 Sunday), "AtHours" and "AtMinutes", each absent
+// when not given: "ANYTIME", "EVERY DAY", "EVERY MONTH ON MONDAY AT 14.05",
+// "EVERY WEDNESDAY", " AT 7.00", " AT 30". A value outside its range adds
+// no word.
+std::string TimeEvent(std::optional<long> every, std::optional<long> on, std::optional<long> atHours,
+                      std::optional<long> atMinutes);
 
 }  // namespace DvnStored

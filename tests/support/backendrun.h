@@ -9,6 +9,18 @@
 #include "dvnfcorn.h"
 #include "repositorydb.h"
 
+// Each report as "number|arg|arg...", null arguments left out.
+inline std::vector<std::string> MessageLines(const DvnfCollectingMessageHandler& handler) {
+    std::vector<std::string> out;
+    for (const auto& e : handler.Entries()) {
+        std::string line = std::to_string(e.number);
+        for (const DvnString& a : e.args)
+            if (!a.IsNull()) line += "|" + a.str();
+        out.push_back(line);
+    }
+    return out;
+}
+
 struct BackEndRun {
     DvnfCollectingMessageHandler handler;
     DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
@@ -23,17 +35,34 @@ struct BackEndRun {
         return data.CreateEntity(DvnfString(type), DvnfString(""), DvnfString(name));
     }
     void Delete(const char* type, const char* name) { Add(type, name).State(DvnfObject::StateDeleted); }
-    // Each report as "number|arg|arg...", null arguments left out.
-    std::vector<std::string> Messages() const {
-        std::vector<std::string> out;
-        for (const auto& e : handler.Entries()) {
-            std::string line = std::to_string(e.number);
-            for (const DvnString& a : e.args)
-                if (!a.IsNull()) line += "|" + a.str();
-            out.push_back(line);
-        }
-        return out;
+    std::vector<std::string> Messages() const { return MessageLines(handler); }
+};
+
+// A run in import mode: the back end's own core data, rows matched by name,
+// its messages collected. Entities are made as the parser makes those a file
+// defines: state 2, all completeness flags set.
+struct ImportRun {
+    DvnfCollectingMessageHandler handler;
+    DvnConvCoreDbBe be;
+    DvnfTRXData& data;
+
+    explicit ImportRun(bool sourceOption) : data(*be.CoreData()) {
+        data.MessageHandler(&handler);
+        be.SetSourceOption(sourceOption);
+        be.SetTablePrefix("DVBT.");
     }
+    DvnfEntity& Add(const char* type, const char* name) {
+        DvnfEntity& entity = data.CreateEntity(DvnfString(type), DvnfString(""), DvnfString(name));
+        entity.Flags(7);
+        return entity;
+    }
+    // A deletion: state 1, no flags.
+    void Delete(const char* type, const char* name) {
+        DvnfEntity& entity = Add(type, name);
+        entity.State(DvnfObject::StateDeleted);
+        entity.Flags(0);
+    }
+    std::vector<std::string> Messages() const { return MessageLines(handler); }
 };
 
 // A fresh repository to store into.

@@ -42,6 +42,14 @@ void AddRole(CDatabase& db, const std::string& id, const std::string& name) {
     Insert(db, "ROLE (ROLE_ID, NAME, CHECKED_OUT)", "'" + id + "', '" + name + "', 0");
 }
 
+void AddOrganization(CDatabase& db, const std::string& id, const std::string& name) {
+    Insert(db, "ORGANIZATION (ORGANIZATION_ID, NAME, CHECKED_OUT)", "'" + id + "', '" + name + "', 0");
+}
+
+void AddProgram(CDatabase& db, const std::string& id, const std::string& name) {
+    Insert(db, "PROGRAM (PROGRAM_ID, NAME, CHECKED_OUT)", "'" + id + "', '" + name + "', 0");
+}
+
 void AddRelation(CDatabase& db, const std::string& table, const std::string& first, const std::string& second) {
     Insert(db, table, "'" + first + "', '" + second + "'");
 }

@@ -29,6 +29,8 @@ void AddSystemGroup(CDatabase& db, const std::string& id, const std::string& nam
 void AddPerson(CDatabase& db, const TestPerson& person);
 void AddCategory(CDatabase& db, const std::string& id, const std::string& name);
 void AddRole(CDatabase& db, const std::string& id, const std::string& name);
+void AddOrganization(CDatabase& db, const std::string& id, const std::string& name);
+void AddProgram(CDatabase& db, const std::string& id, const std::string& name);
 // A row of a two-column relation: PERS_SEL_PADM_AUTH, PERS_HAS_PRC_AUTH,
 // PERS_AUTH_FOR_PERS or ROLE_INCL_PERSON (whose first column is the role).
 void AddRelation(CDatabase& db, const std::string& table, const std::string& first, const std::string& second);

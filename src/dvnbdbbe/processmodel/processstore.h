@@ -1,0 +1,30 @@
+// Small helpers shared by the files of the process store.
+#pragma once
+
+#include "dvnbdbbe.h"
+#include "dvnfcorn.h"
+
+namespace processstore {
+
+// Any text as an SQL string literal: in single quotes, a quote inside
+// doubled. Names, keys and values from a file all go through it.
+inline CString Quoted(const DvnString& text) { return ReturnQuotedString(text, "'", "'").c_str(); }
+inline CString Quoted(const CString& text) { return Quoted(DvnString(text.c_str())); }
+
+inline constexpr const char* kDefaultDataStructure = "Default Data Structure";
+
+// "Implementation"."Type" of an activity.
+enum ImplementationType : long { ProgramType = 1, ProcessType = 2, BlockType = 3, BundleType = 4, InfoType = 5 };
+
+// The kinds of part that 51900 names until their stores exist.
+inline constexpr const char* kProgramParts = "Program implementations of process";
+inline constexpr const char* kProcessParts = "Process implementations of process";
+inline constexpr const char* kBlockParts = "Blocks of process";
+inline constexpr const char* kBundleParts = "Bundles of process";
+inline constexpr const char* kSourceParts = "Sources of process";
+inline constexpr const char* kSinkParts = "Sinks of process";
+inline constexpr const char* kControlParts = "Control connectors of process";
+inline constexpr const char* kDataParts = "Data connectors of process";
+inline constexpr const char* kAttributeParts = "Attributes of process";
+
+}  // namespace processstore
