@@ -9,12 +9,14 @@
 #include "dvnfcorn.h"
 #include "repositorydb.h"
 
-struct BackEndRun {
+// Be: the back end, or a test's own class derived from it.
+template <class Be>
+struct BasicBackEndRun {
     DvnfCollectingMessageHandler handler;
     DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
-    DvnConvCoreDbBe be{&data};
+    Be be{&data};
 
-    explicit BackEndRun(bool sourceOption) {
+    explicit BasicBackEndRun(bool sourceOption) {
         be.SetSourceOption(sourceOption);
         be.SetTablePrefix("DVBT.");
     }
@@ -35,6 +37,7 @@ struct BackEndRun {
         return out;
     }
 };
+using BackEndRun = BasicBackEndRun<DvnConvCoreDbBe>;
 
 // A fresh repository to store into.
 class StoreTest : public RepositoryTest {
