@@ -185,7 +185,9 @@ private:
 TEST_P(Frame, AFamilyStatesItsFilterHeldTestAttributeFailuresStepsAfterTheRowAndDeletionRules) {
     using VariedRun = BasicBackEndRun<VariedBackEnd>;
     const auto varied = VariedBackEnd::Varied();
-    auto rows = [&] { return QueryRows(Db(), "SELECT CATID, NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.CATEGORY ORDER BY NAME"); };
+    auto rows = [&] {
+        return QueryRows(Db(), "SELECT CATID, NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.CATEGORY ORDER BY NAME");
+    };
     Exec("INSERT INTO DVBT.CATEGORY (CATID, NAME, CHECKED_OUT, CHECKED_OUT_BY) VALUES ('K1', 'SALES', 0, 'ADMIN')");
     VariedBackEnd::after.clear();
     {

@@ -33,9 +33,9 @@ int DvnConvCoreDbBe::SaveCategory(CDatabase& db, DvnfEntity& entity) {
 
 // A category that a process still names stays.
 int DvnConvCoreDbBe::CategoryInUse(CDatabase& db, DvnfEntity& entity, const CString& key) {
+    const CString statement = CString("SELECT * FROM ") + m_strTablePrefix + "PROCESS WHERE CATID ='" + key + "'";
     DvnString process;
-    if (FirstRowName<DvnProcessSet>(db, CString("SELECT * FROM ") + m_strTablePrefix + "PROCESS WHERE CATID ='" + key + "'",
-                                    process)) {
+    if (FirstRowName<DvnProcessSet>(db, statement, process)) {
         Report(51242, entity.Name(), process);
         return LevelWarning;
     }
