@@ -240,6 +240,22 @@ protected:
     // gives 8, so that nothing of the file is lost in silence.
     int NotStoredYet(DvnfEntity& entity, const char* kind);
 
+    // ---- families of one row each (familystore.h)
+    // What a family states: table, key, messages, texts and its own steps.
+    template <class Set>
+    struct Family;
+    // The save of one entity of such a family: find the row by name, then
+    // insert, leave, refuse, delete or rewrite it under the options.
+    template <class Set>
+    int SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Family<Set>& family);
+    // The first pass of the family over its entities and, when it has one,
+    // the second.
+    template <class Set>
+    int SaveFamily(CDatabase& db, bool authorized, const Family<Set>& family);
+    // The descriptors, each in the file of its family.
+    static const Family<DvnCategorySet> CategoryFamily;
+    static const Family<DvnDataStructureSet> DataStructureFamily;
+
     // The message handler of the core data; unused arguments stay null.
     void Report(long number, const DvnString& a1 = DvnString(), const DvnString& a2 = DvnString(),
                 const DvnString& a3 = DvnString(), const DvnString& a4 = DvnString(),
@@ -263,6 +279,9 @@ protected:
     // leave the row alone, level 0.
     bool SecondPassMayWrite(int& checkedOut) const;
 
+    // The reference test before a category is deleted: 0, or 4 after 51242
+    // with the first process that names it. A database exception goes up.
+    int CategoryInUse(CDatabase& db, DvnfEntity& entity, const CString& key);
     // The reference test before a structure is deleted: 0, or 4 after the
     // message of the first user found. A structure that holds a member of
     // this type and is itself to be deleted is deleted at once. A database

@@ -1,31 +1,39 @@
 // What every store shares: the life of a row (insert, update in place with
 // the marks of the source option, overwrite off, deletion as a tombstone or
-// for good, held rows, database failures), and the default system names.
+// for good, held rows, database failures, names that cannot be stored), the
+// variations a family may state, and the default system names.
 // The rights of the sections: tests/dvnbdbif/test_import.cpp.
 #include <gtest/gtest.h>
 
+#include <cctype>
+
 #include "backendrun.h"
+#include "dvnprocsets.h"
+#include "familystore.h"
 #include "testenv.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
+// One row per family of one row each, as the store's family descriptors
+// state them; a new family adds its row here.
 struct Store {
     const char* type;
+    const char* kind;  // in words, as refusals say it
     const char* table;
     const char* key;  // key column
     int (DvnConvCoreDbBe::*save)(CDatabase&, bool);
     int passes;  // a held row is refused, and a failure reported, in each
-    long inserted, updated, removed, kept, held;
+    long inserted, updated, removed, kept, held, cannotAppend, cannotUpdate;
     const char* missing;  // a deleted name without a row: 51273 with this before it
 };
 
 const Store kStores[] = {
-    {"Category", "CATEGORY", "CATID", &DvnConvCoreDbBe::SaveCategories, 1, 51019, 51051, 51219, 51083, 51146,
-     "DELETE PROCESS_CATEGORY "},
-    {"DataStructure", "DATA_STRUCTURE", "DSID", &DvnConvCoreDbBe::SaveDataStructures, 2, 51021, 51053, 51221, 51085,
-     51148, "DELETE STRUCTURE "},
+    {"Category", "Category", "CATEGORY", "CATID", &DvnConvCoreDbBe::SaveCategories, 1, 51019, 51051, 51219, 51083,
+     51146, 51315, 51347, "DELETE PROCESS_CATEGORY "},
+    {"DataStructure", "Data Structure", "DATA_STRUCTURE", "DSID", &DvnConvCoreDbBe::SaveDataStructures, 2, 51021,
+     51053, 51221, 51085, 51148, 51317, 51349, "DELETE STRUCTURE "},
 };
 
 class Frame : public StoreTest {};
@@ -87,6 +95,143 @@ TEST_P(Frame, RowsAreInsertedUpdatedInPlaceAndDeletedUnderTheOptions) {
         EXPECT_EQ(run.handler.Count(51368), 2u * s.passes);
         EXPECT_FALSE(run.handler.Entries()[0].args[0].IsEmpty());  // the driver's text
     }
+}
+
+TEST_P(Frame, AnEmptyNameOrOneTooLongForItsColumnStoresNothingAndLeavesNoMarkBehind) {
+    for (const Store& s : kStores) {
+        SCOPED_TRACE(s.type);
+        auto save = [&](BackEndRun& run) { return (run.be.*s.save)(Db(), true); };
+        const std::string longName(256, 'n');
+        {
+            BackEndRun run(false);
+            run.Add(s.type, "");
+            run.Add(s.type, longName.c_str());
+            run.Add(s.type, "Kept");
+            EXPECT_EQ(save(run), 8);
+            // In the order of names; the long name fails at its insert.
+            const Lines messages = run.Messages();
+            ASSERT_EQ(messages.size(), 4u) << testing::PrintToString(messages);
+            EXPECT_EQ(messages[0], "51901|" + std::string(s.kind));
+            EXPECT_EQ(messages[1], std::to_string(s.inserted) + "|Kept");
+            EXPECT_EQ(messages[2].rfind("51368|", 0), 0u) << messages[2];
+            EXPECT_EQ(messages[3], std::to_string(s.cannotAppend) + "|" + longName);
+        }
+        // No row of no name, and no first pass left unfinished.
+        EXPECT_EQ(Marks(s.table), (Lines{"Kept|5"}));
+        EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT." + std::string(s.table) +
+                                       " WHERE NAME IS NULL OR CHECKED_OUT = 9"),
+                  "0");
+        // A deletion of no name is refused as well, and touches nothing.
+        BackEndRun run(true);
+        run.Delete(s.type, "");
+        EXPECT_EQ(save(run), 8);
+        EXPECT_EQ(run.Messages(), (Lines{"51901|" + std::string(s.kind)}));
+        EXPECT_EQ(Marks(s.table), (Lines{"Kept|5"}));
+    }
+}
+
+// A back end with a family of its own over the table of categories, which
+// states the variations that families may need: rows found by the name in
+// upper case, no held test, an attribute step that fails, a step after the
+// row, a tombstone also reported as missing, and deletion refused.
+class VariedBackEnd : public DvnConvCoreDbBe {
+public:
+    using DvnConvCoreDbBe::DvnConvCoreDbBe;
+    using DvnConvCoreDbBe::Family;
+    using DvnConvCoreDbBe::SaveFamily;
+    static inline Lines after;  // key|tombstone of each step after a row
+
+    static Family<DvnCategorySet> Varied() {
+        return {
+            .typeName = "Category",
+            .kind = "Varied",
+            .right = &ModelingRight,
+            .table = "CATEGORY",
+            .keyColumn = "CATID",
+            .key = &DvnCategorySet::m_CATID,
+            .progress = "Varied ",
+            .invalidTrace = "Varied is not defined",
+            .deleteKeyword = "DELETE VARIED ",
+            .messages = {.added = 1, .updated = 2, .kept = 3, .held = 0, .deleted = 5, .cannotAppend = 6,
+                         .cannotUpdate = 7},
+            .read = [](DvnConvCoreDbBe& be, CDatabase&, DvnfEntity& entity, DvnCategorySet& row, bool isNew) {
+                row.m_NAME = Upper(entity.Name()).c_str();
+                if (isNew) row.m_CATID = ("V-" + entity.Name().str()).c_str();
+                row.m_CHECKED_OUT = be.SourceMark();
+                if (entity.AttributeData()("Description").AsString("").str() == "fail") return 8;
+                row.m_DESCRIPTION = "read";
+                return 0;
+            },
+            .filter = [](const DvnString& name) {
+                return CString("NAME = ") + ReturnQuotedString(DvnString(Upper(name).c_str()), "'", "'").c_str();
+            },
+            .readErrorStops = true,
+            .tombstoneNotFound = true,
+            .afterWrite = [](DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, const CString& key, bool tombstone) {
+                after.push_back(std::string(key.c_str()) + "|" + (tombstone ? "1" : "0"));
+                return key == "V-warn" ? 4 : 0;
+            },
+        };
+    }
+
+private:
+    static std::string Upper(const DvnString& name) {
+        std::string text = name.str();
+        for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        return text;
+    }
+};
+
+TEST_P(Frame, AFamilyStatesItsFilterHeldTestAttributeFailuresStepsAfterTheRowAndDeletionRules) {
+    using VariedRun = BasicBackEndRun<VariedBackEnd>;
+    const auto varied = VariedBackEnd::Varied();
+    auto rows = [&] {
+        return QueryRows(Db(), "SELECT CATID, NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.CATEGORY ORDER BY NAME");
+    };
+    Exec("INSERT INTO DVBT.CATEGORY (CATID, NAME, CHECKED_OUT, CHECKED_OUT_BY) VALUES ('K1', 'SALES', 0, 'ADMIN')");
+    VariedBackEnd::after.clear();
+    {
+        // No held test: the held row is rewritten. A failed attribute step
+        // writes no row and takes no step after it.
+        VariedRun run(false);
+        run.Add("Category", "sales");
+        run.Add("Category", "new");
+        run.Add("Category", "warn");
+        run.Add("Category", "bad").AttributeData()("Description") = "fail";
+        EXPECT_EQ(run.be.SaveFamily(Db(), true, varied), 8);
+        EXPECT_EQ(run.Messages(), (Lines{"6|bad", "1|new", "2|sales", "1|warn"}));
+        EXPECT_EQ(VariedBackEnd::after, (Lines{"V-new|0", "K1|0", "V-warn|0"}));
+    }
+    EXPECT_EQ(rows(), (Lines{"V-new|NEW|5|read", "K1|SALES|5|read", "V-warn|WARN|5|read"}));
+    VariedBackEnd::after.clear();
+    {
+        // A failed attribute step leaves an existing row as it was; the
+        // level of the step after the row counts; a tombstone is also
+        // reported as missing.
+        VariedRun run(false);
+        run.Delete("Category", "new");
+        run.Add("Category", "sales").AttributeData()("Description") = "fail";
+        run.Add("Category", "warn");
+        EXPECT_EQ(run.be.SaveFamily(Db(), true, varied), 8);
+        EXPECT_EQ(run.Messages(), (Lines{"2|new", "51273|DELETE VARIED new", "7|sales", "2|warn"}));
+        EXPECT_EQ(VariedBackEnd::after, (Lines{"V-new|1", "V-warn|0"}));
+        VariedRun warned(false);
+        warned.Add("Category", "warn");
+        EXPECT_EQ(warned.be.SaveFamily(Db(), true, varied), 4);
+    }
+    EXPECT_EQ(rows(), (Lines{"V-new|NEW|4|read", "K1|SALES|5|read", "V-warn|WARN|5|read"}));
+
+    // A family whose rows are never deleted refuses, with either source option.
+    auto kept = varied;
+    kept.refuseDelete = 9;
+    for (bool source : {true, false}) {
+        VariedRun run(source);
+        run.Delete("Category", "sales");
+        run.Delete("Category", "nowhere");
+        EXPECT_EQ(run.be.SaveFamily(Db(), true, kept), 4);
+        EXPECT_EQ(run.Messages(), (Lines{"51273|DELETE VARIED nowhere", "9|sales"}));
+    }
+    EXPECT_EQ(rows().size(), 3u);
 }
 
 TEST(FrameDefaults, SystemNamesComeFromTheProfileOrTheirFallbacksOnce) {

@@ -131,6 +131,25 @@ TEST_P(DvnbtImport, AReimportedStructureGetsItsNewMembersOnlyWhenOverwriting) {
               (std::vector<std::string>{"Address|0", "Default Data Structure|0", "Order|0"}));
 }
 
+TEST_P(DvnbtImport, ANamelessObjectIsRefusedWithErrorsAndAReimportAddsNoRow) {
+    // An empty name would be stored as null, which no lookup finds again.
+    const std::string file = files.Write(
+        "Category \"\" {}\nCategory \"Sales\" {}\n"
+        "DataStructure \"\" { Members [ DataStructureMember \"M\" { Name = \"M\"; Type = 0; } ] }\n");
+    for (int run = 1; run <= 2; ++run) {
+        SCOPED_TRACE(run);
+        CliResult r = Import({"--initial-load", file});
+        EXPECT_EQ(r.status, 4) << r.err;
+        EXPECT_NE(r.err.find(Line(51901, "Category")), std::string::npos) << r.err;
+        EXPECT_NE(r.err.find(Line(51901, "Data Structure")), std::string::npos) << r.err;
+        EXPECT_NE(r.out.find("Errors found during import.\n"), std::string::npos) << r.out;
+        EXPECT_EQ(r.out.find("Structure "), std::string::npos) << r.out;  // not even a progress line
+    }
+    EXPECT_EQ(Rows(), (std::vector<std::string>{"Sales|0|<null>"}));
+    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.DATA_STRUCTURE WHERE NAME IS NULL OR CHECKED_OUT = 9"), "0");
+    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.DATA_STRUCTURE_MBR"), "0");
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtImport);
 
 }  // namespace

@@ -21,12 +21,14 @@ inline std::vector<std::string> MessageLines(const DvnfCollectingMessageHandler&
     return out;
 }
 
-struct BackEndRun {
+// Be: the back end, or a test's own class derived from it.
+template <class Be>
+struct BasicBackEndRun {
     DvnfCollectingMessageHandler handler;
     DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
-    DvnConvCoreDbBe be{&data};
+    Be be{&data};
 
-    explicit BackEndRun(bool sourceOption) {
+    explicit BasicBackEndRun(bool sourceOption) {
         be.SetSourceOption(sourceOption);
         be.SetTablePrefix("DVBT.");
     }
@@ -64,6 +66,7 @@ struct ImportRun {
     }
     std::vector<std::string> Messages() const { return MessageLines(handler); }
 };
+using BackEndRun = BasicBackEndRun<DvnConvCoreDbBe>;
 
 // A fresh repository to store into.
 class StoreTest : public RepositoryTest {

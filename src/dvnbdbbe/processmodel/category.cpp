@@ -1,123 +1,45 @@
-// Store of process categories.
-#include <iostream>
-
-#include "dvnbdbbe.h"
-#include "dvnfcorn.h"
+// Store of process categories: a family of one row each.
 #include "dvnprocsets.h"
+#include "familystore.h"
 #include "storedforms.h"
 
+const DvnConvCoreDbBe::Family<DvnCategorySet> DvnConvCoreDbBe::CategoryFamily = {
+    .typeName = "Category",
+    .kind = "Category",
+    .right = &ModelingRight,
+    .table = "CATEGORY",
+    .keyColumn = "CATID",
+    .key = &DvnCategorySet::m_CATID,
+    .progress = "Category ",
+    .invalidTrace = "Category is nor defined",
+    .deleteKeyword = "DELETE PROCESS_CATEGORY ",
+    .messages = {.added = 51019, .updated = 51051, .kept = 51083, .held = 51146, .deleted = 51219,
+                 .cannotAppend = 51315, .cannotUpdate = 51347},
+    .read = [](DvnConvCoreDbBe& be, CDatabase& db, DvnfEntity& entity, DvnCategorySet& row, bool isNew) {
+        return be.ReadCategoryAttributes(db, entity, row, isNew);
+    },
+    .inUse = [](DvnConvCoreDbBe& be, CDatabase& db, DvnfEntity& entity, const CString& key) {
+        return be.CategoryInUse(db, entity, key);
+    },
+};
+
 int DvnConvCoreDbBe::SaveCategories(CDatabase& db, bool authorized) {
-    return SaveLoop(db, "Category", authorized, ModelingRight, "Category",
-                    [&](DvnfEntity& entity) { return SaveCategory(db, entity); });
+    return SaveFamily(db, authorized, CategoryFamily);
 }
 
 int DvnConvCoreDbBe::SaveCategory(CDatabase& db, DvnfEntity& entity) {
-    if (!entity.IsValid()) {
-        DVN_TRACE(1, 2, "Category is nor defined");
-        return LevelError;
-    }
-    const bool toDelete = entity.State() == StateDeleted;
-    const DvnString name = entity.Name();
-    std::cout << "Category " << name << "...\n" << std::endl;
-    DVN_TRACE(3, 1, "Category " << name << "...\n");
+    return SaveSingleRow(db, entity, CategoryFamily);
+}
 
-    DvnCategorySet row(&db);
-    row.m_strFilter = CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
-    try {
-        row.Open(CRecordset::snapshot, Table("CATEGORY"), CRecordset::none);
-    } catch (CDBException* e) {
-        return ReportDbException(e, "opening", "CATEGORY", &row);
+// A category that a process still names stays.
+int DvnConvCoreDbBe::CategoryInUse(CDatabase& db, DvnfEntity& entity, const CString& key) {
+    const CString statement = CString("SELECT * FROM ") + m_strTablePrefix + "PROCESS WHERE CATID ='" + key + "'";
+    DvnString process;
+    if (FirstRowName<DvnProcessSet>(db, statement, process)) {
+        Report(51242, entity.Name(), process);
+        return LevelWarning;
     }
-
-    if (row.IsEOF()) {
-        if (toDelete) {
-            row.Close();
-            Report(51273, DvnString("DELETE PROCESS_CATEGORY ") | name);
-            return LevelOk;
-        }
-        if (!row.CanAppend()) {
-            row.Close();
-            Report(51315, name);
-            return LevelError;
-        }
-        int level = LevelOk;
-        try {
-            row.AddNew();
-            level = ReadCategoryAttributes(db, entity, row, true);
-            row.Update();
-        } catch (CDBException* e) {
-            ReportDbException(e, "updating", "CATEGORY", &row);
-            Report(51315, name);
-            return LevelError;
-        }
-        Report(51019, name);
-        row.Close();
-        return level;
-    }
-
-    if (!m_bOverwrite && !toDelete) {
-        row.Close();
-        Report(51083, name);
-        return LevelOk;
-    }
-
-    int level = LevelOk;
-    try {
-        row.MoveFirst();
-        if (!row.IsFieldNull(&row.m_CHECKED_OUT_BY)) {
-            Report(51146, name, DvnString(row.m_CHECKED_OUT_BY.c_str()));
-            row.Close();
-            return LevelWarning;
-        }
-        const CString key = row.m_CATID;
-        if (toDelete) {
-            // A category that a process still names stays.
-            DvnProcessSet process(&db);
-            process.Open(CRecordset::snapshot,
-                         CString("SELECT * FROM ") + m_strTablePrefix + "PROCESS WHERE CATID ='" + key + "'",
-                         CRecordset::readOnly);
-            if (!process.IsEOF()) {
-                Report(51242, name, DvnString(process.m_NAME.c_str()));
-                process.Close();
-                row.Close();
-                return LevelWarning;
-            }
-            process.Close();
-            if (m_nSourceMark == MarkClean) {
-                const CString statement =
-                    CString("DELETE FROM ") + m_strTablePrefix + "CATEGORY WHERE CATID = '" + key + "'";
-                row.Close();
-                level = DeleteObject(db, statement, "CATEGORY");
-                if (level == LevelOk) Report(51219, name);
-                return level;
-            }
-        }
-        row.Edit();
-        if (toDelete)
-            row.m_CHECKED_OUT = MarkTombstone;
-        else
-            level = ReadCategoryAttributes(db, entity, row, false);
-    } catch (CDBException* e) {
-        ReportDbException(e, "reading", "CATEGORY", &row);
-        Report(51347, name);
-        return LevelError;
-    }
-
-    if (!row.CanUpdate()) {
-        Report(51347, name);
-        level = LevelError;
-    } else {
-        try {
-            row.Update();
-        } catch (CDBException* e) {
-            ReportDbException(e, "updating", "CATEGORY", &row);
-            Report(51347, name);
-            return LevelError;
-        }
-        Report(51051, name);
-    }
-    if (row.IsOpen()) row.Close();
-    return level;
+    return LevelOk;
 }
 
 int DvnConvCoreDbBe::ReadCategoryAttributes(CDatabase&, DvnfEntity& entity, DvnCategorySet& row, bool isNew) {

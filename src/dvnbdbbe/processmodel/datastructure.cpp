@@ -2,12 +2,9 @@
 // their ordered members in DATA_STRUCTURE_MBR in a second one, so that a
 // member may name a structure that stands later in the same file. Between the
 // passes a row inserted by this run carries the mark 9.
-#include <iostream>
-
-#include "dvnbdbbe.h"
-#include "dvnfcorn.h"
 #include "dvnprocsets.h"
 #include "dvnprogsets.h"
+#include "familystore.h"
 #include "storedforms.h"
 
 namespace {
@@ -30,134 +27,40 @@ void ReadTexts(const DvnfAttributeDataReader& attributes, CRecordset& row, CStri
         row.SetFieldNull(&documentation);
 }
 
-// The name of the first row that the statement gives, or false when it gives
-// none. A database exception goes up, with the recordset closed.
-template <class Set>
-bool FirstRowName(CDatabase& db, const CString& statement, DvnString& name) {
-    Set rs(&db);
-    rs.Open(CRecordset::snapshot, statement, CRecordset::readOnly);
-    if (rs.IsEOF()) return false;
-    name = rs.m_NAME.c_str();
-    return true;
-}
-
 }  // namespace
-
-// ------------------------------------------------------------------ loop
-
-int DvnConvCoreDbBe::SaveDataStructures(CDatabase& db, bool authorized) {
-    int level = SaveLoop(db, "DataStructure", authorized, ModelingRight, "Data Structure",
-                         [&](DvnfEntity& entity) { return SaveDataStructure(db, entity); });
-    // Without the right the first pass wrote nothing, and the members of rows
-    // that were there before are not to be touched either.
-    if (!authorized) return level;
-    return std::max(level, SecondPassLoop(db, "DataStructure",
-                                          [&](DvnfEntity& entity) { return SaveDataStructure2(db, entity); }));
-}
 
 // ------------------------------------------------------------------ first pass
 
+const DvnConvCoreDbBe::Family<DvnDataStructureSet> DvnConvCoreDbBe::DataStructureFamily = {
+    .typeName = "DataStructure",
+    .kind = "Data Structure",
+    .right = &ModelingRight,
+    .table = "DATA_STRUCTURE",
+    .keyColumn = "DSID",
+    .key = &DvnDataStructureSet::m_DSID,
+    .progress = "Structure ",
+    .invalidTrace = "DATA_STRUCTURE is not defined",
+    .deleteKeyword = "DELETE STRUCTURE ",
+    .messages = {.added = 51021, .updated = 51053, .kept = 51085, .held = 51148, .deleted = 51221,
+                 .cannotAppend = 51317, .cannotUpdate = 51349},
+    .skipUnchanged = true,
+    .read = [](DvnConvCoreDbBe& be, CDatabase& db, DvnfEntity& entity, DvnDataStructureSet& row, bool isNew) {
+        return be.ReadDataStructureAttributes(db, entity, entity.AttributeData(), row, isNew);
+    },
+    .inUse = [](DvnConvCoreDbBe& be, CDatabase& db, DvnfEntity& entity, const CString& key) {
+        return be.DataStructureInUse(db, entity, key);
+    },
+    .secondPass = [](DvnConvCoreDbBe& be, CDatabase& db, DvnfEntity& entity) {
+        return be.SaveDataStructure2(db, entity);
+    },
+};
+
+int DvnConvCoreDbBe::SaveDataStructures(CDatabase& db, bool authorized) {
+    return SaveFamily(db, authorized, DataStructureFamily);
+}
+
 int DvnConvCoreDbBe::SaveDataStructure(CDatabase& db, DvnfEntity& entity) {
-    if (!entity.IsValid()) {
-        DVN_TRACE(1, 2, "DATA_STRUCTURE is not defined");
-        return LevelError;
-    }
-    if (entity.State() == StateUnchanged) return LevelOk;
-    const bool toDelete = entity.State() == StateDeleted;
-    const DvnString name = entity.Name();
-    std::cout << "Structure " << name << "...\n" << std::endl;
-    DVN_TRACE(3, 1, "Structure " << name << "...\n");
-
-    DvnDataStructureSet row(&db);
-    row.m_strFilter = CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
-    try {
-        row.Open(CRecordset::snapshot, Table("DATA_STRUCTURE"), CRecordset::none);
-    } catch (CDBException* e) {
-        return ReportDbException(e, "opening", "DATA_STRUCTURE", &row);
-    }
-
-    if (row.IsEOF()) {
-        if (toDelete) {
-            row.Close();
-            Report(51273, DvnString("DELETE STRUCTURE ") | name);
-            return LevelOk;
-        }
-        if (!row.CanAppend()) {
-            row.Close();
-            Report(51317, name);
-            return LevelError;
-        }
-        int level = LevelOk;
-        try {
-            row.AddNew();
-            level = ReadDataStructureAttributes(db, entity, entity.AttributeData(), row, true);
-            row.Update();
-        } catch (CDBException* e) {
-            ReportDbException(e, "updating", "DATA_STRUCTURE", &row);
-            Report(51317, name);
-            return LevelError;
-        }
-        if (level < LevelError) Report(51021, name);
-        row.Close();
-        return level;
-    }
-
-    if (!m_bOverwrite && !toDelete) {
-        row.Close();
-        Report(51085, name);
-        return LevelOk;
-    }
-
-    int level = LevelOk;
-    try {
-        row.MoveFirst();
-        if (!row.IsFieldNull(&row.m_CHECKED_OUT_BY)) {
-            Report(51148, name, DvnString(row.m_CHECKED_OUT_BY.c_str()));
-            row.Close();
-            return LevelWarning;
-        }
-        const CString key = row.m_DSID;
-        if (toDelete) {
-            level = DataStructureInUse(db, entity, key);
-            if (level > LevelOk) {
-                row.Close();
-                return level;
-            }
-            if (m_nSourceMark == MarkClean) {
-                const CString statement =
-                    CString("DELETE FROM ") + m_strTablePrefix + "DATA_STRUCTURE WHERE DSID = '" + key + "'";
-                row.Close();
-                level = DeleteObject(db, statement, "DATA_STRUCTURE");
-                if (level == LevelOk) Report(51221, name);
-                return level;
-            }
-        }
-        row.Edit();
-        if (toDelete)
-            row.m_CHECKED_OUT = MarkTombstone;
-        else
-            level = ReadDataStructureAttributes(db, entity, entity.AttributeData(), row, false);
-    } catch (CDBException* e) {
-        ReportDbException(e, "reading", "DATA_STRUCTURE", &row);
-        Report(51349, name);
-        return LevelError;
-    }
-
-    if (!row.CanUpdate()) {
-        Report(51349, name);
-        level = LevelError;
-    } else {
-        try {
-            row.Update();
-        } catch (CDBException* e) {
-            ReportDbException(e, "updating", "DATA_STRUCTURE", &row);
-            Report(51349, name);
-            return LevelError;
-        }
-        Report(51053, name);
-    }
-    if (row.IsOpen()) row.Close();
-    return level;
+    return SaveSingleRow(db, entity, DataStructureFamily);
 }
 
 // A structure stays while a process, an activity or a program takes it as

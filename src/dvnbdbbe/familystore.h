@@ -1,0 +1,240 @@
+// One save routine for the families whose object is one row of one table
+// (categories, data structures, and the staff and topology objects as they
+// come): the family descriptor, which states what is a family's own, and the
+// routine and loop that run the protocol every such family shares. Internal
+// header of the store; docs/design.md, "One save routine for single-row
+// families", tells the protocol step by step.
+#pragma once
+
+#include <algorithm>
+#include <iostream>
+
+#include "dvnbdbbe.h"
+#include "dvnfcorn.h"
+
+// What a family of single rows states. Set is its recordset class; the
+// routine reads the columns CHECKED_OUT and CHECKED_OUT_BY that every such
+// class has, and the key through `key`. Hooks take the back end as their
+// first argument; a null hook is a step the family does not have.
+template <class Set>
+struct DvnConvCoreDbBe::Family {
+    // The numbers reported with the name (held: the name and the holder).
+    struct Messages {
+        long added;         // row inserted
+        long updated;       // row rewritten in place, or left as a tombstone
+        long kept;          // row exists, overwrite off: left as it is
+        long held;          // CHECKED_OUT_BY names a user; 0: never tested
+        long deleted;       // row removed for good
+        long cannotAppend;  // the insert is refused or fails
+        long cannotUpdate;  // the update is refused or fails
+    };
+
+    // ---- the loop
+    const char* typeName;  // entity type of the core model: "Category"
+    const char* kind;      // the kind in words, as refusals say it: "Data Structure"
+    const Right* right;    // the right that gates the family
+
+    // ---- the row
+    const char* table;         // bare table name: "CATEGORY"
+    const char* keyColumn;     // key column of the delete statement: "CATID"
+    CString Set::*key;         // the key member: &DvnCategorySet::m_CATID
+    const char* progress;      // progress line before the name: "Category "
+    const char* invalidTrace;  // trace of an entity that is not valid
+    const char* deleteKeyword; // 51273 before the name: "DELETE PROCESS_CATEGORY "
+    Messages messages;
+    // An entity in state 3 returns 0 before anything is opened.
+    bool skipUnchanged = false;
+
+    // ---- the family's own steps
+    // The columns of the row, name and mark included; isNew on an insert.
+    int (*read)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, Set&, bool isNew) = nullptr;
+    // Before a row is deleted or made a tombstone: 0, or a level above 0
+    // after the family's message, and the row stays. A database exception
+    // may go up: it ends the object as a failed read.
+    int (*inUse)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, const CString& key) = nullptr;
+    // The second pass over the same map, after the first has gone through
+    // it all (inserts write the mark 9 for it). Null: one pass.
+    int (*secondPass)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&) = nullptr;
+
+    // ---- variations of the coming families
+    // The condition that finds the row by the entity's name. Null: "NAME = "
+    // and the name quoted.
+    CString (*filter)(const DvnString& name) = nullptr;
+    // Not 0: a row is never deleted; a deletion is refused with this message
+    // (the name) and level 4, after the held test.
+    long refuseDelete = 0;
+    // An attribute step at level 8 or more leaves the row unwritten: the
+    // cannot-append or cannot-update message, and that level. Otherwise the
+    // row is written all the same and only the added message is left out.
+    bool readErrorStops = false;
+    // A tombstone is also reported as 51273 with the keyword and the name.
+    bool tombstoneNotFound = false;
+    // After the row is written and closed (insert, update, tombstone; not a
+    // physical delete): what hangs from the row. Its level counts.
+    int (*afterWrite)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, const CString& key, bool tombstone) = nullptr;
+};
+
+// The name of the first row that the statement gives, or false when it gives
+// none; for in-use tests. A database exception goes up, the recordset closed.
+template <class Set>
+bool FirstRowName(CDatabase& db, const CString& statement, DvnString& name) {
+    Set rs(&db);
+    rs.Open(CRecordset::snapshot, statement, CRecordset::readOnly);
+    if (rs.IsEOF()) return false;
+    name = rs.m_NAME.c_str();
+    return true;
+}
+
+template <class Set>
+int DvnConvCoreDbBe::SaveFamily(CDatabase& db, bool authorized, const Family<Set>& family) {
+    int level = SaveLoop(db, family.typeName, authorized, *family.right, family.kind,
+                         [&](DvnfEntity& entity) { return SaveSingleRow(db, entity, family); });
+    // Without the right the first pass wrote nothing, and what hangs from
+    // rows that were there before is not to be touched either.
+    if (!family.secondPass || !authorized) return level;
+    return std::max(level, SecondPassLoop(db, family.typeName, [&](DvnfEntity& entity) {
+                        // A nameless entity was refused by the first pass.
+                        if (entity.Name().IsEmpty()) return static_cast<int>(LevelOk);
+                        return family.secondPass(*this, db, entity);
+                    }));
+}
+
+template <class Set>
+int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Family<Set>& family) {
+    const auto& msg = family.messages;
+    if (!entity.IsValid()) {
+        DVN_TRACE(1, 2, family.invalidTrace);
+        return LevelError;
+    }
+    if (family.skipUnchanged && entity.State() == StateUnchanged) return LevelOk;
+    const bool toDelete = entity.State() == StateDeleted;
+    const DvnString name = entity.Name();
+    // No lookup finds an empty name again (it is stored as null): every run
+    // would add a row, and a second pass would never find its own.
+    if (name.IsEmpty()) {
+        Report(51901, DvnString(family.kind));
+        DVN_TRACE(1, 2, family.kind << " without a name is not stored");
+        return LevelError;
+    }
+    std::cout << family.progress << name << "...\n" << std::endl;
+    DVN_TRACE(3, 1, family.progress << name << "...\n");
+
+    Set row(&db);
+    row.m_strFilter = family.filter ? family.filter(name)
+                                    : CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
+    try {
+        row.Open(CRecordset::snapshot, Table(family.table), CRecordset::none);
+    } catch (CDBException* e) {
+        return ReportDbException(e, "opening", family.table, &row);
+    }
+
+    // ---- no row: insert
+    if (row.IsEOF()) {
+        if (toDelete) {
+            row.Close();
+            Report(51273, DvnString(family.deleteKeyword) | name);
+            return LevelOk;
+        }
+        if (!row.CanAppend()) {
+            row.Close();
+            Report(msg.cannotAppend, name);
+            return LevelError;
+        }
+        int level = LevelOk;
+        CString key;
+        try {
+            row.AddNew();
+            level = family.read(*this, db, entity, row, true);
+            if (level >= LevelError && family.readErrorStops) {
+                row.Close();
+                Report(msg.cannotAppend, name);
+                return level;
+            }
+            key = row.*family.key;  // the members do not outlive the insert
+            row.Update();
+        } catch (CDBException* e) {
+            ReportDbException(e, "updating", family.table, &row);
+            Report(msg.cannotAppend, name);
+            return LevelError;
+        }
+        if (level < LevelError) Report(msg.added, name);
+        row.Close();
+        if (family.afterWrite) level = std::max(level, family.afterWrite(*this, db, entity, key, false));
+        return level;
+    }
+
+    // ---- a row: left alone, refused, deleted, or rewritten in place
+    if (!m_bOverwrite && !toDelete) {
+        row.Close();
+        Report(msg.kept, name);
+        return LevelOk;
+    }
+
+    int level = LevelOk;
+    CString key;
+    try {
+        row.MoveFirst();
+        if (msg.held && !row.IsFieldNull(&row.m_CHECKED_OUT_BY)) {
+            Report(msg.held, name, DvnString(row.m_CHECKED_OUT_BY.c_str()));
+            row.Close();
+            return LevelWarning;
+        }
+        key = row.*family.key;
+        if (toDelete) {
+            if (family.refuseDelete) {
+                row.Close();
+                Report(family.refuseDelete, name);
+                return LevelWarning;
+            }
+            if (family.inUse) {
+                level = family.inUse(*this, db, entity, key);
+                if (level > LevelOk) {
+                    row.Close();
+                    return level;
+                }
+            }
+            if (m_nSourceMark == MarkClean) {
+                const CString statement = CString("DELETE FROM ") + m_strTablePrefix + family.table + " WHERE " +
+                                          family.keyColumn + " = '" + key + "'";
+                row.Close();
+                level = DeleteObject(db, statement, family.table);
+                if (level == LevelOk) Report(msg.deleted, name);
+                return level;
+            }
+        }
+        row.Edit();
+        if (toDelete) {
+            row.m_CHECKED_OUT = MarkTombstone;
+        } else {
+            level = family.read(*this, db, entity, row, false);
+            if (level >= LevelError && family.readErrorStops) {
+                row.Close();
+                Report(msg.cannotUpdate, name);
+                return level;
+            }
+        }
+    } catch (CDBException* e) {
+        ReportDbException(e, "reading", family.table, &row);
+        Report(msg.cannotUpdate, name);
+        return LevelError;
+    }
+
+    if (!row.CanUpdate()) {
+        Report(msg.cannotUpdate, name);
+        level = LevelError;
+    } else {
+        try {
+            row.Update();
+        } catch (CDBException* e) {
+            ReportDbException(e, "updating", family.table, &row);
+            Report(msg.cannotUpdate, name);
+            return LevelError;
+        }
+        Report(msg.updated, name);
+    }
+    if (row.IsOpen()) row.Close();
+    if (level >= LevelError) return level;
+    if (toDelete && family.tombstoneNotFound) Report(51273, DvnString(family.deleteKeyword) | name);
+    if (family.afterWrite) level = std::max(level, family.afterWrite(*this, db, entity, key, toDelete));
+    return level;
+}
