@@ -1,6 +1,7 @@
 // Trace, profile, person rights, password encoding, messages, preconditions.
 #include "dvnkernn.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 #include <cctype>
@@ -239,24 +240,67 @@ void DvnPersonAuth::CopyWorkitemRights(const DvnPersonAuth& from) {
 }
 
 // ============================================================ password encoding
-// PBKDF2-HMAC-SHA256, salted with the user id in upper case; the stored form
-// names the scheme and the iteration count so that it can change later.
-DvnString DvnUser::PasswordEncodeAsString(const DvnString& userId, const DvnString& password) {
-    constexpr int kIterations = 2048;
-    std::string salt = userId.str();
-    for (auto& c : salt) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+// PBKDF2-HMAC-SHA256, salted with the folded user id; the stored form names
+// the scheme and the rounds, so that a form of another count (older ones
+// have 2048) is still read, and a later scheme can be told apart.
+namespace {
+
+const char kPasswordScheme[] = "pbkdf2-sha256$";
+
+std::string Pbkdf2Hex(const DvnString& userId, const DvnString& password, int rounds) {
+    const std::string salt = DvnUser::FoldUserId(userId).str();
     unsigned char key[32];
-    std::string pwd = password.str();
-    if (PKCS5_PBKDF2_HMAC(pwd.data(), static_cast<int>(pwd.size()), reinterpret_cast<const unsigned char*>(salt.data()),
-                          static_cast<int>(salt.size()), kIterations, EVP_sha256(), sizeof key, key) != 1)
+    const std::string pwd = password.str();
+    if (rounds < 1 ||
+        PKCS5_PBKDF2_HMAC(pwd.data(), static_cast<int>(pwd.size()), reinterpret_cast<const unsigned char*>(salt.data()),
+                          static_cast<int>(salt.size()), rounds, EVP_sha256(), sizeof key, key) != 1)
         throw DvnOSException(DvnString("PKCS5_PBKDF2_HMAC"), -1, 0);
     static const char* hex = "0123456789abcdef";
-    std::string out = "pbkdf2-sha256$" + std::to_string(kIterations) + "$";
+    std::string out;
     for (unsigned char b : key) {
         out += hex[b >> 4];
         out += hex[b & 15];
     }
-    return DvnString(out);
+    OPENSSL_cleanse(key, sizeof key);
+    return out;
+}
+
+}  // namespace
+
+DvnString DvnUser::FoldUserId(const DvnString& userId) {
+    if (userId.IsNull()) return userId;
+    std::string folded = userId.str();
+    for (char& c : folded)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return DvnString(folded);
+}
+
+DvnString DvnUser::PasswordEncodeAsString(const DvnString& userId, const DvnString& password) {
+    return PasswordEncodeWithRounds(userId, password, kPasswordRounds);
+}
+
+DvnString DvnUser::PasswordEncodeWithRounds(const DvnString& userId, const DvnString& password, int rounds) {
+    return DvnString(kPasswordScheme + std::to_string(rounds) + "$" + Pbkdf2Hex(userId, password, rounds));
+}
+
+bool DvnUser::PasswordMatches(const DvnString& userId, const DvnString& password, const DvnString& stored) {
+    if (stored.IsNull()) return false;
+    const std::string form = stored.str();
+    const size_t schemeLength = sizeof kPasswordScheme - 1;
+    if (form.compare(0, schemeLength, kPasswordScheme) != 0) return false;
+    const size_t dollar = form.find('$', schemeLength);
+    if (dollar == std::string::npos || dollar == schemeLength || dollar - schemeLength > 8) return false;
+    long rounds = 0;
+    for (size_t i = schemeLength; i < dollar; ++i) {
+        if (form[i] < '0' || form[i] > '9') return false;
+        rounds = rounds * 10 + (form[i] - '0');
+    }
+    std::string digest = form.substr(dollar + 1);
+    for (char& c : digest)
+        if (c >= 'A' && c <= 'F') c = static_cast<char>(c - 'A' + 'a');
+    if (rounds < 1 || rounds > kPasswordRoundsLimit || digest.size() != 64) return false;
+    const std::string mine = Pbkdf2Hex(userId, password, static_cast<int>(rounds));
+    return CRYPTO_memcmp(mine.data(), digest.data(), digest.size()) == 0;
 }
 
 // ===================================================================== messages

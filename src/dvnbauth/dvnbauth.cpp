@@ -6,6 +6,7 @@
 #include "dvnconnection.h"
 #include "dvnlookup.h"
 #include "dvnrecordsets.h"
+#include "redact.h"
 
 DvnBTAuthorization* DvnBTAuthorization::_instance = nullptr;
 
@@ -36,6 +37,10 @@ namespace {
 
 const char* const kAdministratorRole = "System administrator";
 
+// A row that is no tombstone. A row without a mark (NULL) is live: in SQL
+// "CHECKED_OUT <> 4" alone would be unknown for it, and drop it.
+const char* const kLive = "(CHECKED_OUT IS NULL OR CHECKED_OUT <> 4)";
+
 using dvnlookup::Literal;
 
 CString Literal(const DvnString& value) { return Literal(CString(value.c_str())); }
@@ -47,7 +52,8 @@ void ReportDBException(DvnMessageTarget& target, CDBException* e, const std::str
 }
 
 // Opens db with the data source rule: empty means the machine profile.
-// On failure reports 51366 with the data source and returns false.
+// On failure reports 51366 with the data source, its passwords hidden, and
+// returns false.
 bool OpenConnection(DvnMessageTarget& target, CDatabase& db, const DvnString& dataSource, const DvnString& user,
                     const DvnString& password) {
     int level = dataSource.IsEmpty()
@@ -55,7 +61,7 @@ bool OpenConnection(DvnMessageTarget& target, CDatabase& db, const DvnString& da
                     : DvnConnection::OpenFromDataSource(CString(dataSource.c_str()), db, user, password);
     if (level == 0 && db.IsOpen()) return true;
     db.Close();
-    target.Message(51366, dataSource);
+    target.Message(51366, DvnString(RedactPassword(CString(dataSource.c_str())).c_str()));
     DVN_TRACE(1, 8, "Open database failed");
     return false;
 }
@@ -76,13 +82,14 @@ void OpenTable(CRecordset& rs, const CString& prefix, const char* table, const C
     rs.Open(CRecordset::snapshot, prefix + table, CRecordset::readOnly);
 }
 
-// The identifier of the named system group into id, empty when there is
-// none. A database exception is reported, and gives false.
+// The identifier of the named live system group into id, empty when there
+// is none. A database exception is reported, and gives false.
 bool FindSystemGroup(DvnMessageTarget& target, CDatabase& db, const CString& prefix, const DvnString& systemGroup,
                      CString& id) {
     try {
         DvnSystemGroupSet group(&db);
-        id = dvnlookup::FirstRow(group, prefix + "SYSTEM_GROUP", "NAME = " + Literal(systemGroup), CString(),
+        id = dvnlookup::FirstRow(group, prefix + "SYSTEM_GROUP",
+                                 "NAME = " + Literal(systemGroup) + " AND " + kLive, CString(),
                                  [&] { return group.m_SYSTEM_GROUP_ID; });
         return true;
     } catch (CDBException* e) {
@@ -92,16 +99,53 @@ bool FindSystemGroup(DvnMessageTarget& target, CDatabase& db, const CString& pre
     }
 }
 
-// Whether a row of PERSON passes the filter. A database exception is
-// reported, and gives false.
-bool AnyPerson(DvnMessageTarget& target, CDatabase& db, const CString& prefix, const CString& filter) {
+// One number: the first column of a statement such as "SELECT COUNT(*)".
+class DvnCountSet : public CRecordset {
+public:
+    explicit DvnCountSet(CDatabase* db) : CRecordset(db) {
+        m_nFields = 1;
+        m_nDefaultType = snapshot;
+    }
+    void DoFieldExchange(CFieldExchange* pFX) override {
+        pFX->SetFieldType(CFieldExchange::outputColumn);
+        RFX_Long(pFX, "[N]", m_N);
+    }
+    long m_N = 0;
+};
+
+// Whether PERSON holds a live row: one row of one number, whatever the
+// number of persons, and a row without a key counts too. A database
+// exception is reported, and gives false.
+bool AnyLivePerson(DvnMessageTarget& target, CDatabase& db, const CString& prefix) {
+    try {
+        DvnCountSet count(&db);
+        count.Open(CRecordset::snapshot, "SELECT COUNT(*) FROM " + prefix + "PERSON WHERE " + kLive,
+                   CRecordset::readOnly);
+        const bool found = count.GetRecordCount() >= 1 && count.m_N >= 1;
+        count.Close();
+        return found;
+    } catch (CDBException* e) {
+        ReportDBException(target, e, "Exception opening table PERSON: rc =");
+        return false;
+    }
+}
+
+// Whether a live PERSON row passes the filter and its stored password is
+// this one. The stored form names its scheme and rounds, so the password is
+// encoded as each row asks and compared here, in constant time: the
+// database sees the user id and the group, never the password, clear or
+// encoded. A database exception is reported, and gives false.
+bool PasswordOfAnyPerson(DvnMessageTarget& target, CDatabase& db, const CString& prefix, const CString& filter,
+                         const DvnString& userId, const DvnString& password) {
     std::string context;
     try {
         DvnPersonSet person(&db);
-        OpenTable(person, prefix, "PERSON", filter, context);
-        const bool found = person.GetRecordCount() >= 1;
+        OpenTable(person, prefix, "PERSON", filter + " AND " + kLive, context);
+        bool valid = false;
+        for (; !valid && !person.IsEOF(); person.MoveNext())
+            valid = DvnUser::PasswordMatches(userId, password, DvnString(person.m_PASSWORD.c_str()));
         person.Close();
-        return found;
+        return valid;
     } catch (CDBException* e) {
         ReportDBException(target, e, context);
         return false;
@@ -163,13 +207,15 @@ public:
     }
 
 private:
-    // The rows of table whose key is named by the person's rows of relation:
-    // one statement instead of one lookup per relation row.
+    // The live rows of table whose key is named by the person's rows of
+    // relation: one statement instead of one lookup per relation row. A
+    // tombstone grants nothing: not its category, not its work list, not
+    // its role.
     void Select(CRecordset& rs, const char* table, const char* key, const char* relationColumn,
                 const char* relation, const CString& person) {
         m_context = std::string("Exception opening table ") + table + ": rc =";
         CString sql = "SELECT * FROM " + m_prefix + table + " WHERE [" + key + "] IN (SELECT [" + relationColumn +
-                      "] FROM " + m_prefix + relation + " WHERE [PERSON_ID] = " + person + ")";
+                      "] FROM " + m_prefix + relation + " WHERE [PERSON_ID] = " + person + ") AND " + kLive;
         rs.Open(CRecordset::snapshot, sql, CRecordset::readOnly);
     }
 
@@ -195,10 +241,8 @@ private:
 bool DvnBTAuthorization::HasUsers(DvnMessageTarget& target, const DvnString& dataSource) {
     CDatabase db;
     if (!OpenConnection(target, db, dataSource, DbUser(), DbPassword())) return false;
-    // One row at most, found through the key's index, however many persons
-    // there are: a snapshot holds every row it selects.
     const CString prefix = DvnConnection::TablePrefix(db);
-    const bool result = AnyPerson(target, db, prefix, "PERSON_ID = (SELECT MIN(PERSON_ID) FROM " + prefix + "PERSON)");
+    const bool result = AnyLivePerson(target, db, prefix);
     CloseConnection(target, db);
     return result;
 }
@@ -206,7 +250,6 @@ bool DvnBTAuthorization::HasUsers(DvnMessageTarget& target, const DvnString& dat
 bool DvnBTAuthorization::IsPasswordValid(DvnMessageTarget& target, const DvnString& systemGroup,
                                          const DvnString& userId, const DvnString& password,
                                          const DvnString& dataSource) {
-    const DvnString encoded = DvnUser::PasswordEncodeAsString(userId, password);
     CDatabase db;
     if (!OpenConnection(target, db, dataSource, DbUser(), DbPassword())) return false;
     const CString prefix = DvnConnection::TablePrefix(db);
@@ -214,9 +257,9 @@ bool DvnBTAuthorization::IsPasswordValid(DvnMessageTarget& target, const DvnStri
     // below finds nobody.
     CString groupId;
     FindSystemGroup(target, db, prefix, systemGroup, groupId);
-    const bool result = AnyPerson(target, db, prefix,
-                                  "USERID = " + Literal(userId) + " AND SYSTEM_GROUP = " + Literal(groupId) +
-                                      " AND PASSWORD = " + Literal(encoded));
+    const bool result =
+        PasswordOfAnyPerson(target, db, prefix, "USERID = " + Literal(userId) + " AND SYSTEM_GROUP = " + Literal(groupId),
+                            userId, password);
     CloseConnection(target, db);
     return result;
 }
@@ -240,8 +283,8 @@ void DvnBTAuthorization::SetUser(DvnMessageTarget& target, const DvnString& syst
     std::string context;
     try {
         DvnPersonSet person(&db);
-        OpenTable(person, prefix, "PERSON", "USERID = " + Literal(userId) + " AND SYSTEM_GROUP = " + Literal(groupId),
-                  context);
+        OpenTable(person, prefix, "PERSON",
+                  "USERID = " + Literal(userId) + " AND SYSTEM_GROUP = " + Literal(groupId) + " AND " + kLive, context);
         if (person.GetRecordCount() >= 1) {
             DvnRightsLoader(db, prefix, context).Load(loaded, *this, systemGroup, userId, person);
             found = true;

@@ -6,7 +6,10 @@
 //
 // HasUsers, IsPasswordValid and SetUser fill it from the staff tables; each
 // uses a connection of its own, opened and closed within the call. Their
-// messages go to the DvnMessageTarget they are given.
+// messages go to the DvnMessageTarget they are given. A tombstone (a row
+// whose CHECKED_OUT is 4) counts for none of them: such a person is no user
+// and cannot log in, and a tombstoned role, category or person grants
+// nothing. A row without a mark is live.
 #pragma once
 
 #include "dvnkernn.h"
@@ -28,15 +31,20 @@ public:
     // Stores both, nothing else.
     void SetDBUser(const DvnString& user, const DvnString& password);
 
-    // True when PERSON holds at least one row. Connects with DbUser() and
-    // DbPassword(). dataSource is never null; empty means the data source of
-    // the machine profile. False on any failure (the message tells which).
+    // True when PERSON holds at least one live row, with a key or without.
+    // Connects with DbUser() and DbPassword(). dataSource is never null;
+    // empty means the data source of the machine profile. False on any
+    // failure (the message tells which; 51366 names the data source with its
+    // passwords hidden).
     bool HasUsers(DvnMessageTarget& target, const DvnString& dataSource);
 
-    // True when one PERSON row has this user id, the identifier of this
-    // system group and the encoded password. The password is encoded here;
-    // it never reaches the database in clear. Connects with DbUser() and
-    // DbPassword(); false on any failure.
+    // True when a live PERSON row has this user id (as given: the caller
+    // folds it with DvnUser::FoldUserId) and the identifier of this system
+    // group, and its stored password is this one: encoded with the scheme
+    // and rounds that the stored form names and compared in constant time
+    // (DvnUser::PasswordMatches). The password never reaches the database,
+    // neither in clear nor encoded. Connects with DbUser() and DbPassword();
+    // false on any failure.
     bool IsPasswordValid(DvnMessageTarget& target, const DvnString& systemGroup, const DvnString& userId,
                          const DvnString& password, const DvnString& dataSource);
 

@@ -53,7 +53,7 @@ int DvnConvCoreDbIF::ImportTRX(const DvnString& file, const DvnString& dataSourc
                      ? OpenDatabaseFromProfile(db, person->DbUser(), person->DbPassword())
                      : OpenDatabaseFromFile(CString(dataSource.c_str()), db, person->DbUser(), person->DbPassword());
     if (opened != 0) {
-        Report(51366, dataSource);
+        Report(51366, DvnString(RedactPassword(CString(dataSource.c_str())).c_str()));
         DVN_TRACE(1, 8, "Open database failed");
         delete backEnd;
         return 12;

@@ -25,12 +25,22 @@ CString ToCString(const DvnString& s) { return CString(s.IsNull() ? "" : s.c_str
 
 // Connects db with the connect string of a data source; the caller traces
 // and maps what it may throw. Only the road through the machine profile
-// traces the user and password it connects with.
+// traces the user it connects with, and whether a password was given (never
+// the password). A driver's error text may quote the connect string: the
+// exception leaves here with every password in it hidden.
 void Connect(const CString& dataSource, CDatabase& db, const CString& user, const CString& password,
              bool traceUser) {
     db.SetQueryTimeout(60);
-    if (traceUser) DVN_TRACE(3, 1, "open database with userid: " << user << " and password: " << password);
-    db.OpenEx(DvnConnection::BuildConnectString(dataSource, user, password), 12);
+    if (traceUser)
+        DVN_TRACE(3, 1, "open database with userid: " << user << " and password: " << MaskedPassword(password));
+    const CString connect = DvnConnection::BuildConnectString(dataSource, user, password);
+    try {
+        db.OpenEx(connect, 12);
+    } catch (CDBException* e) {
+        e->m_strError = RedactPassword(e->m_strError, connect);
+        e->m_strStateNativeOrigin = RedactPassword(e->m_strStateNativeOrigin, connect);
+        throw;
+    }
 }
 
 }  // namespace

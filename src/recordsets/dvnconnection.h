@@ -15,7 +15,8 @@ public:
     // Opens db on the data source named by "BTODBCDataSourceName" of the
     // current configuration of the machine profile. 0 when db is open
     // afterwards (also when it already was), 12 when not. Traces (level 3)
-    // the user it connects with.
+    // the user it connects with and the password masked. A CDBException of
+    // the driver, its trace and LastOpenError carry no password (redact.h).
     static int OpenFromProfile(CDatabase& db, const DvnString& user, const DvnString& password);
     // The same on a data source named by the caller, without that trace.
     static int OpenFromDataSource(const CString& dataSource, CDatabase& db, const DvnString& user,

@@ -1,5 +1,6 @@
 #include "dvnstaffsets.h"
 
+#include "dvnkernn.h"
 #include "dvnlookup.h"
 
 using dvnlookup::FirstRow;
@@ -33,8 +34,9 @@ void DvnListSet::ExchangeTail(CFieldExchange* pFX) {
 
 // ----------------------------------------------------------------- lookups
 CString DvnPersonSet::GetPersonID(const CString& name, const CString& prefix, bool includeDeleted) {
-    CString upper = name;
-    upper.MakeUpper();
+    // Folded as the store folds a person's name (DvnUser::FoldUserId), so
+    // that the login and every lookup meet the stored USERID.
+    const CString upper(DvnUser::FoldUserId(DvnString(name.c_str())).c_str());
     return FirstRowQuiet(*this, prefix + "PERSON", WithTombstoneRule("USERID = " + upper, includeDeleted), CString(),
                          [&] { return m_PERSON_ID; });
 }

@@ -17,8 +17,9 @@
 
 class DvnPersonSet : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnPersonSet, DVN_PERSON_COLUMNS)
-    // name in quoted form, any case: USERID holds upper case only. A
-    // database exception is written on standard output.
+    // name in quoted form; its letters a-z in any case: USERID holds the
+    // name folded by DvnUser::FoldUserId, and so is name. A database
+    // exception is written on standard output.
     CString GetPersonID(const CString& name, const CString& prefix, bool includeDeleted);
     // A database exception goes up.
     DvnfString GetName(const CString& id, const CString& prefix, bool includeDeleted);

@@ -222,15 +222,6 @@ bool CMemoryException::GetErrorMessage(char* buffer, unsigned maxLength, unsigne
     return CopyMessage("Out of memory.", buffer, maxLength);
 }
 
-CString RedactPassword(const CString& connect) {
-    std::string out;
-    for (const std::string& part : ConnectAttributes(connect.str())) {
-        if (TrimCopy(part).empty() || AttributeKey(part) == "PWD") continue;
-        out += (out.empty() ? "" : ";") + part;
-    }
-    return CString(out);
-}
-
 void ThrowDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle) {
     throw DvnOdbc::Diagnose(rc, handleType, handle);
 }

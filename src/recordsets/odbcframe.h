@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "cstring.h"
+#include "redact.h"
 
 // ------------------------------------------------------------- exceptions
 class CException {
@@ -137,8 +138,6 @@ protected:
     SQLHSTMT m_hstmtDirect = SQL_NULL_HSTMT;
 };
 
-// A connect string without its PWD= attribute, for printing.
-CString RedactPassword(const CString& connect);
 
 // Raises a CDBException built from the diagnostics of a handle.
 [[noreturn]] void ThrowDBException(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle);

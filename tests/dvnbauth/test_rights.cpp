@@ -159,6 +159,119 @@ TEST_P(Authorization, AFailedSetUserLeavesTheObjectAsItWas) {
     expectUnchanged();
 }
 
+// A row kept as a tombstone (mark 4) is nobody and grants nothing; a row
+// without a mark is live.
+TEST_P(Authorization, TombstonesNeitherLogInNorGrantAnything) {
+    // The tombstone of a group comes before the live group of that name.
+    AddSystemGroup(Db(), "G9", "THIRD_GRP", 4);
+    AddSystemGroup(Db(), "G3", "THIRD_GRP");
+    AddCategory(Db(), "C9", "Archive", 4);
+    AddRole(Db(), "R9", "System administrator", 4);
+    AddRole(Db(), "R1", "System administrator", -1);
+    AddPerson(Db(), {.id = "P1", .userId = "ANNA", .systemGroup = "G1", .password = "a", .globalPerson = 0});
+    AddPerson(Db(), {.id = "P2", .userId = "BORIS", .systemGroup = "G1", .password = "b", .mark = -1});
+    AddPerson(Db(), {.id = "P9", .userId = "GHOST", .systemGroup = "G1", .password = "g", .staff = 1,
+                     .globalProcess = 1, .mark = 4});
+    AddPerson(Db(), {.id = "P3", .userId = "EVA", .systemGroup = "G3", .password = "e", .topology = 1});
+    for (const char* person : {"P1", "P9"}) AddRelation(Db(), "ROLE_INCL_PERSON", "R9", person);
+    AddRelation(Db(), "ROLE_INCL_PERSON", "R1", "P2");
+    AddRelation(Db(), "PERS_HAS_PRC_AUTH", "P1", "C1");
+    AddRelation(Db(), "PERS_HAS_PRC_AUTH", "P1", "C9");
+    AddRelation(Db(), "PERS_SEL_PADM_AUTH", "P1", "C9");
+    AddRelation(Db(), "PERS_AUTH_FOR_PERS", "P1", "P2");
+    AddRelation(Db(), "PERS_AUTH_FOR_PERS", "P1", "P9");
+
+    struct Attempt {
+        const char *user, *group, *password;
+        bool valid;
+    } attempts[] = {
+        {"ANNA", "SYS_GRP", "a", true},
+        {"BORIS", "SYS_GRP", "b", true},  // no mark: live
+        {"GHOST", "SYS_GRP", "g", false},
+        {"EVA", "THIRD_GRP", "e", true},
+    };
+    for (const Attempt& a : attempts) {
+        DvnMessageTarget target;
+        EXPECT_EQ(auth->IsPasswordValid(target, a.group, a.user, a.password, DvnString(DataSource())), a.valid)
+            << a.user;
+        EXPECT_TRUE(target.Messages().empty()) << a.user;
+    }
+
+    Login("ANNA");
+    EXPECT_FALSE(auth->IsSystemAdmin());
+    EXPECT_TRUE(Category("Claims"));
+    EXPECT_FALSE(Category("Archive") || CategoryAsAdmin("Archive"));
+    EXPECT_TRUE(WorkitemsOf("BORIS"));
+    EXPECT_FALSE(WorkitemsOf("GHOST"));
+    Login("BORIS");
+    EXPECT_TRUE(auth->IsSystemAdmin());
+    // The tombstone is not found: the object stays BORIS's.
+    EXPECT_TRUE(SetUser("GHOST").Messages().empty());
+    EXPECT_EQ(auth->UserID(), DvnString("BORIS"));
+    EXPECT_TRUE(SetUser("EVA", "THIRD_GRP").Messages().empty());
+    EXPECT_EQ(auth->UserID(), DvnString("EVA"));
+    EXPECT_TRUE(auth->AuthForTopologyWrite());
+}
+
+// HasUsers decides whether an initial load runs with every right: any live
+// person row means users, with a key or without.
+TEST_P(Authorization, HasUsersCountsEveryLivePersonRow) {
+    const TestPerson tombstone{.id = "P9", .userId = "GHOST", .systemGroup = "G1", .password = "g", .mark = 4};
+    const TestPerson keyless{.id = "", .userId = "ANNA", .systemGroup = "G1", .password = "a"};
+    const TestPerson unmarked{.id = "P2", .userId = "BORIS", .systemGroup = "G1", .password = "b", .mark = -1};
+    struct Case {
+        const char* rows;
+        std::vector<TestPerson> persons;
+        bool users;
+    } cases[] = {
+        {"none", {}, false},
+        {"a tombstone", {tombstone}, false},
+        {"a row without a key", {keyless}, true},
+        {"a row without a mark", {unmarked}, true},
+        {"a tombstone and a row without a key", {tombstone, keyless}, true},
+    };
+    for (const Case& c : cases) {
+        ExecAll(Db(), {"DELETE FROM DVBT.PERSON"});
+        for (const TestPerson& p : c.persons) AddPerson(Db(), p);
+        DvnMessageTarget target;
+        EXPECT_EQ(auth->HasUsers(target, DvnString(DataSource())), c.users) << c.rows;
+        EXPECT_TRUE(target.Messages().empty()) << c.rows;
+    }
+}
+
+// The stored form names its scheme and rounds: the form of today (600000
+// rounds) and the earlier one (2048) both log in, each with its own count;
+// a form of an unknown scheme logs nobody in.
+TEST_P(Authorization, EveryStoredPasswordFormIsCheckedAsItSays) {
+    AddPerson(Db(), {.id = "P1", .userId = "ANNA", .systemGroup = "G1", .password = "new-pw",
+                     .rounds = DvnUser::kPasswordRounds});
+    AddPerson(Db(), {.id = "P2", .userId = "BORIS", .systemGroup = "G1", .password = "old-pw"});
+    AddPerson(Db(), {.id = "P3", .userId = "CARLA", .systemGroup = "G1", .password = "c"});
+    AddPerson(Db(), {.id = "P4", .userId = "DORA", .systemGroup = "G1", .password = "d"});
+    EXPECT_EQ(QueryValue(Db(), "SELECT PASSWORD FROM DVBT.PERSON WHERE PERSON_ID = 'P1'").rfind(
+                  "pbkdf2-sha256$600000$", 0),
+              0u);
+    // CARLA's and DORA's own digests under another scheme or count.
+    ExecAll(Db(), {"UPDATE DVBT.PERSON SET PASSWORD = REPLACE(PASSWORD, 'pbkdf2-sha256$', 'pbkdf2-sha1$') "
+                   "WHERE PERSON_ID = 'P3'",
+                   "UPDATE DVBT.PERSON SET PASSWORD = REPLACE(PASSWORD, '$2048$', '$2049$') WHERE PERSON_ID = 'P4'"});
+    struct Attempt {
+        const char *user, *group, *password;
+        bool valid;
+    } attempts[] = {
+        {"ANNA", "SYS_GRP", "new-pw", true},
+        {"BORIS", "SYS_GRP", "old-pw", true}, {"BORIS", "OTHER_GRP", "old-pw", false},
+        {"BORIS", "NO_GRP", "old-pw", false}, {"boris", "SYS_GRP", "old-pw", false},  // the caller folds
+        {"CARLA", "SYS_GRP", "c", false},     {"DORA", "SYS_GRP", "d", false},
+    };
+    for (const Attempt& a : attempts) {
+        DvnMessageTarget target;
+        EXPECT_EQ(auth->IsPasswordValid(target, a.group, a.user, a.password, DvnString(DataSource())), a.valid)
+            << a.user << " " << a.password;
+        EXPECT_TRUE(target.Messages().empty());
+    }
+}
+
 }  // namespace
 
 DVN_INSTANTIATE_BOTH_BACKENDS(Authorization);

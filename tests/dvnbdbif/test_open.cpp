@@ -55,7 +55,10 @@ TEST_P(Open, FailuresGiveTwelveAndLeaveTheConnectionClosed) {
         EXPECT_EQ(DvnConvCoreDbIF::OpenDatabaseFromProfile(db, "u", "p"), 12);
         const std::string text = trace.Text().substr(mark);
         EXPECT_NE(text.find(c.traced), std::string::npos) << text;
-        EXPECT_EQ(text.find("open database with userid") != std::string::npos, c.tried) << text;
+        // The user as it is, the password masked.
+        EXPECT_EQ(text.find("open database with userid: u and password: ********\n") != std::string::npos, c.tried)
+            << text;
+        EXPECT_EQ(text.find("password: p"), std::string::npos) << text;
     }
     EXPECT_EQ(db.m_hdbc, nullptr);
 }

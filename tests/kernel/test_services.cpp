@@ -1,5 +1,7 @@
-// Trace, machine profile, password encoding, broken preconditions.
+// Trace, machine profile, login names and password encoding, broken preconditions.
 #include <gtest/gtest.h>
+
+#include <cctype>
 
 #include "dvnkernn.h"
 #include "testenv.h"
@@ -61,13 +63,72 @@ TEST(DvnProfile, ReadsTheCurrentConfigurationAndRaisesOnWhatIsMissing) {
 }
 
 TEST(DvnUser, PasswordEncodingIsOneWaySaltedByUserAndStable) {
-    DvnString a = DvnUser::PasswordEncodeAsString("admin", "secret");
-    // Stored values are compared by the database: the form must never change.
+    // The form of 2048 rounds that earlier repositories hold: its text never
+    // changes, or their persons could no longer log in.
+    DvnString a = DvnUser::PasswordEncodeWithRounds("admin", "secret", 2048);
     EXPECT_STREQ(a.c_str(), "pbkdf2-sha256$2048$54248fdc71cf66bbf44a256f2525023938c8927af36c87aa5ca82b4bd40afbeb");
-    EXPECT_EQ(a, DvnUser::PasswordEncodeAsString("ADMIN", "secret"));  // salt is the upper-case id
-    EXPECT_NE(a, DvnUser::PasswordEncodeAsString("other", "secret"));
-    EXPECT_NE(a, DvnUser::PasswordEncodeAsString("admin", "Secret"));
-    EXPECT_FALSE(DvnUser::PasswordEncodeAsString(DvnString(), DvnString()).IsEmpty());
+    EXPECT_EQ(a, DvnUser::PasswordEncodeWithRounds("ADMIN", "secret", 2048));  // salt is the folded id
+    EXPECT_NE(a, DvnUser::PasswordEncodeWithRounds("other", "secret", 2048));
+    EXPECT_NE(a, DvnUser::PasswordEncodeWithRounds("admin", "Secret", 2048));
+    EXPECT_FALSE(DvnUser::PasswordEncodeWithRounds(DvnString(), DvnString(), 1).IsEmpty());
+
+    // A new password gets the product's count, and its form says so.
+    const std::string fresh = DvnUser::PasswordEncodeAsString("admin", "secret").str();
+    EXPECT_EQ(fresh.rfind("pbkdf2-sha256$600000$", 0), 0u) << fresh;
+    EXPECT_EQ(fresh.size(), 85u);
+
+    // Either form is read: the password is encoded as the stored text asks.
+    const std::string hex = a.str().substr(19);
+    std::string upperHex = hex;
+    for (char& c : upperHex) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    struct Case {
+        std::string stored;
+        const char* password;
+        bool matches;
+    } cases[] = {
+        {a.str(), "secret", true},
+        {a.str(), "Secret", false},
+        {fresh, "secret", true},
+        {"pbkdf2-sha256$2048$" + upperHex, "secret", true},
+        {"pbkdf2-sha256$02048$" + hex, "secret", true},
+        {"pbkdf2-sha256$2049$" + hex, "secret", false},
+        {"pbkdf2-sha256$$" + hex, "secret", false},
+        {"pbkdf2-sha256$0$" + hex, "secret", false},
+        {"pbkdf2-sha256$-2048$" + hex, "secret", false},
+        {"pbkdf2-sha256$2048" + hex, "secret", false},
+        // More rounds than a login should ever spend: refused unread.
+        {"pbkdf2-sha256$10000001$" + hex, "secret", false},
+        {"pbkdf2-sha256$999999999999$" + hex, "secret", false},
+        {"pbkdf2-sha256$2048$" + hex.substr(1), "secret", false},
+        {"pbkdf2-sha256$2048$" + hex + "0", "secret", false},
+        {"pbkdf2-sha1$2048$" + hex, "secret", false},
+        {"secret", "secret", false},
+        {"", "", false},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(DvnUser::PasswordMatches("Admin", c.password, DvnString(c.stored)), c.matches) << c.stored;
+    EXPECT_FALSE(DvnUser::PasswordMatches("admin", "secret", DvnString()));
+}
+
+// Login names fold as persons are stored: a-z only, whatever the locale;
+// a character outside ASCII keeps every byte.
+TEST(DvnUser, FoldUserIdTurnsOnlyTheLettersAToZ) {
+    const char* cases[][2] = {
+        {"anna", "ANNA"},
+        {"Anna-Maria_2 o'Neil", "ANNA-MARIA_2 O'NEIL"},
+        {"j\xC3\xBCrgen", "J\xC3\xBCRGEN"},              // jürgen: the ü stays
+        {"\xC3\x9Cmit", "\xC3\x9CMIT"},                  // Ümit
+        {"\xD0\xB8\xD0\xB2\xD0\xB0\xD0\xBD", "\xD0\xB8\xD0\xB2\xD0\xB0\xD0\xBD"},  // иван
+        {"stra\xC3\x9F" "e", "STRA\xC3\x9F" "E"},        // straße: no SS
+        {"", ""},
+    };
+    for (const auto& c : cases) EXPECT_EQ(DvnUser::FoldUserId(c[0]).str(), c[1]) << c[0];
+    EXPECT_TRUE(DvnUser::FoldUserId(DvnString()).IsNull());
+    // The salt folds the same way: the id in any case of a-z gives one form.
+    EXPECT_EQ(DvnUser::PasswordEncodeWithRounds("j\xC3\xBCrgen", "pw", 1),
+              DvnUser::PasswordEncodeWithRounds("J\xC3\xBCRGEN", "pw", 1));
+    EXPECT_NE(DvnUser::PasswordEncodeWithRounds("j\xC3\xBCrgen", "pw", 1),
+              DvnUser::PasswordEncodeWithRounds("J\xC3\x9CRGEN", "pw", 1));
 }
 
 TEST(DvnkRequireDeathTest, BrokenPreconditionStopsWithTextFileAndLine) {

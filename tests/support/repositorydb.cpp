@@ -17,12 +17,16 @@ void Insert(CDatabase& db, const std::string& table, const std::string& values) 
 
 }  // namespace
 
-void AddSystemGroup(CDatabase& db, const std::string& id, const std::string& name) {
-    Insert(db, "SYSTEM_GROUP (SYSTEM_GROUP_ID, NAME)", "'" + id + "', '" + name + "'");
+std::string NumberOrNull(int mark) { return mark < 0 ? "NULL" : std::to_string(mark); }
+
+void AddSystemGroup(CDatabase& db, const std::string& id, const std::string& name, int mark) {
+    Insert(db, "SYSTEM_GROUP (SYSTEM_GROUP_ID, NAME, CHECKED_OUT)",
+           "'" + id + "', '" + name + "', " + NumberOrNull(mark));
 }
 
 void AddPerson(CDatabase& db, const TestPerson& p) {
-    const std::string password = DvnUser::PasswordEncodeAsString(DvnString(p.userId), DvnString(p.password)).str();
+    const std::string password =
+        DvnUser::PasswordEncodeWithRounds(DvnString(p.userId), DvnString(p.password), p.rounds).str();
     std::string flags;
     for (int flag : {p.staff, p.topology, p.processModeling, p.operation, p.setAuthorization, p.globalProcess,
                      p.globalProcessAdmin})
@@ -30,16 +34,16 @@ void AddPerson(CDatabase& db, const TestPerson& p) {
     Insert(db,
            "PERSON (PERSON_ID, USERID, SYSTEM_GROUP, PASSWORD, STAFF_AUTH, TOPOLOGY_AUTH, PROC_DEF_AUTH, "
            "OPERATION_AUTH, SAUTH_DEF_AUTH, GLOBAL_PRC_AUTH, GLOBAL_PADM_AUTH, GLOBAL_PERS_AUTH, CHECKED_OUT)",
-           "'" + p.id + "', '" + p.userId + "', '" + p.systemGroup + "', '" + password + "', " + flags +
-               (p.globalPerson < 0 ? "NULL" : std::to_string(p.globalPerson)) + ", 0");
+           (p.id.empty() ? "NULL" : "'" + p.id + "'") + ", '" + p.userId + "', '" + p.systemGroup + "', '" + password +
+               "', " + flags + NumberOrNull(p.globalPerson) + ", " + NumberOrNull(p.mark));
 }
 
-void AddCategory(CDatabase& db, const std::string& id, const std::string& name) {
-    Insert(db, "CATEGORY (CATID, NAME, CHECKED_OUT)", "'" + id + "', '" + name + "', 0");
+void AddCategory(CDatabase& db, const std::string& id, const std::string& name, int mark) {
+    Insert(db, "CATEGORY (CATID, NAME, CHECKED_OUT)", "'" + id + "', '" + name + "', " + NumberOrNull(mark));
 }
 
-void AddRole(CDatabase& db, const std::string& id, const std::string& name) {
-    Insert(db, "ROLE (ROLE_ID, NAME, CHECKED_OUT)", "'" + id + "', '" + name + "', 0");
+void AddRole(CDatabase& db, const std::string& id, const std::string& name, int mark) {
+    Insert(db, "ROLE (ROLE_ID, NAME, CHECKED_OUT)", "'" + id + "', '" + name + "', " + NumberOrNull(mark));
 }
 
 void AddOrganization(CDatabase& db, const std::string& id, const std::string& name) {

@@ -14,7 +14,11 @@ int Ping(dvnbt::Context& ctx) {
     CDatabase db;
     if (!dvnbt::OpenDatabase(ctx, db)) return dvnbt::kFailed;
     std::cout << "product: " << db.GetDBMSName() << " " << db.GetDBMSVersion() << "\n"
-              << "connect: " << RedactPassword(db.GetConnect()) << "\n"
+              << "connect: "
+              << RedactPassword(db.GetConnect(),
+                                DvnConvCoreDbIF::BuildConnectString(ctx.dataSource.c_str(), ctx.dbUser.c_str(),
+                                                                    ctx.dbPassword.c_str()))
+              << "\n"
               << "prefix: " << DvnConvCoreDbIF::GetTablePrefix(db) << std::endl;
     db.Close();
     return dvnbt::kOk;

@@ -4,8 +4,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <iostream>
 #include <optional>
@@ -30,10 +28,11 @@ void RestoreTerminalAndEnd(int signalNumber) {
 }
 
 // Reads a line from the terminal on standard input with echo off. The
-// prompt goes to standard error, so that standard output stays clean.
+// prompt goes to standard error, so that standard output stays clean, and
+// only once the echo is off: whoever answers a prompt, a person or a
+// program, may type at once and nothing shows.
 std::optional<std::string> PromptPassword(const std::string& user) {
     if (!isatty(STDIN_FILENO)) return std::nullopt;
-    std::cerr << "Password for " << user << ": " << std::flush;
     const bool canHide = tcgetattr(STDIN_FILENO, &g_savedTerminal) == 0;
     if (canHide) {
         struct sigaction restore {};
@@ -45,6 +44,7 @@ std::optional<std::string> PromptPassword(const std::string& user) {
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
     }
+    std::cerr << "Password for " << user << ": " << std::flush;
     std::string line;
     const bool read = static_cast<bool>(std::getline(std::cin, line));
     if (canHide) {
@@ -61,12 +61,6 @@ std::optional<std::string> PromptPassword(const std::string& user) {
 void PrintMessages(const DvnMessageTarget& target) {
     for (const DvnMessageTarget::Entry& m : target.Messages())
         std::cerr << DvnfMessageHandler::Format(m.number, m.argument) << std::endl;
-}
-
-std::string Upper(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
 }
 
 }  // namespace
@@ -118,7 +112,8 @@ bool Login(const Context& ctx, LoginFor purpose) {
         Error("no user given: use --user NAME or set DVNBT_USER");
         return false;
     }
-    user = Upper(user);
+    // Folded as persons are stored: a-z to A-Z, nothing else.
+    user = DvnUser::FoldUserId(DvnString(user)).str();
     std::optional<std::string> password;
     if (const char* env = std::getenv("DVNBT_PASSWORD")) password = env;
     if (!password) password = PromptPassword(user);

@@ -2,8 +2,10 @@
 // holds goes through it before it touches anything.
 //
 //   user          --user NAME, else the environment variable DVNBT_USER.
-//                 Login names are case-insensitive: persons are stored under
-//                 their name in upper case.
+//                 The letters a-z of a login name match in any case:
+//                 persons are stored under their name folded by
+//                 DvnUser::FoldUserId, which the login applies too. Other
+//                 letters (outside ASCII) match only as stored.
 //   password      the environment variable DVNBT_PASSWORD, else a prompt
 //                 without echo when standard input is a terminal. Never an
 //                 option: a command line is visible to every user of the

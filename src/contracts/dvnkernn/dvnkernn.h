@@ -259,12 +259,32 @@ private:
     std::set<std::string> _categories, _adminCategories, _workitemsOf;
 };
 
-// DvnUser: the stored form of a password.
+// DvnUser: login names and the stored form of a password.
 class DvnUser {
 public:
-    // One-way, deterministic, salted with the user id in upper case; the
+    // The rounds of every new encoding.
+    static constexpr int kPasswordRounds = 600000;
+    // The most rounds a stored form may name; a form naming more is refused
+    // by PasswordMatches rather than keep a login busy for minutes.
+    static constexpr int kPasswordRoundsLimit = 10000000;
+
+    // A login name as persons are stored and found: the ASCII letters a-z
+    // become A-Z, every other byte stays as it is (digits, signs, and each
+    // byte of a character outside ASCII, so UTF-8 stays intact), whatever
+    // the locale of the process. A null name stays null.
+    static DvnString FoldUserId(const DvnString& userId);
+
+    // One-way, deterministic, salted with FoldUserId(userId):
+    // "pbkdf2-sha256$<rounds>$<64 hex digits>" with kPasswordRounds. The
     // result is printable text shorter than 255 characters.
     static DvnString PasswordEncodeAsString(const DvnString& userId, const DvnString& password);
+    // The same with the rounds given (at least 1).
+    static DvnString PasswordEncodeWithRounds(const DvnString& userId, const DvnString& password, int rounds);
+    // Whether password is the one whose stored form is `stored`: encoded
+    // with the scheme and rounds that `stored` names and compared in a time
+    // that does not depend on where the two differ. False for a null or
+    // unknown form, or one naming more than kPasswordRoundsLimit rounds.
+    static bool PasswordMatches(const DvnString& userId, const DvnString& password, const DvnString& stored);
 };
 
 // ---------------------------------------------------------------------------
