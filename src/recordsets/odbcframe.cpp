@@ -402,15 +402,7 @@ void CDatabase::Close() {
     m_bTransactionPending = false;
     m_strConnect.Empty();
     m_strDbms.Empty();
-}
-
-bool CDatabase::BeginTrans() {
-    if (!IsOpen()) ThrowFrameError("BeginTrans on a closed connection", "08003");
-    if (m_bTransactionPending) return false;
-    Check(SQLSetConnectAttr(m_hdbc, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0),
-          SQL_HANDLE_DBC, m_hdbc);
-    m_bTransactionPending = true;
-    return true;
+    m_strWriterProbe.clear();
 }
 
 static bool EndTransaction(CDatabase& db, bool& pending, SQLSMALLINT completion) {
@@ -421,6 +413,62 @@ static bool EndTransaction(CDatabase& db, bool& pending, SQLSMALLINT completion)
     SQLSetConnectAttr(db.m_hdbc, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
     Check(rc, SQL_HANDLE_DBC, db.m_hdbc);
     return true;
+}
+
+bool CDatabase::BeginTrans() {
+    if (!IsOpen()) ThrowFrameError("BeginTrans on a closed connection", "08003");
+    if (m_bTransactionPending) return false;
+    const bool asWriter = IsSQLite() && !WriterProbeTable().empty();
+    Check(SQLSetConnectAttr(m_hdbc, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0),
+          SQL_HANDLE_DBC, m_hdbc);
+    m_bTransactionPending = true;
+    if (asWriter) BeginAsWriter();
+    return true;
+}
+
+// SQLite begins a transaction as a reader and makes it a writer at its first
+// write. When another connection has written in between, that step fails at
+// once with "database is locked", whatever the busy time-out: the reader's
+// view is out of date. So a transaction of this layer writes first, with a
+// statement that changes nothing; a second writer then waits for the first
+// (busy time-out of the connect string) instead of failing. BEGIN IMMEDIATE
+// cannot serve: it takes the write lock of every attached database, and main
+// and DVBT are the same file, so it would wait for itself.
+void CDatabase::BeginAsWriter() {
+    for (int attempt = 0;; ++attempt) {
+        try {
+            ExecuteSQL(("DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1").c_str());
+            return;
+        } catch (CDBException* e) {
+            // The table may have been dropped since it was chosen: choose
+            // again once, outside any transaction.
+            SQLEndTran(SQL_HANDLE_DBC, m_hdbc, SQL_ROLLBACK);
+            SQLSetConnectAttr(m_hdbc, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
+            m_bTransactionPending = false;
+            m_strWriterProbe.clear();
+            if (attempt > 0 || WriterProbeTable().empty()) throw;
+            e->Delete();
+            Check(SQLSetConnectAttr(m_hdbc, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0),
+                  SQL_HANDLE_DBC, m_hdbc);
+            m_bTransactionPending = true;
+        }
+    }
+}
+
+// A table of the attached database DVBT to write nothing to; empty when
+// there is none (an empty file, an in-memory database). Looked up once.
+const std::string& CDatabase::WriterProbeTable() {
+    if (!m_strWriterProbe.empty()) return m_strWriterProbe;
+    SQLHSTMT h = NewStatement();
+    struct Free {
+        SQLHSTMT h;
+        ~Free() { SQLFreeHandle(SQL_HANDLE_STMT, h); }
+    } guard{h};
+    const char* sql = "SELECT name FROM DVBT.sqlite_master WHERE type = 'table' ORDER BY name LIMIT 1";
+    if (Succeeded(SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql)), SQL_NTS)) &&
+        Succeeded(SQLFetch(h)))
+        ReadText(h, 1, m_strWriterProbe);
+    return m_strWriterProbe;
 }
 
 bool CDatabase::CommitTrans() { return EndTransaction(*this, m_bTransactionPending, SQL_COMMIT); }

@@ -121,6 +121,8 @@ protected:
     SQLHSTMT NewStatement();
     void ApplyQueryTimeout(SQLHSTMT hstmt) const;
     void AttachOwnFileAsDvbt();
+    void BeginAsWriter();
+    const std::string& WriterProbeTable();
     void FreeStatements();
     CString m_strConnect;
     CString m_strDbms;
@@ -131,6 +133,7 @@ protected:
     RowLocator m_locator;
     std::unordered_map<std::string, SQLHSTMT> m_statements;
     SQLHSTMT m_hstmtDirect = SQL_NULL_HSTMT;
+    std::string m_strWriterProbe;  // SQLite: a table of DVBT that BeginTrans writes nothing to
 };
 
 // A connect string without its PWD= attribute, for printing.
@@ -147,7 +150,7 @@ struct CFieldInfo {
     enum Kind { Text, Long, Int };
     std::string name;       // bare name, without brackets
     Kind kind;
-    int maxLength;          // text only: 255, 4097 or 32672
+    int maxLength;          // text only: 255, 4097 or 32672; 0 no limit
     int sqlType;            // text only: SQL_VARCHAR (12) or SQL_LONGVARCHAR (-1)
     void* value;            // the member
 };
