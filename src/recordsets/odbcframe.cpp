@@ -437,7 +437,10 @@ bool CDatabase::BeginTrans() {
 void CDatabase::BeginAsWriter() {
     for (int attempt = 0;; ++attempt) {
         try {
-            ExecuteSQL(("DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1").c_str());
+            // Prepared once per connection: it runs before every object.
+            StatementUse use(*this, "DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1");
+            SQLRETURN rc = SQLExecute(use.h);
+            if (!Succeeded(rc) && rc != SQL_NO_DATA) ThrowDBException(rc, SQL_HANDLE_STMT, use.h);
             return;
         } catch (CDBException* e) {
             // The table may have been dropped since it was chosen: choose

@@ -88,7 +88,7 @@ TEST_P(DvnbtImport, ExitStatusFollowsTheLevelUnderTheRightsOfTheUser) {
 TEST_P(DvnbtImport, TwoImportsOfOneFileAtOnceNeitherFailOnALockNorDoubleAName) {
     AddSystemGroup(Db(), "G1", "SYS_GRP");
     AddPerson(Db(), {.id = "P1", .userId = "MODELER", .systemGroup = "G1", .password = "pw", .processModeling = 1});
-    const int count = 2000;
+    const int count = 1000;
     std::string text;
     for (int i = 0; i < count; ++i) text += "Category \"C" + std::to_string(i) + "\" {}\n";
     const std::string file = files.Write(text);
