@@ -57,17 +57,19 @@ bool OpenDatabase(const Context& ctx, CDatabase& db, bool create) {
 bool OpenRepository(const Context& ctx, CDatabase& db, bool forWriting) {
     if (!OpenDatabase(ctx, db)) return false;
     std::string failure;
+    const char* step = "cannot read ";
     try {
         if (!DvnSchema::Exists(db)) {
             failure = ctx.Describe() + " holds no repository: run '" + InitHint(ctx) + "' to create one";
         } else if (forWriting) {
             // A transaction on SQLite begins by writing: a file that cannot
             // be written says so here, once, rather than at every object.
+            step = "cannot write to ";
             db.BeginTrans();
             db.Rollback();
         }
     } catch (CDBException* e) {
-        failure = (forWriting ? "cannot write to " : "cannot read ") + ctx.Describe() + ": " + e->m_strError.str();
+        failure = step + ctx.Describe() + ": " + e->m_strError.str();
         e->Delete();
         if (db.IsOpen() && db.InTransaction()) {
             try {
