@@ -61,7 +61,7 @@ bool OpenConnection(DvnMessageTarget& target, CDatabase& db, const DvnString& da
                     : DvnConnection::OpenFromDataSource(CString(dataSource.c_str()), db, user, password);
     if (level == 0 && db.IsOpen()) return true;
     db.Close();
-    target.Message(51366, DvnString(RedactPassword(CString(dataSource.c_str())).c_str()));
+    target.Message(51366, DvnString(DvnConnection::DisplayName(CString(dataSource.c_str())).c_str()));
     DVN_TRACE(1, 8, "Open database failed");
     return false;
 }

@@ -2,11 +2,14 @@
 #include "dvnbdbif.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 
 #include "dvnbauth.h"
 #include "dvnbdbbe.h"
 #include "dvnbdbrd.h"
+#include "dvnconnection.h"
 
 DvnConvCoreDbIF::DvnConvCoreDbIF(DvnfTRXData* data)
     : m_pData(data ? data : new DvnfTRXData(DvnfTRXTypes::_instance, nullptr)),
@@ -38,10 +41,34 @@ static void FinalWords(int level) {
     }
 }
 
+// Whether a TRX file can be read as a whole: a folder opens as a stream on
+// this system and reads as an empty file, which would import nothing and
+// succeed. Special files (pipes, devices) are refused as well.
+static bool IsReadableFile(const std::string& path) {
+    std::error_code ec;
+    if (path.empty() || !std::filesystem::is_regular_file(path, ec)) return false;
+    std::ifstream in(path, std::ios::binary);
+    return static_cast<bool>(in);
+}
+
+// The end of an import whose file cannot be used: nothing was stored.
+static void CouldNotLoad(const DvnString& file) {
+    std::cout << "Could not load TRX" << file << std::flush;
+    DVN_TRACE(1, 2, "Could not load TRX" << file);
+}
+
 int DvnConvCoreDbIF::ImportTRX(const DvnString& file, const DvnString& dataSource, bool overwrite,
                                bool sourceOption, bool initialLoad) {
     DvnBTAuthorization* person = DvnBTAuthorization::GetInstance();
     DVNK_REQUIRE(person != nullptr, "person != 0");
+
+    // Refused before the database is even opened, so that nothing is written.
+    if (!IsReadableFile(file.IsNull() ? std::string() : file.str())) {
+        Report(52001, file);
+        Report(51301, file);
+        CouldNotLoad(file);
+        return 12;
+    }
 
     auto* backEnd = new DvnConvCoreDbBe();
     backEnd->SetOverwriteOption(overwrite);
@@ -53,7 +80,7 @@ int DvnConvCoreDbIF::ImportTRX(const DvnString& file, const DvnString& dataSourc
                      ? OpenDatabaseFromProfile(db, person->DbUser(), person->DbPassword())
                      : OpenDatabaseFromFile(CString(dataSource.c_str()), db, person->DbUser(), person->DbPassword());
     if (opened != 0) {
-        Report(51366, DvnString(RedactPassword(CString(dataSource.c_str())).c_str()));
+        Report(51366, DvnString(DvnConnection::DisplayName(CString(dataSource.c_str())).c_str()));
         DVN_TRACE(1, 8, "Open database failed");
         delete backEnd;
         return 12;
@@ -74,8 +101,7 @@ int DvnConvCoreDbIF::ImportTRX(const DvnString& file, const DvnString& dataSourc
         if (parsed > 2) {
             if (db.IsOpen()) db.Close();
             delete backEnd;
-            std::cout << "Could not load TRX" << file << std::flush;
-            DVN_TRACE(1, 2, "Could not load TRX" << file);
+            CouldNotLoad(file);
             return 12;
         }
         level = parsed == 2 ? 4 : 0;

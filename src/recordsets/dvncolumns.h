@@ -4,8 +4,9 @@
 // the three can never disagree; the data definition is built from the
 // exchange itself (dvnschema.cpp).
 //
-// Kinds: TEXT (255, SQL_VARCHAR), LTEXT (4097, SQL_LONGVARCHAR),
-// CTEXT (32672, SQL_LONGVARCHAR: container values), LONG, INT.
+// Kinds: TEXT (255, SQL_VARCHAR), LTEXT (4097, SQL_LONGVARCHAR: conditions,
+// filters), CTEXT (32672, SQL_LONGVARCHAR: container values), DOC (long text
+// without a limit: documentation, copied whole), LONG, INT.
 #pragma once
 
 #include "odbcframe.h"
@@ -13,12 +14,15 @@
 #define DVN_CTYPE_TEXT CString
 #define DVN_CTYPE_LTEXT CString
 #define DVN_CTYPE_CTEXT CString
+#define DVN_CTYPE_DOC CString
 #define DVN_CTYPE_LONG long
 #define DVN_CTYPE_INT int
 
 #define DVN_RFX_TEXT(pFX, name, member) RFX_Text(pFX, name, member, 255, SQL_VARCHAR, 0)
 #define DVN_RFX_LTEXT(pFX, name, member) RFX_Text(pFX, name, member, 4097, SQL_LONGVARCHAR, 0)
 #define DVN_RFX_CTEXT(pFX, name, member) RFX_Text(pFX, name, member, 32672, SQL_LONGVARCHAR, 0)
+// A maximum length of 0 is no limit: the column is unbounded text on both databases.
+#define DVN_RFX_DOC(pFX, name, member) RFX_Text(pFX, name, member, 0, SQL_LONGVARCHAR, 0)
 #define DVN_RFX_LONG(pFX, name, member) RFX_Long(pFX, name, member)
 #define DVN_RFX_INT(pFX, name, member) RFX_Int(pFX, name, member)
 

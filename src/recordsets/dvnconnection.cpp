@@ -145,6 +145,17 @@ CString DvnConnection::EmbeddedDataSource(const std::string& file) {
     return CString(";DRIVER=" + EmbeddedDriverPath() + ";Database=" + file + ";Timeout=10000");
 }
 
+CString DvnConnection::DisplayName(const CString& dataSource) {
+    const std::string text = dataSource.str();
+    const std::string head = ";DRIVER=", key = ";Database=";
+    const size_t at = text.find(key);
+    if (text.rfind(head, 0) == 0 && at != std::string::npos) {
+        const size_t from = at + key.size();
+        return CString(text.substr(from, text.find(';', from) - from));
+    }
+    return RedactPassword(dataSource);
+}
+
 int DvnConnection::OpenFromProfile(CDatabase& db, const DvnString& user, const DvnString& password) {
     CString strUser = ToCString(user), strPassword = ToCString(password);
     if (db.m_hdbc != SQL_NULL_HDBC) return 0;

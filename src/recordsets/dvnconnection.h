@@ -31,6 +31,10 @@ public:
     // A data source name for an SQLite database file that needs no ODBC
     // configuration: it names the driver library itself.
     static CString EmbeddedDataSource(const std::string& file);
+    // A data source as a person knows it, for messages: the file of an
+    // embedded one (not the driver path and options around it), any other
+    // without its password.
+    static CString DisplayName(const CString& dataSource);
     // The SQLite ODBC driver library that EmbeddedDataSource names:
     // $DVN_SQLITE_ODBC_DRIVER, else the driver unixODBC has registered as
     // "SQLite3", else the one found at build time, else libsqlite3odbc.so in

@@ -19,7 +19,7 @@ class DvnGraphAttrSet : public CRecordset {
 // ------------------------------------------------------------------ tables
 #define DVN_CATEGORY_COLUMNS(C)                                                         \
     C(TEXT, CATID) C(TEXT, NAME) C(INT, CHECKED_OUT) C(TEXT, CHECKED_OUT_BY)            \
-    C(TEXT, DESCRIPTION) C(LTEXT, DOCUMENTATION)
+    C(TEXT, DESCRIPTION) C(DOC, DOCUMENTATION)
 
 class DvnCategorySet : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnCategorySet, DVN_CATEGORY_COLUMNS)
@@ -30,7 +30,7 @@ class DvnCategorySet : public CRecordset {
 
 #define DVN_DATA_STRUCTURE_COLUMNS(C)                                                   \
     C(TEXT, DSID) C(TEXT, NAME) C(INT, CHECKED_OUT) C(TEXT, CHECKED_OUT_BY)             \
-    C(TEXT, DESCRIPTION) C(LTEXT, DOCUMENTATION)
+    C(TEXT, DESCRIPTION) C(DOC, DOCUMENTATION)
 
 class DvnDataStructureSet : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnDataStructureSet, DVN_DATA_STRUCTURE_COLUMNS)
@@ -41,7 +41,7 @@ class DvnDataStructureSet : public CRecordset {
 
 #define DVN_DATA_STRUCTURE_MBR_COLUMNS(C)                                               \
     C(TEXT, MEMBER) C(TEXT, DSID) C(LONG, SEQUENCE_NO) C(TEXT, TYPE_DS) C(INT, DATA_TYPE) \
-    C(LONG, ARRAY_SIZE) C(LONG, LENGTH) C(TEXT, DESCRIPTION) C(LTEXT, DOCUMENTATION)
+    C(LONG, ARRAY_SIZE) C(LONG, LENGTH) C(TEXT, DESCRIPTION) C(DOC, DOCUMENTATION)
 
 class DvnDataStructureMbrSet : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnDataStructureMbrSet, DVN_DATA_STRUCTURE_MBR_COLUMNS)
@@ -53,7 +53,7 @@ class DvnDataStructureMbrSet : public CRecordset {
     C(TEXT, ORG_CONT_MEMBER) C(TEXT, ROLE_CONT_MEMBER) C(TEXT, PADM_CONT_MEMBER)        \
     C(LONG, RC_CREATION) C(TEXT, USER_DEFINED_ICON) C(INT, PROMPT_AT_PRC_STRT)          \
     C(LONG, DATA_FROM_IN_CONT) C(INT, CHECKED_OUT) C(TEXT, CHECKED_OUT_BY)              \
-    C(TEXT, DESCRIPTION) C(LTEXT, DOCUMENTATION)
+    C(TEXT, DESCRIPTION) C(DOC, DOCUMENTATION)
 
 class DvnProcessSet : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnProcessSet, DVN_PROCESS_COLUMNS)
@@ -101,7 +101,7 @@ class DvnProcessTopolAttrSet : public CRecordset {
     C(LTEXT, EXIT_CONDITION) C(LONG, START_CONDITION) C(LONG, XPOS) C(LONG, YPOS)       \
     C(LONG, HEIGHT) C(LONG, WIDTH) C(LONG, NAME_XPOS) C(LONG, NAME_YPOS)                \
     C(LONG, EXIT_COND_XPOS) C(LONG, EXIT_COND_YPOS) C(TEXT, DESCRIPTION)                \
-    C(LTEXT, DOCUMENTATION)
+    C(DOC, DOCUMENTATION)
 
 class DvnActivitySet : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnActivitySet, DVN_ACTIVITY_COLUMNS)

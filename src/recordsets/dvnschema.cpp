@@ -3,6 +3,7 @@
 #include <cctype>
 #include <ostream>
 #include <set>
+#include <string_view>
 
 #include "dvnrecordsets.h"
 #include "odbccall.h"
@@ -15,14 +16,17 @@ std::unique_ptr<CRecordset> Make(CDatabase* db) {
 }
 
 // Every index stands behind a filter that the code writes: a lookup, a
-// filtered open, a statement's WHERE or a cascade below.
+// filtered open, a statement's WHERE or a cascade below. "UNIQUE " before
+// the columns makes a unique index: a name that the stores look up before
+// they insert, so that two imports at once cannot both insert it
+// (docs/schema.md lists them and why the others are not).
 const std::vector<DvnSchema::Table> kTables = {
     // process model
-    {"CATEGORY", Make<DvnCategorySet>, {"CATID", "NAME"}, {}},
-    {"DATA_STRUCTURE", Make<DvnDataStructureSet>, {"DSID", "NAME"}, {}},
+    {"CATEGORY", Make<DvnCategorySet>, {"CATID", "UNIQUE NAME"}, {}},
+    {"DATA_STRUCTURE", Make<DvnDataStructureSet>, {"DSID", "UNIQUE NAME"}, {}},
     {"DATA_STRUCTURE_MBR", Make<DvnDataStructureMbrSet>, {"DSID,MEMBER", "TYPE_DS"}, {}},
     {"PROCESS", Make<DvnProcessSet>,
-     {"PID", "NAME", "CATID", "INPUT_DS", "OUTPUT_DS", "ORGANIZATION", "ROLE", "ADMINISTRATOR"}, {}},
+     {"PID", "UNIQUE NAME", "CATID", "INPUT_DS", "OUTPUT_DS", "ORGANIZATION", "ROLE", "ADMINISTRATOR"}, {}},
     {"PROCESS_GRAPH_ATTR", Make<DvnProcessGraphAttrSet>, {"PID"}, {}},
     {"PROCESS_TOPOL_ATTR", Make<DvnProcessTopolAttrSet>, {"PID"}, {}},
     {"ACTIVITY", Make<DvnActivitySet>, {"AID", "PID,INSIDE_BLOCK,NAME", "INPUT_DS", "OUTPUT_DS"}, {}},
@@ -51,24 +55,24 @@ const std::vector<DvnSchema::Table> kTables = {
     {"TEXT_ANNOTATION", Make<DvnTextAnnotationSet>, {"PID,INSIDE_BLOCK"}, {}},
     {"VERSION", Make<DvnVersionSet>, {}, {}},
     // staff and lists
-    {"PERSON", Make<DvnPersonSet>, {"PERSON_ID", "USERID", "ORGANIZATION_ID", "SYSTEM"}, {}},
-    {"ROLE", Make<DvnRoleSet>, {"ROLE_ID", "NAME"}, {}},
+    {"PERSON", Make<DvnPersonSet>, {"PERSON_ID", "UNIQUE USERID", "ORGANIZATION_ID", "SYSTEM"}, {}},
+    {"ROLE", Make<DvnRoleSet>, {"ROLE_ID", "UNIQUE NAME"}, {}},
     {"ROLE_INCL_PERSON", Make<DvnRelRoleSet>, {"ROLE_ID,PERSON_ID", "PERSON_ID"}, {}},
-    {"ORGANIZATION", Make<DvnOrganizationSet>, {"ORGANIZATION_ID", "NAME", "PARENT_ORG_ID", "MANAGER_ID"}, {}},
+    {"ORGANIZATION", Make<DvnOrganizationSet>, {"ORGANIZATION_ID", "UNIQUE NAME", "PARENT_ORG_ID", "MANAGER_ID"}, {}},
     {"STAFF_LEVEL", Make<DvnStaffLevelSet>, {"LEVEL_ID"}, {}},
     {"PERS_AUTH_FOR_PERS", Make<DvnPersAut4PersSet>, {"PERSON_ID,AUTH_FOR_PERSON"}, {}},
     {"PERS_HAS_PRC_AUTH", Make<DvnPersHasPrcAuthSet>, {"PERSON_ID,CATID"}, {}},
     {"PERS_SEL_PADM_AUTH", Make<DvnPersSelPadmAuthSet>, {"PERSON_ID,CATID"}, {}},
-    {"ACT_INSTANCE_LIST", Make<DvnListSet>, {"LIST_ID", "NAME"}, {}},
-    {"PRC_INSTANCE_LIST", Make<DvnListSet>, {"LIST_ID", "NAME"}, {}},
-    {"PRC_TEMPLATE_LIST", Make<DvnListSet>, {"LIST_ID", "NAME"}, {}},
-    {"WORK_LIST", Make<DvnWListSet>, {"LIST_ID", "NAME"}, {}},
+    {"ACT_INSTANCE_LIST", Make<DvnListSet>, {"LIST_ID", "UNIQUE NAME"}, {}},
+    {"PRC_INSTANCE_LIST", Make<DvnListSet>, {"LIST_ID", "UNIQUE NAME"}, {}},
+    {"PRC_TEMPLATE_LIST", Make<DvnListSet>, {"LIST_ID", "UNIQUE NAME"}, {}},
+    {"WORK_LIST", Make<DvnWListSet>, {"LIST_ID", "UNIQUE NAME"}, {}},
     {"PERS_HAS_ACT_INSTL", Make<DvnPersonHasActivityListSet>, {"ACT_INSTANCE_LIST,PERSON", "PERSON"}, {}},
     {"PERS_HAS_PRC_INSTL", Make<DvnPersonHasPrcInstanceListSet>, {"PRC_INSTANCE_LIST,PERSON", "PERSON"}, {}},
     {"PERS_HAS_PRC_TMPLT", Make<DvnPersonHasPrcTemplateListSet>, {"PRC_TEMPLATE_LIST,PERSON", "PERSON"}, {}},
     {"PERS_HAS_WRK_LST", Make<DvnPersonHasWorkListSet>, {"WORK_LIST,PERSON", "PERSON"}, {}},
     // programs
-    {"PROGRAM", Make<DvnProgramSet>, {"PROGRAM_ID", "NAME", "INPUT_DS", "OUTPUT_DS"}, {}},
+    {"PROGRAM", Make<DvnProgramSet>, {"PROGRAM_ID", "UNIQUE NAME", "INPUT_DS", "OUTPUT_DS"}, {}},
     {"WINNT_EXTENT", Make<DvnWPlatformSet>, {"PROGRAM_ID"}, {}},
     {"WIN95_EXTENT", Make<DvnWPlatformSet>, {"PROGRAM_ID"}, {}},
     {"NK2_EXTENT", Make<DvnOPlatformSet>, {"PROGRAM_ID"}, {}},
@@ -77,10 +81,10 @@ const std::vector<DvnSchema::Table> kTables = {
     {"SOLARIS_EXTENT", Make<DvnXPlatformSet>, {"PROGRAM_ID"}, {}},
     {"EXTERNAL_SERVICE", Make<DvnExternalService>, {"PROGRAM_ID,PLATFORM"}, {}},
     // topology
-    {"DV_DOMAIN", Make<DvnDomainSet>, {"DOMAIN_ID", "NAME"}, {}},
-    {"SYSTEM_GROUP", Make<DvnSystemGroupSet>, {"SYSTEM_GROUP_ID", "NAME"}, {}},
+    {"DV_DOMAIN", Make<DvnDomainSet>, {"DOMAIN_ID", "UNIQUE NAME"}, {}},
+    {"SYSTEM_GROUP", Make<DvnSystemGroupSet>, {"SYSTEM_GROUP_ID", "UNIQUE NAME"}, {}},
     {"SYSTEM", Make<DvnSystemSet>,
-     {"SYSTEM_ID", "NAME", "PRIMARY_SYSTEM", "SYSTEM_IDENTIFIER", "QUEUE_MANAGER"}, {}},
+     {"SYSTEM_ID", "UNIQUE NAME", "PRIMARY_SYSTEM", "SYSTEM_IDENTIFIER", "QUEUE_MANAGER"}, {}},
     {"DV_DOMAIN_PRC_ATTR", Make<DvnDomainPrcSet>, {"DOMAIN_ID"}, {}},
     {"SYSTEMGRP_PRC_ATTR", Make<DvnSystemGroupPrcSet>, {"SYSTEM_GROUP_ID"}, {}},
     {"SYSTEM_PRC_ATTR", Make<DvnSystemPrcSet>, {"SYSTEM_ID"}, {}},
@@ -93,21 +97,21 @@ const std::vector<DvnSchema::Table> kTables = {
     {"DV_DOMAIN_SVS_ATTR", Make<DvnDomainSvsSet>, {"DOMAIN_ID"}, {}},
     {"SYSTEMGRP_SVS_ATTR", Make<DvnSystemGroupSvsSet>, {"SYSTEM_GROUP_ID"}, {}},
     {"SYSTEM_SVS_ATTR", Make<DvnSystemSvsSet>, {"SYSTEM_ID"}, {}},
-    {"NODE", Make<DvnNodeSet>, {"NODE_ID", "NAME"}, {}},
-    {"QUEUE_MANAGER", Make<DvnQueueManagerSet>, {"QUEUE_MANAGER_ID", "NAME", "QUEUE_MANAGER_NAME", "NODE"}, {}},
-    {"GATEWAY_SERVER", Make<DvnServerSet>, {"SERVER_ID", "NAME,SYSTEM", "SYSTEM"}, {}},
-    {"MODELLING_SERVER", Make<DvnServerSet>, {"SERVER_ID", "NAME,SYSTEM", "SYSTEM"}, {}},
-    {"PE_SERVER", Make<DvnPEServerSet>, {"SERVER_ID", "NAME,SYSTEM", "SYSTEM"}, {}},
-    {"CLEANUP_SERVER", Make<DvnCleanupServerSet>, {"SERVER_ID", "NAME,SYSTEM", "SYSTEM"}, {}},
-    {"DISTRIBUTION_SRV", Make<DvnDistributionServerSet>, {"SERVER_ID", "NAME,SYSTEM", "SYSTEM"}, {}},
-    {"EXECUTION_SERVER", Make<DvnExecutionServerSet>, {"SERVER_ID", "NAME,SYSTEM", "SYSTEM"}, {}},
-    {"SCHEDULING_SERVER", Make<DvnSchedulingServerSet>, {"SERVER_ID", "NAME,SYSTEM", "SYSTEM"}, {}},
-    {"ADMIN_SERVER", Make<DvnAdminServerSet>, {"SERVER_ID", "NAME,SYSTEM"}, {}},
-    {"USER_PE_SERVER", Make<DvnUPEServerSet>, {"SERVER_ID", "NAME,SYSTEM", "SYSTEM"}, {}},
+    {"NODE", Make<DvnNodeSet>, {"NODE_ID", "UNIQUE NAME"}, {}},
+    {"QUEUE_MANAGER", Make<DvnQueueManagerSet>, {"QUEUE_MANAGER_ID", "UNIQUE NAME", "QUEUE_MANAGER_NAME", "NODE"}, {}},
+    {"GATEWAY_SERVER", Make<DvnServerSet>, {"SERVER_ID", "UNIQUE NAME,SYSTEM", "SYSTEM"}, {}},
+    {"MODELLING_SERVER", Make<DvnServerSet>, {"SERVER_ID", "UNIQUE NAME,SYSTEM", "SYSTEM"}, {}},
+    {"PE_SERVER", Make<DvnPEServerSet>, {"SERVER_ID", "UNIQUE NAME,SYSTEM", "SYSTEM"}, {}},
+    {"CLEANUP_SERVER", Make<DvnCleanupServerSet>, {"SERVER_ID", "UNIQUE NAME,SYSTEM", "SYSTEM"}, {}},
+    {"DISTRIBUTION_SRV", Make<DvnDistributionServerSet>, {"SERVER_ID", "UNIQUE NAME,SYSTEM", "SYSTEM"}, {}},
+    {"EXECUTION_SERVER", Make<DvnExecutionServerSet>, {"SERVER_ID", "UNIQUE NAME,SYSTEM", "SYSTEM"}, {}},
+    {"SCHEDULING_SERVER", Make<DvnSchedulingServerSet>, {"SERVER_ID", "UNIQUE NAME,SYSTEM", "SYSTEM"}, {}},
+    {"ADMIN_SERVER", Make<DvnAdminServerSet>, {"SERVER_ID", "UNIQUE NAME,SYSTEM"}, {}},
+    {"USER_PE_SERVER", Make<DvnUPEServerSet>, {"SERVER_ID", "UNIQUE NAME,SYSTEM", "SYSTEM"}, {}},
     {"PE_AGENT", Make<DvnPEASet>, {"PE_AGENT_ID", "ASSOC_USER", "NAME"}, {"NAME"}},
     // tool sets
-    {"TOOL_SET_DEFAULT", Make<DvnToolDefaultSet>, {"NAME"}, {}},
-    {"TOOL_SET_ICONS", Make<DvnToolIconSet>, {"TOOL_SET_NAME,NAME"}, {}},
+    {"TOOL_SET_DEFAULT", Make<DvnToolDefaultSet>, {"UNIQUE NAME"}, {}},
+    {"TOOL_SET_ICONS", Make<DvnToolIconSet>, {"UNIQUE TOOL_SET_NAME,NAME"}, {}},
 };
 
 // The rows that hang on a process by the key of one of its activities.
@@ -282,6 +286,18 @@ std::vector<std::string> QueryStrings(CDatabase& db, const std::string& sql) {
 
 const std::vector<DvnSchema::Table>& DvnSchema::Tables() { return kTables; }
 
+namespace {
+constexpr std::string_view kUnique = "UNIQUE ";
+}
+
+bool DvnSchema::IsUniqueIndex(const char* index) { return std::string_view(index).starts_with(kUnique); }
+
+std::string DvnSchema::IndexColumns(const char* index) {
+    std::string_view text(index);
+    if (text.starts_with(kUnique)) text.remove_prefix(kUnique.size());
+    return std::string(text);
+}
+
 const DvnSchema::Table* DvnSchema::FindTable(const std::string& bareName) {
     const std::string wanted = Upper(bareName);
     for (const auto& t : kTables)
@@ -310,9 +326,10 @@ std::vector<std::string> DvnSchema::Statements(Dialect dialect) {
         for (const char* index : table.indexes) {
             std::string name = std::string(table.name) + "_IX" + std::to_string(++n);
             std::string list;
-            for (const char* c = index; *c; ++c) list += *c == ',' ? std::string(", ") : std::string(1, *c);
-            out.push_back(lite ? "CREATE INDEX DVBT." + name + " ON " + table.name + " (" + list + ")"
-                               : "CREATE INDEX " + name + " ON DVBT." + table.name + " (" + list + ")");
+            for (char c : IndexColumns(index)) list += c == ',' ? std::string(", ") : std::string(1, c);
+            const std::string create = IsUniqueIndex(index) ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
+            out.push_back(lite ? create + "DVBT." + name + " ON " + table.name + " (" + list + ")"
+                               : create + name + " ON DVBT." + table.name + " (" + list + ")");
         }
     }
     for (auto& trigger : lite ? SqliteTriggers() : PostgresTriggers()) out.push_back(trigger);

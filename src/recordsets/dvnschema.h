@@ -17,13 +17,16 @@ public:
     struct Table {
         const char* name;                                   // bare, as "PROCESS"
         std::unique_ptr<CRecordset> (*make)(CDatabase*);    // its recordset class
-        std::vector<const char*> indexes;                   // each "COL" or "COL1,COL2"
+        std::vector<const char*> indexes;                   // each "COL" or "COL1,COL2", "UNIQUE COL" unique
         std::vector<const char*> extraTextColumns;          // behind the exchanged ones
     };
 
     // The tables of the schema, in creation order.
     static const std::vector<Table>& Tables();
     static const Table* FindTable(const std::string& bareName);
+    // An entry of Table::indexes: whether it is unique, and its columns ("COL1,COL2").
+    static bool IsUniqueIndex(const char* index);
+    static std::string IndexColumns(const char* index);
     // The columns of a table in order: the class's exchange, then any extra.
     static std::vector<CFieldInfo> Columns(const Table& table);
 

@@ -27,7 +27,7 @@ class DvnPersonSet : public CRecordset {
 
 #define DVN_ROLE_COLUMNS(C)                                                             \
     C(TEXT, ROLE_ID) C(TEXT, NAME) C(TEXT, COORDINATOR_ID) C(INT, CHECKED_OUT)          \
-    C(TEXT, CHECKED_OUT_BY) C(TEXT, DESCRIPTION) C(LTEXT, DOCUMENTATION)
+    C(TEXT, CHECKED_OUT_BY) C(TEXT, DESCRIPTION) C(DOC, DOCUMENTATION)
 
 class DvnRoleSet : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnRoleSet, DVN_ROLE_COLUMNS)
@@ -45,7 +45,7 @@ class DvnRelRoleSet : public CRecordset {
 
 #define DVN_ORGANIZATION_COLUMNS(C)                                                     \
     C(TEXT, ORGANIZATION_ID) C(TEXT, NAME) C(TEXT, PARENT_ORG_ID) C(TEXT, MANAGER_ID)   \
-    C(INT, CHECKED_OUT) C(TEXT, CHECKED_OUT_BY) C(TEXT, DESCRIPTION) C(LTEXT, DOCUMENTATION)
+    C(INT, CHECKED_OUT) C(TEXT, CHECKED_OUT_BY) C(TEXT, DESCRIPTION) C(DOC, DOCUMENTATION)
 
 class DvnOrganizationSet : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnOrganizationSet, DVN_ORGANIZATION_COLUMNS)
@@ -57,7 +57,7 @@ class DvnOrganizationSet : public CRecordset {
 
 #define DVN_STAFF_LEVEL_COLUMNS(C)                                                      \
     C(LONG, LEVEL_ID) C(TEXT, NAME) C(INT, CHECKED_OUT) C(TEXT, CHECKED_OUT_BY)         \
-    C(TEXT, DESCRIPTION) C(LTEXT, DOCUMENTATION)
+    C(TEXT, DESCRIPTION) C(DOC, DOCUMENTATION)
 
 class DvnStaffLevelSet : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnStaffLevelSet, DVN_STAFF_LEVEL_COLUMNS)

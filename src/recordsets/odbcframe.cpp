@@ -365,16 +365,19 @@ void CDatabase::Close() {
     m_bManualCommit = false;
     m_strConnect.Empty();
     m_strDbms.Empty();
+    m_strWriterProbe.clear();
 }
 
 bool CDatabase::BeginTrans() {
     if (!IsOpen()) ThrowFrameError("BeginTrans on a closed connection", "08003");
     if (m_bTransactionPending) return false;
     LeaveManualCommit();
+    const bool asWriter = IsSQLite() && !WriterProbeTable().empty();
     DVN_ODBC(Checked, SQL_HANDLE_DBC, m_hdbc, SQLSetConnectAttr, m_hdbc, SQL_ATTR_AUTOCOMMIT,
              reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0);
     m_bManualCommit = true;
     m_bTransactionPending = true;
+    if (asWriter) BeginAsWriter();
     return true;
 }
 
@@ -406,6 +409,42 @@ void CDatabase::LeaveManualCommit() {
     DVN_ODBC(Checked, SQL_HANDLE_DBC, m_hdbc, SQLSetConnectAttr, m_hdbc, SQL_ATTR_AUTOCOMMIT,
              reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
     m_bManualCommit = false;
+}
+
+// SQLite begins a transaction as a reader and makes it a writer at its first
+// write. When another connection has written in between, that step fails at
+// once with "database is locked", whatever the busy time-out: the reader's
+// view is out of date. So a transaction of this layer writes first, with a
+// statement that changes nothing; a second writer then waits for the first
+// (busy time-out of the connect string) instead of failing. BEGIN IMMEDIATE
+// cannot serve: it takes the write lock of every attached database, and main
+// and DVBT are the same file, so it would wait for itself.
+void CDatabase::BeginAsWriter() {
+    try {
+        // Prepared once per connection: it runs before every object.
+        StatementUse use(*this, "DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1");
+        DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
+    } catch (CDBException*) {
+        // No transaction was begun. The table may have been dropped since it
+        // was chosen: the next transaction chooses again. Manual commit stays
+        // on; the next statement or BeginTrans leaves it (LeaveManualCommit).
+        DVN_ODBC(Cleanup, SQL_HANDLE_DBC, m_hdbc, SQLEndTran, SQL_HANDLE_DBC, m_hdbc, SQL_ROLLBACK);
+        m_bTransactionPending = false;
+        m_strWriterProbe.clear();
+        throw;
+    }
+}
+
+// A table of the attached database DVBT to write nothing to; empty when
+// there is none (an empty file, an in-memory database). Looked up once.
+const std::string& CDatabase::WriterProbeTable() {
+    if (!m_strWriterProbe.empty()) return m_strWriterProbe;
+    const char* sql = "SELECT name FROM DVBT.sqlite_master WHERE type = 'table' ORDER BY name LIMIT 1";
+    FreeOnExit guard{NewStatement()};
+    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, guard.h, sql, SQLExecDirect, guard.h, SqlText(sql), SQL_NTS);
+    if (DVN_ODBC(Checked, SQL_HANDLE_STMT, guard.h, SQLFetch, guard.h) != SQL_NO_DATA)
+        ReadText(guard.h, 1, m_strWriterProbe);
+    return m_strWriterProbe;
 }
 
 bool CDatabase::CommitTrans() { return EndTransaction(SQL_COMMIT); }

@@ -122,6 +122,8 @@ protected:
     SQLHSTMT NewStatement();
     void ApplyQueryTimeout(SQLHSTMT hstmt) const;
     void AttachOwnFileAsDvbt();
+    void BeginAsWriter();
+    const std::string& WriterProbeTable();
     void FreeStatements();
     bool EndTransaction(SQLSMALLINT completion);
     // Back to autocommit when a transaction's end could not switch it.
@@ -136,6 +138,7 @@ protected:
     RowLocator m_locator;
     std::unordered_map<std::string, SQLHSTMT> m_statements;
     SQLHSTMT m_hstmtDirect = SQL_NULL_HSTMT;
+    std::string m_strWriterProbe;  // SQLite: a table of DVBT that BeginTrans writes nothing to
 };
 
 
@@ -150,7 +153,7 @@ struct CFieldInfo {
     enum Kind { Text, Long, Int };
     std::string name;       // bare name, without brackets
     Kind kind;
-    int maxLength;          // text only: 255, 4097 or 32672
+    int maxLength;          // text only: 255, 4097 or 32672; 0 no limit
     int sqlType;            // text only: SQL_VARCHAR (12) or SQL_LONGVARCHAR (-1)
     void* value;            // the member
 };

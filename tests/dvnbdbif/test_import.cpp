@@ -3,6 +3,8 @@
 // to the facade. What dvnbt prints of it: tests/dvnbt/test_import.cpp.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <optional>
 #include <sstream>
@@ -11,6 +13,7 @@
 #include "backendrun.h"
 #include "dvnbauth.h"
 #include "dvnbdbif.h"
+#include "dvnprocsets.h"
 #include "testenv.h"
 
 namespace {
@@ -111,6 +114,47 @@ TEST_P(Import, TheDataSourceComesFromTheArgumentOrElseFromTheProfile) {
     EXPECT_EQ(Run(file, true, DvnString("dvnbt_no_such_dsn")), 12);
     EXPECT_EQ(out, "");
     EXPECT_EQ(Messages(), (Lines{Line(51366, "dvnbt_no_such_dsn")}));
+}
+
+TEST_P(Import, AFolderOrAnUnreadableFileIsRefusedByNameAndNothingIsStored) {
+    const std::string unreadable = File("Category \"A\" {}\n");
+    std::filesystem::permissions(unreadable, std::filesystem::perms::none);
+    const bool asRoot = static_cast<bool>(std::ifstream(unreadable));  // root reads it all the same
+    for (const std::string& path : {m_files.Folder(), unreadable, std::string("/dev/null")}) {
+        if (path == unreadable && asRoot) continue;
+        SCOPED_TRACE(path);
+        EXPECT_EQ(Run(path, true), 12);
+        EXPECT_EQ(out, "Could not load TRX" + path);
+        EXPECT_EQ(Messages(), (Lines{Line(51301, path.c_str())}));  // after the parser's 52001
+    }
+    EXPECT_EQ(Count("CATEGORY"), "0");
+    EXPECT_EQ(Count("VERSION"), "0");
+}
+
+TEST_P(Import, ADocumentationOfAnyLengthIsStoredAndReadBackWhole) {
+    // 100,000 characters, a third of them of two and three bytes in UTF-8.
+    std::string text;
+    for (int k = 0; k < 100000 / 3; ++k) text += "a\xC3\xA4\xE2\x82\xAC";  // a, a umlaut, euro sign
+    text += "z";
+    ASSERT_EQ(text.size(), 100000u / 3 * 6 + 1);
+    const std::string file = File("Category \"Long\" { Documentation = \"" + text +
+                                  "\"; }\nDataStructure \"Long\" { Documentation = \"" + text + "\"; }\n");
+    ASSERT_EQ(Run(file, true), 0) << out;
+    EXPECT_EQ(Messages(), (Lines{Line(51019, "Long"), Line(51021, "Long")}));
+    // Read back through the recordsets, as every load reads.
+    DvnCategorySet category(&Db());
+    category.m_strFilter = "NAME = 'Long'";
+    category.Open(CRecordset::snapshot, "DVBT.CATEGORY", CRecordset::readOnly);
+    ASSERT_FALSE(category.IsEOF());
+    EXPECT_EQ(category.m_DOCUMENTATION.str().size(), text.size());
+    EXPECT_TRUE(category.m_DOCUMENTATION.str() == text);
+    category.Close();
+    DvnDataStructureSet structure(&Db());
+    structure.m_strFilter = "NAME = 'Long'";
+    structure.Open(CRecordset::snapshot, "DVBT.DATA_STRUCTURE", CRecordset::readOnly);
+    ASSERT_FALSE(structure.IsEOF());
+    EXPECT_TRUE(structure.m_DOCUMENTATION.str() == text);
+    structure.Close();
 }
 
 // A message stream that raises a failure at the first report starting with

@@ -150,6 +150,50 @@ TEST_P(DvnbtImport, ANamelessObjectIsRefusedWithErrorsAndAReimportAddsNoRow) {
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.DATA_STRUCTURE_MBR"), "0");
 }
 
+TEST_P(DvnbtImport, TwoImportsOfOneFileAtOnceNeitherFailOnALockNorDoubleAName) {
+    AddSystemGroup(Db(), "G1", "SYS_GRP");
+    AddPerson(Db(), {.id = "P1", .userId = "MODELER", .systemGroup = "G1", .password = "pw", .processModeling = 1});
+    const int count = 1000;
+    std::string text;
+    for (int i = 0; i < count; ++i) text += "Category \"C" + std::to_string(i) + "\" {}\n";
+    const std::string file = files.Write(text);
+    // The options after the command, as people type them. Without overwrite
+    // the run that trails skips what the other stored and catches up with it,
+    // so that the two meet at the same names again and again.
+    std::vector<std::string> args{"import", "--no-overwrite", file, "--user", "modeler"};
+    for (const std::string& a : DvnbtArgs({})) args.push_back(a);
+    CliResult results[2];
+    {
+        DvnbtProcess first(args, {"DVNBT_PASSWORD=pw"}), second(args, {"DVNBT_PASSWORD=pw"});
+        results[0] = first.Wait();
+        results[1] = second.Wait();
+    }
+    EXPECT_EQ(QueryRows(Db(), "SELECT COUNT(*), COUNT(DISTINCT NAME) FROM DVBT.CATEGORY"),
+              (std::vector<std::string>{std::to_string(count) + "|" + std::to_string(count)}));
+    for (const CliResult& r : results) {
+        auto lines = [&](const char* head) {
+            size_t n = 0;
+            for (size_t at = r.err.find(head); at != std::string::npos; at = r.err.find(head, at + 1)) ++n;
+            return n;
+        };
+        const size_t refused = lines("\n51315: Category C");
+        EXPECT_EQ(r.err.find("locked"), std::string::npos) << r.err.substr(0, 2000);
+        if (!IsPostgres()) {
+            // The second waits for the first, object by object.
+            EXPECT_EQ(r.status, 0) << r.err.substr(0, 2000);
+            EXPECT_EQ(refused, 0u);
+        } else {
+            // A name inserted by the other run in the meantime is refused
+            // for that one object, with its message; the others are stored.
+            EXPECT_EQ(r.status, refused ? 4 : 0) << r.err.substr(0, 2000);
+            EXPECT_EQ(lines("51368: "), refused);
+            EXPECT_EQ(lines("\n51019: Category C") + lines("\n51083: Category C") + refused +
+                          (r.err.rfind("51019: Category C", 0) == 0 || r.err.rfind("51083: Category C", 0) == 0),
+                      static_cast<size_t>(count));
+        }
+    }
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtImport);
 
 }  // namespace

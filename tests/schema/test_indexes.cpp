@@ -4,6 +4,8 @@
 // nothing; the indexes are the same on both.)
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "dvnschema.h"
 #include "repositorydb.h"
 
@@ -61,7 +63,8 @@ TEST_P(Indexes, EveryIndexAndEachShapeOfFilterIsSearched) {
     ASSERT_FALSE(plan.empty());
     ASSERT_NE(plan[0].find("|SCAN "), std::string::npos) << plan[0];
     for (const auto& table : DvnSchema::Tables()) {
-        for (std::string columns : table.indexes) {
+        for (const char* index : table.indexes) {
+            std::string columns = DvnSchema::IndexColumns(index);
             std::string where = "";
             for (size_t comma; (comma = columns.find(',')) != std::string::npos; columns.erase(0, comma + 1))
                 where += columns.substr(0, comma) + " = 'x' AND ";
@@ -73,5 +76,62 @@ TEST_P(Indexes, EveryIndexAndEachShapeOfFilterIsSearched) {
 
 INSTANTIATE_TEST_SUITE_P(Db, Indexes, ::testing::Values(Backend::SQLite),
                          [](const auto& i) { return BackendName(i.param); });
+
+// Names the stores look up before they insert are unique, so that two
+// imports at once cannot both insert one; names that legitimately repeat
+// (per process and block, per system, per kind of list) are not.
+using UniqueNames = RepositoryTest;
+
+bool Inserts(CDatabase& db, const std::string& sql) {
+    try {
+        db.ExecuteSQL(sql.c_str());
+        return true;
+    } catch (CDBException* e) {
+        e->Delete();
+        return false;
+    }
+}
+
+TEST_P(UniqueNames, ASecondRowOfAUniqueNameIsRefusedAndLegitimateRepeatsAreKept) {
+    std::vector<std::string> unique;
+    for (const auto& table : DvnSchema::Tables()) {
+        for (const char* index : table.indexes) {
+            if (!DvnSchema::IsUniqueIndex(index)) continue;
+            const std::string columns = DvnSchema::IndexColumns(index);
+            std::string values;
+            for (size_t i = 0, n = std::count(columns.begin(), columns.end(), ',') + 1; i < n; ++i)
+                values += i ? ", 'x'" : "'x'";
+            const std::string insert =
+                std::string("INSERT INTO DVBT.") + table.name + " (" + columns + ") VALUES (" + values + ")";
+            EXPECT_TRUE(Inserts(Db(), insert)) << insert;
+            EXPECT_FALSE(Inserts(Db(), insert)) << insert;
+            unique.push_back(std::string(table.name) + "(" + columns + ")");
+        }
+    }
+    // The list that docs/schema.md gives.
+    EXPECT_EQ(unique.size(), 27u) << testing::PrintToString(unique);
+
+    // Null names (nothing to look up) do not collide.
+    EXPECT_TRUE(Inserts(Db(), "INSERT INTO DVBT.CATEGORY (CATID) VALUES ('n1')"));
+    EXPECT_TRUE(Inserts(Db(), "INSERT INTO DVBT.CATEGORY (CATID) VALUES ('n2')"));
+    for (const char* repeat : {
+             // an activity name per process and block
+             "INSERT INTO DVBT.ACTIVITY (AID, PID, INSIDE_BLOCK, NAME) VALUES ('a1', 'p', 'b1', 'Check')",
+             "INSERT INTO DVBT.ACTIVITY (AID, PID, INSIDE_BLOCK, NAME) VALUES ('a2', 'p', 'b2', 'Check')",
+             "INSERT INTO DVBT.ACTIVITY (AID, PID, NAME) VALUES ('a3', 'q', 'Check')",
+             // a member name per structure
+             "INSERT INTO DVBT.DATA_STRUCTURE_MBR (DSID, MEMBER) VALUES ('d1', 'Amount')",
+             "INSERT INTO DVBT.DATA_STRUCTURE_MBR (DSID, MEMBER) VALUES ('d2', 'Amount')",
+             // a server name per system
+             "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM) VALUES ('s1', 'PES', 'sys1')",
+             "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM) VALUES ('s2', 'PES', 'sys2')",
+             // a list name per kind of list
+             "INSERT INTO DVBT.ACT_INSTANCE_LIST (LIST_ID, NAME) VALUES ('l1', 'Mine')",
+             "INSERT INTO DVBT.WORK_LIST (LIST_ID, NAME) VALUES ('l2', 'Mine')",
+         })
+        EXPECT_TRUE(Inserts(Db(), repeat)) << repeat;
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(UniqueNames);
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "testenv.h"
 
 #include <sys/wait.h>
+#include <grp.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -59,29 +60,45 @@ ProfileFile::~ProfileFile() {
     std::filesystem::remove(m_file);
 }
 
-CliResult RunDvnbt(const std::vector<std::string>& args, const std::vector<std::string>& env) {
-    std::string out = TempPath("dvnbt_out"), err = TempPath("dvnbt_err");
-    pid_t pid = fork();
-    if (pid == 0) {
+DvnbtProcess::DvnbtProcess(const std::vector<std::string>& args, const std::vector<std::string>& env, int uid)
+    : m_out(TempPath("dvnbt_out")), m_err(TempPath("dvnbt_err")) {
+    // Everything the child needs is made before the fork.
+    std::string program = std::string(DVN_BINARY_DIR) + "/tools/dvnbt/dvnbt";
+    std::vector<char*> argv;
+    argv.push_back(program.data());
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    m_pid = fork();
+    if (m_pid == 0) {
         for (const std::string& e : env) putenv(const_cast<char*>(e.c_str()));
         // Never a terminal on standard input: nothing may wait for a person.
-        if (!freopen("/dev/null", "r", stdin) || !freopen(out.c_str(), "w", stdout) ||
-            !freopen(err.c_str(), "w", stderr))
+        if (!freopen("/dev/null", "r", stdin) || !freopen(m_out.c_str(), "w", stdout) ||
+            !freopen(m_err.c_str(), "w", stderr))
             _exit(127);
-        std::vector<char*> argv;
-        std::string program = std::string(DVN_BINARY_DIR) + "/tools/dvnbt/dvnbt";
-        argv.push_back(program.data());
-        for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
+        if (uid >= 0 && (setgroups(0, nullptr) != 0 || setgid(static_cast<gid_t>(uid)) != 0 ||
+                         setuid(static_cast<uid_t>(uid)) != 0))
+            _exit(126);
         execv(program.c_str(), argv.data());
         _exit(127);
     }
+}
+
+DvnbtProcess::~DvnbtProcess() {
+    if (m_pid > 0) Wait();
+}
+
+CliResult DvnbtProcess::Wait() {
     int status = 0;
-    waitpid(pid, &status, 0);
-    CliResult r{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), ReadFile(out), ReadFile(err)};
-    std::filesystem::remove(out);
-    std::filesystem::remove(err);
+    if (m_pid > 0) waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    CliResult r{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), ReadFile(m_out), ReadFile(m_err)};
+    std::filesystem::remove(m_out);
+    std::filesystem::remove(m_err);
     return r;
+}
+
+CliResult RunDvnbt(const std::vector<std::string>& args, const std::vector<std::string>& env) {
+    return DvnbtProcess(args, env).Wait();
 }
 
 TrxFiles::TrxFiles() : m_dir(TempPath("dvn_trx")) { std::filesystem::create_directories(m_dir); }

@@ -34,6 +34,19 @@ struct CliResult {
     std::string err;   // standard error
 };
 CliResult RunDvnbt(const std::vector<std::string>& args, const std::vector<std::string>& env = {});
+// dvnbt started without waiting for it, for runs side by side.
+class DvnbtProcess {
+public:
+    // uid: run as that user (when the tests run as root), -1 as the tests' own.
+    DvnbtProcess(const std::vector<std::string>& args, const std::vector<std::string>& env = {}, int uid = -1);
+    ~DvnbtProcess();  // waits
+    CliResult Wait();
+    DvnbtProcess(const DvnbtProcess&) = delete;
+    DvnbtProcess& operator=(const DvnbtProcess&) = delete;
+private:
+    int m_pid = -1;
+    std::string m_out, m_err;
+};
 
 // TRX files written into a temporary folder of their own, removed with it.
 class TrxFiles {

@@ -38,10 +38,21 @@ struct Context {
 
 // Prints "dvnbt: <text>" on standard error.
 void Error(const std::string& text);
+// A wrong command line: prints "dvnbt: <text>" and "Try 'dvnbt --help'." on
+// standard error and gives kUsage.
+int UsageError(const std::string& text);
 
-// Opens the database the options chose. On failure says why on standard
-// error and returns false.
-bool OpenDatabase(const Context& ctx, CDatabase& db);
+// Opens the database the options chose. On failure says why (the driver's
+// reason) on standard error and returns false. A database file named by
+// --db that does not exist is refused, not created, unless create is true
+// (init).
+bool OpenDatabase(const Context& ctx, CDatabase& db, bool create = false);
+
+// Opens the database as OpenDatabase does and checks that it holds a
+// repository (else says to run init) and, with forWriting, that it can be
+// written (a read-only file). On failure says why and returns false; the
+// connection is closed then.
+bool OpenRepository(const Context& ctx, CDatabase& db, bool forWriting);
 
 using CommandFn = int (*)(Context&);
 struct Command {

@@ -29,18 +29,24 @@ int Import(dvnbt::Context& ctx) {
         } else if (a == "--initial-load") {
             initialLoad = true;
         } else if (a.size() > 1 && a[0] == '-') {
-            dvnbt::Error("import: unknown option " + a);
-            return dvnbt::kUsage;
+            return dvnbt::UsageError("import: unknown option " + a);
         } else if (file.empty()) {
             file = a;
         } else {
-            dvnbt::Error("import takes one file");
-            return dvnbt::kUsage;
+            return dvnbt::UsageError("import takes one file");
         }
     }
     if (file.empty()) {
-        dvnbt::Error("import: no file given");
-        return dvnbt::kUsage;
+        return dvnbt::UsageError("import: no file given");
+    }
+
+    // The database first: a server that cannot be reached, a file without a
+    // repository or one that cannot be written is said once, with its
+    // reason, before the login and before anything else is read or written.
+    {
+        CDatabase db;
+        if (!dvnbt::OpenRepository(ctx, db, true)) return dvnbt::kFailed;
+        db.Close();
     }
 
     // The user's rights decide what is stored; an initial load holds them all.

@@ -26,13 +26,12 @@ int Init(dvnbt::Context& ctx) {
     bool recreate = false;
     for (const auto& a : ctx.args) {
         if (a != "--recreate") {
-            dvnbt::Error("init takes only --recreate, not " + a);
-            return dvnbt::kUsage;
+            return dvnbt::UsageError("init takes only --recreate, not " + a);
         }
         recreate = true;
     }
     CDatabase db;
-    if (!dvnbt::OpenDatabase(ctx, db)) return dvnbt::kFailed;
+    if (!dvnbt::OpenDatabase(ctx, db, true)) return dvnbt::kFailed;
     // Dropping a repository that has users is a system administrator's work.
     if (recreate && HoldsPersonTable(db) && !dvnbt::Login(ctx, dvnbt::LoginFor::Administration)) {
         db.Close();
@@ -48,8 +47,7 @@ int Init(dvnbt::Context& ctx) {
 
 int SchemaScript(dvnbt::Context& ctx) {
     if (ctx.args.size() != 1 || (ctx.args[0] != "sqlite" && ctx.args[0] != "postgresql")) {
-        dvnbt::Error("schema-script takes one argument: sqlite or postgresql");
-        return dvnbt::kUsage;
+        return dvnbt::UsageError("schema-script takes one argument: sqlite or postgresql");
     }
     std::cout << DvnSchema::Script(ctx.args[0] == "sqlite" ? DvnSchema::SQLite : DvnSchema::PostgreSQL);
     return dvnbt::kOk;

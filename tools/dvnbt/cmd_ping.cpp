@@ -8,8 +8,7 @@ namespace {
 
 int Ping(dvnbt::Context& ctx) {
     if (!ctx.args.empty()) {
-        dvnbt::Error("ping takes no arguments");
-        return dvnbt::kUsage;
+        return dvnbt::UsageError("ping takes no arguments");
     }
     CDatabase db;
     if (!dvnbt::OpenDatabase(ctx, db)) return dvnbt::kFailed;
