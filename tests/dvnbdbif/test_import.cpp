@@ -110,10 +110,13 @@ TEST_P(Import, TheDataSourceComesFromTheArgumentOrElseFromTheProfile) {
     EXPECT_EQ(Count("CATEGORY"), "1");
     Messages();
 
-    // A data source that does not open: 51366 with its name, 12, no final words.
+    // A data source that does not open: 51366 with its name, 12, no final
+    // words; a password in the name is masked, whatever its spelling.
     EXPECT_EQ(Run(file, true, DvnString("dvnbt_no_such_dsn")), 12);
     EXPECT_EQ(out, "");
     EXPECT_EQ(Messages(), (Lines{Line(51366, "dvnbt_no_such_dsn")}));
+    EXPECT_EQ(Run(file, true, DvnString("dvnbt_no_such_dsn;Password=Zq7secret")), 12);
+    EXPECT_EQ(Messages(), (Lines{Line(51366, "dvnbt_no_such_dsn;Password=********")}));
 }
 
 TEST_P(Import, AFolderOrAnUnreadableFileIsRefusedByNameAndNothingIsStored) {

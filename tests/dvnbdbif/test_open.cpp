@@ -81,16 +81,11 @@ TEST_P(Open, TheUserAndPasswordGivenAreUsedAndThePasswordIsNeverShown) {
         EXPECT_EQ(QueryValue(db, "SELECT current_user"), role.user);
     }
     // The driver gives the password back in the completed connect string;
-    // what may be shown of it leaves the password out.
+    // what may be shown of it masks the password.
     std::string expected = db.GetConnect().str();
     const size_t at = expected.find("PWD=" + role.password);
     ASSERT_NE(at, std::string::npos) << expected;
-    const size_t length = std::string("PWD=").size() + role.password.size();
-    if (at > 0)
-        expected.erase(at - 1, length + 1);  // with the ';' before it
-    else
-        expected.erase(at, length + 1);
-    while (!expected.empty() && expected.back() == ';') expected.pop_back();  // no empty attribute
+    expected.replace(at + 4, role.password.size(), "********");
     const std::string shown = RedactPassword(db.GetConnect()).str();
     EXPECT_EQ(shown, expected);
     db.Close();

@@ -179,7 +179,10 @@ TEST_P(DvnbtCredentials, TheDatabasePasswordReachesEveryConnectionAndIsNeverShow
             for (const std::string* where : {&r.result.out, &r.result.err, &r.trace})
                 EXPECT_EQ(where->find(password), std::string::npos) << *where;
         }
-        EXPECT_EQ(r.result.out.find("PWD"), std::string::npos) << r.result.out;
+        const size_t pwd = r.result.out.find("PWD=");
+        if (pwd != std::string::npos) {
+            EXPECT_EQ(r.result.out.substr(pwd, 12), "PWD=********");
+        }
         return r;
     };
     auto rows = [&] { return QueryRows(Db(), "SELECT NAME FROM DVBT.CATEGORY"); };
@@ -207,8 +210,7 @@ TEST_P(DvnbtCredentials, TheDatabasePasswordReachesEveryConnectionAndIsNeverShow
         ExecAll(Db(), {"DELETE FROM DVBT.CATEGORY"});
         Run failed = run({"import", "--initial-load", sales}, wrong);
         EXPECT_EQ(failed.result.status, 1);
-        EXPECT_NE(failed.result.err.find(DvnfMessageHandler::Format(51366, DvnString(DataSource())).str()),
-                  std::string::npos)
+        EXPECT_EQ(failed.result.err.rfind("dvnbt: cannot open data source " + DataSource() + ": ", 0), 0u)
             << failed.result.err;
         EXPECT_TRUE(rows().empty());
     }
