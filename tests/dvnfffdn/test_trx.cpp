@@ -119,6 +119,9 @@ TEST(TrxErrors, NameFileLineAndColumnAndChangeNothing) {
         {"Category \"Ä\" { Description = @; }", "t.trx:1:30: error: unexpected character '@'"},
         {"Category {}", "t.trx:1:10: error: expected the entity's name (a string), found '{'"},
         {"Process \"P\" { Description = 1; Description = 2; }", "t.trx:1:32: error: attribute Description is given twice"},
+        {"Process \"P\" { A1=1; A2=1; A3=1; A4=1; A5=1; A6=1; A7=1; A8=1; A9=1; B1=1; B2=1; B3=1; B4=1; B5=1;\n"
+         "  B6=1; B7=1; B8=1; A5=2; }",
+         "t.trx:2:21: error: attribute A5 is given twice"},
     };
     for (const Case& c : cases) {
         DvnfCollectingMessageHandler mh;
@@ -210,6 +213,33 @@ TEST(TrxReader, IsAskedForWhatTheFileOnlyNames) {
     // Without a reader nothing is asked and nothing is warned.
     Parsed none("Process \"P\" { ProcessHasCategory -> \"Stored\"; }");
     EXPECT_EQ(none.rc, DvnTRXGood);
+}
+
+TEST(TrxState, EmptyAndLoadedDataReadAFileAlikeAndOwnWhatItDefines) {
+    std::string path = std::string(DVN_SOURCE_DIR) + "/examples/order.trx";
+    DvnfCollectingMessageHandler mh;
+    DvnfTRXData empty(DvnfTRXTypes::_instance, &mh), loaded(DvnfTRXTypes::_instance, &mh);
+    loaded.CreateEntity(S("Category"), S("K"), S("Kept")).State(DvnfObject::StateUnchanged);
+    std::vector<DvnfEntity*> defined, definedLoaded;
+    ASSERT_EQ(DvnTRXFrontend(empty, nullptr).ReadFile(path.c_str(), 2, &defined, nullptr), DvnTRXGood);
+    ASSERT_EQ(DvnTRXFrontend(loaded, nullptr).ReadFile(path.c_str(), 2, &definedLoaded, nullptr), DvnTRXGood);
+    std::string fromEmpty = DvnTRXWriter(empty).Write();
+    std::string fromLoaded = DvnTRXWriter(loaded).Write();
+    std::string kept = "Category \"Kept\" {}\n\n";
+    ASSERT_NE(fromLoaded.find(kept), std::string::npos);
+    fromLoaded.erase(fromLoaded.find(kept), kept.size());
+    EXPECT_EQ(fromEmpty, fromLoaded);
+    EXPECT_EQ(empty.NumberOfEntities() + 1, loaded.NumberOfEntities());
+    ASSERT_EQ(defined.size(), definedLoaded.size());
+    // Every entity answers to the data it was read into, so what is made for
+    // it later (a member of a structure) is made there too.
+    for (DvnfEntity* e : empty.AllEntities()) ASSERT_EQ(e->CoreData(), &empty);
+    for (DvnfEntity* e : defined) EXPECT_EQ(e->CoreData(), &empty);
+    DvnfEntity& ds = empty.GetEntityByName(S("DataStructure"), S("OrderData"));
+    ASSERT_TRUE(ds.IsValid());
+    long before = empty.NumberOfEntities();
+    EXPECT_EQ(ds.AttributeData()("Members").NewSetElement().AsEntity().CoreData(), &empty);
+    EXPECT_EQ(empty.NumberOfEntities(), before + 1);
 }
 
 TEST(TrxState, DefinitionsOverLoadedDataMarkChangesAndReplaceContent) {
