@@ -36,6 +36,62 @@ std::string Text(std::string_view v) { return std::string(v); }
 DvnfString Str(std::string_view v) { return DvnfString(v.data() ? v.data() : "", static_cast<long>(v.size())); }
 
 // ---------------------------------------------------------------------------
+// Encoding: a file is UTF-8 text, optionally after a byte-order mark.
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// The offset of the first byte that does not begin a well-formed UTF-8
+// character (a stray continuation byte, a sequence cut short, an overlong
+// form, a surrogate, a value above U+10FFFF), or npos.
+size_t FirstNonUtf8(std::string_view t) {
+    const unsigned char* s = reinterpret_cast<const unsigned char*>(t.data());
+    size_t n = t.size(), i = 0;
+    while (i < n) {
+        // Plain ASCII, eight bytes at a time.
+        if (i + 8 <= n) {
+            unsigned long long w;
+            std::memcpy(&w, s + i, 8);
+            if ((w & 0x8080808080808080ULL) == 0) {
+                i += 8;
+                continue;
+            }
+        }
+        unsigned char c = s[i];
+        if (c < 0x80) {
+            ++i;
+            continue;
+        }
+        size_t len;
+        unsigned char lo = 0x80, hi = 0xBF;  // range of the second byte
+        if (c >= 0xC2 && c <= 0xDF) {
+            len = 2;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            len = 3;
+            if (c == 0xE0) lo = 0xA0;       // overlong
+            else if (c == 0xED) hi = 0x9F;  // surrogates
+        } else if (c >= 0xF0 && c <= 0xF4) {
+            len = 4;
+            if (c == 0xF0) lo = 0x90;       // overlong
+            else if (c == 0xF4) hi = 0x8F;  // above U+10FFFF
+        } else {
+            return i;  // a continuation byte, C0, C1 or F5..FF
+        }
+        if (i + len > n) return i;
+        if (s[i + 1] < lo || s[i + 1] > hi) return i;
+        for (size_t k = 2; k < len; ++k)
+            if ((s[i + k] & 0xC0) != 0x80) return i;
+        i += len;
+    }
+    return std::string::npos;
+}
+
+std::string NotUtf8(unsigned char byte) {
+    char buf[48];
+    std::snprintf(buf, sizeof buf, "text is not UTF-8: byte 0x%02X", byte);
+    return buf;
+}
+
+// ---------------------------------------------------------------------------
 // Syntax tree. Its nodes live in an arena and hold views of the text (or of
 // unescaped copies kept in the arena); nothing in it needs destroying.
 
@@ -177,6 +233,15 @@ private:
     int _line = 1, _col = 1;
 };
 
+// The place of an offset, counted from the start (for an error found
+// before lexing).
+Pos PlaceOf(std::string_view text, size_t offset) {
+    Where w(text.data());
+    for (size_t i = 0; i < offset; ++i)
+        if (text[i] == '\n') w.NewLine(text.data() + i + 1);
+    return w.At(text.data() + offset);
+}
+
 class Lexer {
 public:
     Lexer(std::string_view text, Arena& arena)
@@ -303,6 +368,9 @@ private:
         }
         std::string& out = _unescaped;
         out.assign(from, static_cast<size_t>(_p - from));
+        // Escapes that give bytes of 0x80 and above, for the check that the
+        // text they make is UTF-8: where each stands and what it gave.
+        std::vector<std::pair<Pos, size_t>> high;
         for (;;) {
             if (_p >= _end) throw TrxError{tok.pos, DvnTRXMsgSyntax, "string not closed", ""};
             char c = *_p;
@@ -330,6 +398,7 @@ private:
                     if (h1 < 0 || h2 < 0 || (h1 == 0 && h2 == 0))
                         throw TrxError{at, DvnTRXMsgSyntax, "\\x needs two hexadecimal digits, not 00", ""};
                     _p += 2;
+                    if (h1 >= 8) high.emplace_back(at, out.size());
                     out += static_cast<char>(h1 * 16 + h2);
                     break;
                 }
@@ -340,6 +409,19 @@ private:
             const char* run = Plain(_p);
             out.append(_p, static_cast<size_t>(run - _p));
             _p = run;
+        }
+        if (!high.empty()) {
+            // Escaped bytes must make UTF-8 text with what stands around them.
+            size_t bad = FirstNonUtf8(out);
+            if (bad != std::string::npos) {
+                Pos at = tok.pos;
+                for (const auto& [pos, offset] : high)
+                    if (offset >= bad) {
+                        at = pos;
+                        break;
+                    }
+                throw TrxError{at, DvnTRXMsgSyntax, NotUtf8(static_cast<unsigned char>(out[bad])), ""};
+            }
         }
         tok.text = _arena.Keep(out);
         return tok;
@@ -949,7 +1031,9 @@ int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, in
         mh->Report(number, src, DvnString::FromLong(pos.line), DvnString::FromLong(pos.col), DvnString(a4),
                    a5.empty() ? DvnString() : DvnString(a5));
     };
+    // A byte-order mark at the very start is no part of the text.
     std::string_view body(text);
+    if (body.substr(0, kByteOrderMark.size()) == kByteOrderMark) body.remove_prefix(kByteOrderMark.size());
     // When the core data holds nothing yet, the checked scratch data is the
     // result: it is taken over instead of being built a second time.
     bool takeOver = _data.NumberOfEntities() == 0;
@@ -959,6 +1043,9 @@ int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, in
     Builder check(scratch);
     std::vector<Warning> warnings;
     try {
+        size_t bad = FirstNonUtf8(body);
+        if (bad != std::string::npos)
+            throw TrxError{PlaceOf(body, bad), DvnTRXMsgSyntax, NotUtf8(static_cast<unsigned char>(body[bad])), ""};
         defs = Parser(body, arena).File();
         check.Build(defs);
         warnings = check.Warnings();
