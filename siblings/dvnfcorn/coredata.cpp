@@ -259,7 +259,7 @@ DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid
     // a name, names made in order).
     ix.view.emplace_hint(ix.view.end(), e.Name(), &e);
     ix.byName[e.Name().str()].push_back(&e);
-    if (!oid.IsEmpty()) ix.byOID.emplace(oid.str(), &e);
+    if (!e.OID().IsEmpty()) ix.byOID.emplace(View(e.OID()), &e);  // the entity's text, not the argument's
     return e;
 }
 
@@ -289,7 +289,10 @@ void DvnfCoreData::Rekey(DvnfEntity& entity, const DvnfString& oldOID) {
         auto it = ix.byOID.find(View(oldOID));
         if (it != ix.byOID.end() && it->second == &entity) ix.byOID.erase(it);
     }
-    if (!entity.OID().IsEmpty()) ix.byOID[entity.OID().str()] = &entity;
+    if (!entity.OID().IsEmpty()) {
+        ix.byOID.erase(View(entity.OID()));  // a key of this entity's old text: keep none of it
+        ix.byOID.emplace(View(entity.OID()), &entity);
+    }
 }
 
 DvnfEntity& DvnfCoreData::CreateEntity(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name) {

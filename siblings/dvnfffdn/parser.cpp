@@ -4,6 +4,7 @@
 #include "dvnfffdn.h"
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <map>
@@ -105,7 +106,7 @@ public:
         size_t at = (_used + align - 1) & ~(align - 1);
         if (!_block || at + size > _size) {
             _size = size > kBlock / 4 ? size : kBlock;
-            _blocks.push_back(std::make_unique<char[]>(_size));
+            _blocks.emplace_back(new char[_size]);  // not zeroed: every node is constructed in place
             _block = _blocks.back().get();
             at = 0;
         }
@@ -211,26 +212,45 @@ const char* KindName(Token::Kind k) {
     return "?";
 }
 
+// How many bytes of [from, to) continue a UTF-8 sequence (top bits 10).
+int Continuing(const char* from, const char* to) {
+    int n = 0;
+    for (; to - from >= 8; from += 8) {
+        std::uint64_t w;
+        std::memcpy(&w, from, 8);
+        std::uint64_t continuing = w & ~(w << 1) & 0x8080808080808080ULL;
+        n += static_cast<int>(((continuing >> 7) * 0x0101010101010101ULL) >> 56);
+    }
+    for (; from < to; ++from)
+        if ((static_cast<unsigned char>(*from) & 0xC0) == 0x80) ++n;
+    return n;
+}
+
 // Lines and columns of places in the text. Columns count characters: bytes
-// that continue a UTF-8 sequence do not. Places are asked for in the order
-// of the text, so the count moves forward only.
+// that continue a UTF-8 sequence do not. Outside strings and comments only
+// ASCII stands (anything else is an error at its first byte), so the column
+// of a token is its distance from the start of the line less the bytes that
+// continued a sequence in the strings before it on that line.
 class Where {
 public:
-    explicit Where(const char* begin) : _mark(begin) {}
+    explicit Where(const char* begin) : _lineStart(begin) {}
     void NewLine(const char* next) {
         ++_line;
-        _col = 1;
-        _mark = next;
+        _lineStart = next;
+        _continuing = 0;
     }
-    Pos At(const char* p) {
-        for (; _mark < p; ++_mark)
-            if ((static_cast<unsigned char>(*_mark) & 0xC0) != 0x80) ++_col;
-        return Pos{_line, _col};
+    // A string or a comment (from, to) on this line was passed over.
+    void Passed(const char* from, const char* to) { _continuing += Continuing(from, to); }
+    // A place outside strings and comments, after all of them passed so far.
+    Pos At(const char* p) const { return Pos{_line, static_cast<int>(p - _lineStart) + 1 - _continuing}; }
+    // Any place on the current line (inside a string, say).
+    Pos Inside(const char* p) const {
+        return Pos{_line, static_cast<int>(p - _lineStart) + 1 - Continuing(_lineStart, p)};
     }
 
 private:
-    const char* _mark;
-    int _line = 1, _col = 1;
+    const char* _lineStart;
+    int _line = 1, _continuing = 0;
 };
 
 // The place of an offset, counted from the start (for an error found
@@ -239,8 +259,22 @@ Pos PlaceOf(std::string_view text, size_t offset) {
     Where w(text.data());
     for (size_t i = 0; i < offset; ++i)
         if (text[i] == '\n') w.NewLine(text.data() + i + 1);
-    return w.At(text.data() + offset);
+    return w.Inside(text.data() + offset);
 }
+
+// Classes of bytes: 1 starts a name, 2 continues one, 4 ends a run of
+// plain string characters (quote, backslash, line break, NUL).
+struct ByteClasses {
+    unsigned char of[256] = {};
+    constexpr ByteClasses() {
+        for (int c = 'A'; c <= 'Z'; ++c) of[c] = 3;
+        for (int c = 'a'; c <= 'z'; ++c) of[c] = 3;
+        of[static_cast<unsigned char>('_')] = 3;
+        for (int c = '0'; c <= '9'; ++c) of[c] = 2;
+        for (char c : {'"', '\\', '\n', '\0'}) of[static_cast<unsigned char>(c)] = 4;
+    }
+};
+constexpr ByteClasses kClasses{};
 
 class Lexer {
 public:
@@ -286,8 +320,9 @@ public:
     }
 
 private:
-    static bool IsIdentStart(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
-    static bool IsIdentChar(char c) { return IsIdentStart(c) || (c >= '0' && c <= '9'); }
+    static bool IsIdentStart(char c) { return kClasses.of[static_cast<unsigned char>(c)] & 1; }
+    static bool IsIdentChar(char c) { return kClasses.of[static_cast<unsigned char>(c)] & 2; }
+    static bool EndsPlain(char c) { return kClasses.of[static_cast<unsigned char>(c)] & 4; }
 
     static std::string Describe(char c) {
         unsigned char u = static_cast<unsigned char>(c);
@@ -298,16 +333,23 @@ private:
     }
 
     void SkipSpace() {
+        constexpr std::uint64_t kEightSpaces = 0x2020202020202020ULL;
         while (_p < _end) {
             char c = *_p;
-            if (c == ' ' || c == '\t' || c == '\r') {
+            if (c == ' ') {
+                ++_p;
+                // Indentation, eight spaces at a time.
+                for (std::uint64_t w; _end - _p >= 8 && (std::memcpy(&w, _p, 8), w == kEightSpaces);) _p += 8;
+            } else if (c == '\t' || c == '\r') {
                 ++_p;
             } else if (c == '\n') {
                 ++_p;
                 _where.NewLine(_p);
             } else if (c == '#') {
                 const void* nl = std::memchr(_p, '\n', static_cast<size_t>(_end - _p));
-                _p = nl ? static_cast<const char*>(nl) : _end;
+                const char* to = nl ? static_cast<const char*>(nl) : _end;
+                _where.Passed(_p, to);
+                _p = to;
             } else {
                 break;
             }
@@ -348,11 +390,7 @@ private:
     // Scans plain characters of a string up to a quote, a backslash, a line
     // break, a NUL or the end.
     const char* Plain(const char* p) const {
-        while (p < _end) {
-            char c = *p;
-            if (c == '"' || c == '\\' || c == '\n' || c == '\0') break;
-            ++p;
-        }
+        while (p < _end && !EndsPlain(*p)) ++p;
         return p;
     }
 
@@ -363,6 +401,7 @@ private:
         _p = Plain(_p);
         if (_p < _end && *_p == '"') {  // no escapes: a view of the text
             tok.text = std::string_view(from, static_cast<size_t>(_p - from));
+            _where.Passed(from, _p);
             ++_p;
             return tok;
         }
@@ -379,10 +418,10 @@ private:
                 break;
             }
             if (c == '\n')
-                throw TrxError{_where.At(_p), DvnTRXMsgSyntax, "line break inside a string (write \\n)", ""};
-            if (c == '\0') throw TrxError{_where.At(_p), DvnTRXMsgSyntax, "NUL character inside a string", ""};
+                throw TrxError{_where.Inside(_p), DvnTRXMsgSyntax, "line break inside a string (write \\n)", ""};
+            if (c == '\0') throw TrxError{_where.Inside(_p), DvnTRXMsgSyntax, "NUL character inside a string", ""};
             if (c == '\\') {
-                Pos at = _where.At(_p);
+                Pos at = _where.Inside(_p);
                 ++_p;
                 if (_p >= _end) throw TrxError{tok.pos, DvnTRXMsgSyntax, "string not closed", ""};
                 char e = *_p++;
@@ -423,6 +462,7 @@ private:
                 throw TrxError{at, DvnTRXMsgSyntax, NotUtf8(static_cast<unsigned char>(out[bad])), ""};
             }
         }
+        _where.Passed(from, _p);
         tok.text = _arena.Keep(out);
         return tok;
     }
@@ -713,7 +753,7 @@ private:
         if (it != _typeCache.end()) {
             t = it->second;
         } else {
-            t = &_types.GetEntityType(Str(n.type), false);
+            t = &_types.GetEntityType(Dvn(n.type), false);
             _typeCache.emplace(n.type, t);
         }
         if (!t->IsValid()) throw TrxError{n.pos, DvnTRXMsgUnknownType, Text(n.type), ""};
@@ -724,10 +764,13 @@ private:
         LinkKey key{&source, name};
         auto it = _linkCache.find(key);
         if (it != _linkCache.end()) return *it->second;
-        const DvnfLinkType& lt = _types.FindLinkType(Str(name), source);
+        const DvnfLinkType& lt = _types.FindLinkType(Dvn(name), source);
         _linkCache.emplace(key, &lt);
         return lt;
     }
+
+    // The text as core-model text; the empty text is shared, not made anew.
+    DvnfString Dvn(std::string_view v) const { return v.empty() ? _empty : Str(v); }
 
     void Warn(Pos pos, long number, std::string a4, std::string a5) {
         _warnings.push_back(Warning{pos, number, std::move(a4), std::move(a5)});
@@ -740,7 +783,7 @@ private:
     }
 
     DvnfEntity& DefineTop(const EntityNode& n, const DvnfEntityType& t) {
-        DvnfString name(Str(n.name)), oid(n.hasOid ? Str(n.oid) : DvnfString(""));
+        DvnfString name(Dvn(n.name)), oid(n.hasOid ? Dvn(n.oid) : _empty);
         DvnfEntity* e = nullptr;
         if (n.hasOid) {
             DvnfEntity& byKey = _data.GetEntityByOID(t, oid, false);
@@ -777,8 +820,8 @@ private:
             // A reference to an entity defined elsewhere.
             if (!t.IsTopLevel())
                 throw TrxError{n.pos, DvnTRXMsgSyntax, Text(n.type) + " needs a body { } here", ""};
-            DvnfEntity& e = n.hasOid ? _data.GetEntityByOID(t, Str(n.oid), true)
-                                     : _data.GetEntityByName(t, Str(n.name), true);
+            DvnfEntity& e = n.hasOid ? _data.GetEntityByOID(t, Dvn(n.oid), true)
+                                     : _data.GetEntityByName(t, Dvn(n.name), true);
             if (!e.IsValid()) throw TrxError{n.pos, DvnTRXMsgSyntax, "a reference needs a name or a key", ""};
             _named.push_back(&e);
             return e;
@@ -786,8 +829,8 @@ private:
         if (t.IsTopLevel())
             throw TrxError{n.pos, DvnTRXMsgSyntax,
                            Text(n.type) + " is defined at the top level; refer to it without a body", ""};
-        DvnfString oid(n.hasOid ? Str(n.oid) : DvnfString(""));
-        DvnfEntity& e = _data.CreateEntity(t, oid, Str(n.name));
+        DvnfString oid(n.hasOid ? Dvn(n.oid) : _empty);
+        DvnfEntity& e = _data.CreateEntity(t, oid, Dvn(n.name));
         if (n.hasOid) Clear(e);
         Fill(e, n.body, state);
         return e;
@@ -985,14 +1028,15 @@ private:
             p.source->AddLink(*p.type, *it->second, false);
             return;
         }
-        const DvnfLink& l = p.byOid ? _data.AddLinkByOID(*p.source, *p.type, Str(p.target), true, false)
-                                    : _data.AddLinkByName(*p.source, *p.type, Str(p.target), true, false);
+        const DvnfLink& l = p.byOid ? _data.AddLinkByOID(*p.source, *p.type, Dvn(p.target), true, false)
+                                    : _data.AddLinkByName(*p.source, *p.type, Dvn(p.target), true, false);
         if (!l.IsValid()) throw TrxError{p.pos, DvnTRXMsgSyntax, "link " + p.type->Name().str() + " needs a target", ""};
         _named.push_back(&l.Target());
     }
 
     DvnfTRXData& _data;
     const DvnfCoreTypes& _types;
+    const DvnfString _empty{""};
     std::vector<std::unique_ptr<Scope>> _scopes, _keep;
     std::vector<Pending> _pending;
     std::vector<Warning> _warnings;

@@ -164,14 +164,6 @@ bool DvnString::operator==(const char* other) const {
     return std::strlen(other) == static_cast<size_t>(Length()) && std::memcmp(Data(), other, static_cast<size_t>(Length())) == 0;
 }
 
-bool DvnString::operator<(const DvnString& other) const {
-    if (IsNull() || other.IsNull()) return IsNull() && !other.IsNull();
-    // Byte order (unsigned), a shorter text before a longer one it begins.
-    size_t a = static_cast<size_t>(Length()), b = static_cast<size_t>(other.Length());
-    int c = std::memcmp(Data(), other.Data(), a < b ? a : b);
-    return c != 0 ? c < 0 : a < b;
-}
-
 DvnString DvnString::operator|(const DvnString& other) const {
     dvnkRequire(!IsNull() && !other.IsNull(), "neither side of | may be null", __FILE__, __LINE__);
     DvnString out;

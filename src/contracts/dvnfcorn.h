@@ -563,7 +563,9 @@ private:
         std::vector<DvnfEntity*> renamed;  // not yet moved in the view
         // current names, creation order
         std::unordered_map<std::string, std::vector<DvnfEntity*>, TextHash, std::equal_to<>> byName;
-        std::unordered_map<std::string, DvnfEntity*, TextHash, std::equal_to<>> byOID;
+        // Keyed by a view of the entity's own key text, which stays as it is
+        // until OID() gives the entity another (the index is redone then).
+        std::unordered_map<std::string_view, DvnfEntity*, TextHash, std::equal_to<>> byOID;
     };
     TypeIndex& Index(const DvnfEntityType& type) const;
     DvnfEntity& Make(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name,
