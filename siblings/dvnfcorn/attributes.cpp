@@ -11,10 +11,24 @@ const DvnfDataSetIterator DvnfDataSetIterator::undefined;
 // ---------------------------------------------------------------------------
 // Nodes
 
-DvnfAttrNode* DvnfAttrNode::Child(const std::string& childName) const {
+DvnfAttrNode* DvnfAttrNode::Child(std::string_view childName) const {
     for (const auto& c : children)
         if (c->name == childName) return c.get();
     return nullptr;
+}
+
+DvnfAttrNode* DvnfAttrNode::MakeChild(std::string_view childName) {
+    DvnfAttrNode* n = Inner();
+    if (n->kind == DvnfAttributeType::Set) return nullptr;  // a set has elements, not names
+    if (n->kind != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
+    if (DvnfAttrNode* c = n->Child(childName)) return c;
+    auto fresh = std::make_unique<DvnfAttrNode>();
+    fresh->kind = DvnfAttributeType::Group;
+    fresh->name = childName;
+    fresh->parent = n;
+    DvnfAttrNode* c = fresh.get();
+    n->children.push_back(std::move(fresh));
+    return c;
 }
 
 void DvnfAttrNode::Clear(DvnfAttributeType newKind) {
@@ -206,21 +220,9 @@ DvnfAttributeDataReader DvnfDataSetIterator::Next() { return At(_pos + 1); }
 
 DvnfAttrNode* DvnfAttributeData::Make() const {
     DvnfAttrNode* n = _base;
-    if (!n) return nullptr;
     for (const auto& name : _path) {
-        n = n->Inner();
-        if (n->kind == DvnfAttributeType::Set) return nullptr;  // a set has elements, not names
-        if (n->kind != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
-        DvnfAttrNode* c = n->Child(name);
-        if (!c) {
-            auto fresh = std::make_unique<DvnfAttrNode>();
-            fresh->kind = DvnfAttributeType::Group;
-            fresh->name = name;
-            fresh->parent = n;
-            c = fresh.get();
-            n->children.push_back(std::move(fresh));
-        }
-        n = c;
+        if (!n) return nullptr;
+        n = n->MakeChild(name);
     }
     return n;
 }
@@ -230,6 +232,12 @@ DvnfAttributeData DvnfAttributeData::operator()(const char* name) const {
     std::vector<std::string> p = _path;
     p.emplace_back(name);
     return DvnfAttributeData(_base, std::move(p));
+}
+
+DvnfAttributeData DvnfAttributeData::Sub(std::string_view name) const {
+    DvnfAttrNode* n = Make();
+    DvnfAttrNode* c = n ? n->MakeChild(name) : nullptr;
+    return c ? DvnfAttributeData(c, {}) : DvnfAttributeData();
 }
 
 namespace {

@@ -18,7 +18,11 @@ struct DvnfAttrNode {
     DvnfAttrNode* parent = nullptr;                       // null for the root
     const DvnfEntity* ownerEntity = nullptr;              // the root only
 
-    DvnfAttrNode* Child(const std::string& childName) const;
+    DvnfAttrNode* Child(std::string_view childName) const;
+    // The child of that name below this node (or below the root of the
+    // entity it refers to), made as an empty group when missing; a node
+    // that is no group becomes one. Null for a set.
+    DvnfAttrNode* MakeChild(std::string_view childName);
     // Drops value and children and takes the kind.
     void Clear(DvnfAttributeType newKind);
     std::unique_ptr<DvnfAttrNode> Clone(DvnfAttrNode* newParent) const;

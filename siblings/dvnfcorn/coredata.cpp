@@ -17,6 +17,19 @@ const DvnfLinkTypeIterator DvnfLinkTypeIterator::undefined;
 namespace {
 // Names are never null, so that "" finds every entity without a name.
 DvnfString NotNull(const DvnfString& s) { return s.IsNull() ? DvnfString("") : s; }
+
+// The text of a string, for the indexes' look-ups.
+std::string_view View(const DvnString& s) { return std::string_view(s.c_str(), static_cast<size_t>(s.Length())); }
+
+// Upper-case hexadecimal digits of the low width nibbles of value.
+char* PutHex(char* out, unsigned long long value, int width) {
+    static const char digits[] = "0123456789ABCDEF";
+    for (int i = width - 1; i >= 0; --i) {
+        out[i] = digits[value & 0xF];
+        value >>= 4;
+    }
+    return out + width;
+}
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -53,10 +66,13 @@ DvnfString DvnfObject::CreateOID() {
         ++last;
         counter = 0;
     }
-    char buf[40];
-    std::snprintf(buf, sizeof buf, "%014llX%06X%04X%08X", last & 0xFFFFFFFFFFFFFFULL,
-                  pid & 0xFFFFFFu, counter, salt);
-    return DvnfString(buf);
+    // 14 digits of time, 6 of process, 4 of counter, 8 of salt.
+    char buf[32];
+    char* p = PutHex(buf, last, 14);
+    p = PutHex(p, pid, 6);
+    p = PutHex(p, counter, 4);
+    PutHex(p, salt, 8);
+    return DvnfString(buf, 32);
 }
 
 // ---------------------------------------------------------------------------
@@ -196,6 +212,19 @@ DvnfCoreData::DvnfCoreData(DvnfCoreTypes& types, DvnfMessageHandler* handler) : 
 
 DvnfCoreData::~DvnfCoreData() = default;
 
+void DvnfCoreData::TakeEntitiesFrom(DvnfCoreData& other) {
+    DVNK_REQUIRE(&other != this, "TakeEntitiesFrom: the other core data is this one");
+    DVNK_REQUIRE(&other.Types() == &Types(), "TakeEntitiesFrom: the other core data has another catalogue");
+    DVNK_REQUIRE(_order.empty(), "TakeEntitiesFrom: this core data holds entities");
+    _index = std::move(other._index);
+    _entities = std::move(other._entities);
+    _order = std::move(other._order);
+    other._index.clear();
+    other._entities.clear();
+    other._order.clear();
+    for (const auto& e : _entities) e->_data = this;
+}
+
 DvnfCoreData::TypeIndex& DvnfCoreData::Index(const DvnfEntityType& type) const { return _index[&type]; }
 
 const DvnfEntityMap& DvnfCoreData::GetEntities(const DvnfString& typeName) const {
@@ -225,15 +254,18 @@ DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid
     _order.push_back(&e);
     TypeIndex& ix = Index(type);
     e._viewName = e.Name();
-    ix.view.emplace(e.Name(), &e);
+    // After the entities of an equal name, as emplace puts it; the hint makes
+    // that one comparison when the name sorts last (inner entities without
+    // a name, names made in order).
+    ix.view.emplace_hint(ix.view.end(), e.Name(), &e);
     ix.byName[e.Name().str()].push_back(&e);
-    if (!oid.IsEmpty()) ix.byOID.emplace(oid.str(), &e);
+    if (!e.OID().IsEmpty()) ix.byOID.emplace(View(e.OID()), &e);  // the entity's text, not the argument's
     return e;
 }
 
 void DvnfCoreData::Rename(DvnfEntity& entity, const DvnfString& oldName) {
     TypeIndex& ix = Index(entity.Type());
-    auto old = ix.byName.find(oldName.str());
+    auto old = ix.byName.find(View(oldName));
     if (old != ix.byName.end()) {
         auto& v = old->second;
         v.erase(std::remove(v.begin(), v.end(), &entity), v.end());
@@ -250,14 +282,17 @@ void DvnfCoreData::Rename(DvnfEntity& entity, const DvnfString& oldName) {
 void DvnfCoreData::Rekey(DvnfEntity& entity, const DvnfString& oldOID) {
     TypeIndex& ix = Index(entity.Type());
     if (!entity.OID().IsEmpty()) {
-        auto found = ix.byOID.find(entity.OID().str());
+        auto found = ix.byOID.find(View(entity.OID()));
         DVNK_REQUIRE(found == ix.byOID.end() || found->second == &entity, "key already used by another entity");
     }
     if (!oldOID.IsEmpty()) {
-        auto it = ix.byOID.find(oldOID.str());
+        auto it = ix.byOID.find(View(oldOID));
         if (it != ix.byOID.end() && it->second == &entity) ix.byOID.erase(it);
     }
-    if (!entity.OID().IsEmpty()) ix.byOID[entity.OID().str()] = &entity;
+    if (!entity.OID().IsEmpty()) {
+        ix.byOID.erase(View(entity.OID()));  // a key of this entity's old text: keep none of it
+        ix.byOID.emplace(View(entity.OID()), &entity);
+    }
 }
 
 DvnfEntity& DvnfCoreData::CreateEntity(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name) {
@@ -267,7 +302,7 @@ DvnfEntity& DvnfCoreData::CreateEntity(const DvnfEntityType& type, const DvnfStr
         DvnfEntity* found = known.IsValid() ? &known : nullptr;
         if (!found && !name.IsEmpty()) {
             // A skeleton made by name takes the key.
-            auto named = Index(type).byName.find(name.str());
+            auto named = Index(type).byName.find(View(name));
             if (named != Index(type).byName.end()) {
                 for (DvnfEntity* e : named->second) {
                     if (e->OID().IsEmpty()) {
@@ -295,7 +330,7 @@ DvnfEntity& DvnfCoreData::CreateEntity(const DvnfString& typeName, const DvnfStr
 DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfEntityType& type, const DvnfString& oid, bool create) {
     if (!type.IsValid() || oid.IsEmpty()) return DvnfEntity::undefined;
     TypeIndex& ix = Index(type);
-    auto it = ix.byOID.find(oid.str());
+    auto it = ix.byOID.find(View(oid));
     if (it != ix.byOID.end()) return *it->second;
     if (!create) return DvnfEntity::undefined;
     return Make(type, oid, DvnfString(""), DvnfObject::StateNone);
@@ -308,7 +343,7 @@ DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfString& typeName, const DvnfS
 DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfEntityType& type, const DvnfString& name, bool create) {
     if (!type.IsValid() || name.IsEmpty()) return DvnfEntity::undefined;  // no name finds nothing
     TypeIndex& ix = Index(type);
-    auto it = ix.byName.find(name.str());
+    auto it = ix.byName.find(View(name));
     if (it != ix.byName.end() && !it->second.empty()) return *it->second.front();
     if (!create) return DvnfEntity::undefined;
     return Make(type, DvnfString(""), name, DvnfObject::StateNone);

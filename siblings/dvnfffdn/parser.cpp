@@ -1,14 +1,21 @@
 // The TRX parser: text to a syntax tree, the tree checked by building it into
-// scratch core data, then built into the caller's core data. See docs/trx.md.
+// scratch core data, then built into the caller's core data (or, when that
+// holds nothing yet, the scratch result taken over). See docs/trx.md.
 #include "dvnfffdn.h"
 
 #include <climits>
+#include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <memory>
+#include <new>
 #include <set>
 #include <sstream>
+#include <string_view>
+#include <type_traits>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace {
 
@@ -25,31 +32,145 @@ struct TrxError {
     std::string a4, a5;
 };
 
+std::string Text(std::string_view v) { return std::string(v); }
+
+DvnfString Str(std::string_view v) { return DvnfString(v.data() ? v.data() : "", static_cast<long>(v.size())); }
+
 // ---------------------------------------------------------------------------
-// Syntax tree
+// Encoding: a file is UTF-8 text, optionally after a byte-order mark.
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// The offset of the first byte that does not begin a well-formed UTF-8
+// character (a stray continuation byte, a sequence cut short, an overlong
+// form, a surrogate, a value above U+10FFFF), or npos.
+size_t FirstNonUtf8(std::string_view t) {
+    const unsigned char* s = reinterpret_cast<const unsigned char*>(t.data());
+    size_t n = t.size(), i = 0;
+    while (i < n) {
+        // Plain ASCII, eight bytes at a time.
+        if (i + 8 <= n) {
+            unsigned long long w;
+            std::memcpy(&w, s + i, 8);
+            if ((w & 0x8080808080808080ULL) == 0) {
+                i += 8;
+                continue;
+            }
+        }
+        unsigned char c = s[i];
+        if (c < 0x80) {
+            ++i;
+            continue;
+        }
+        size_t len;
+        unsigned char lo = 0x80, hi = 0xBF;  // range of the second byte
+        if (c >= 0xC2 && c <= 0xDF) {
+            len = 2;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            len = 3;
+            if (c == 0xE0) lo = 0xA0;       // overlong
+            else if (c == 0xED) hi = 0x9F;  // surrogates
+        } else if (c >= 0xF0 && c <= 0xF4) {
+            len = 4;
+            if (c == 0xF0) lo = 0x90;       // overlong
+            else if (c == 0xF4) hi = 0x8F;  // above U+10FFFF
+        } else {
+            return i;  // a continuation byte, C0, C1 or F5..FF
+        }
+        if (i + len > n) return i;
+        if (s[i + 1] < lo || s[i + 1] > hi) return i;
+        for (size_t k = 2; k < len; ++k)
+            if ((s[i + k] & 0xC0) != 0x80) return i;
+        i += len;
+    }
+    return std::string::npos;
+}
+
+std::string NotUtf8(unsigned char byte) {
+    char buf[48];
+    std::snprintf(buf, sizeof buf, "text is not UTF-8: byte 0x%02X", byte);
+    return buf;
+}
+
+// ---------------------------------------------------------------------------
+// Syntax tree. Its nodes live in an arena and hold views of the text (or of
+// unescaped copies kept in the arena); nothing in it needs destroying.
+
+class Arena {
+public:
+    Arena() = default;
+    Arena(const Arena&) = delete;
+    Arena& operator=(const Arena&) = delete;
+
+    void* Allocate(size_t size, size_t align) {
+        size_t at = (_used + align - 1) & ~(align - 1);
+        if (!_block || at + size > _size) {
+            _size = size > kBlock / 4 ? size : kBlock;
+            _blocks.emplace_back(new char[_size]);  // not zeroed: every node is constructed in place
+            _block = _blocks.back().get();
+            at = 0;
+        }
+        _used = at + size;
+        return _block + at;
+    }
+    // A default-made T (trivially destructible).
+    template <class T>
+    T* New() {
+        static_assert(std::is_trivially_destructible_v<T>);
+        return new (Allocate(sizeof(T), alignof(T))) T();
+    }
+    // A copy of the items, as an array the arena keeps.
+    template <class T>
+    const T* Copy(const T* from, size_t count) {
+        static_assert(std::is_trivially_copyable_v<T>);
+        if (count == 0) return nullptr;
+        void* to = Allocate(sizeof(T) * count, alignof(T));
+        std::memcpy(to, from, sizeof(T) * count);
+        return static_cast<const T*>(to);
+    }
+    std::string_view Keep(const std::string& text) {
+        char* to = static_cast<char*>(Allocate(text.size(), 1));
+        std::memcpy(to, text.data(), text.size());
+        return std::string_view(to, text.size());
+    }
+
+private:
+    static constexpr size_t kBlock = 256 * 1024;
+    std::vector<std::unique_ptr<char[]>> _blocks;
+    char* _block = nullptr;
+    size_t _size = 0, _used = 0;
+};
+
+template <class T>
+struct Span {
+    const T* data = nullptr;
+    size_t size = 0;
+    const T* begin() const { return data; }
+    const T* end() const { return data + size; }
+};
 
 struct Value;
 struct EntityNode;
 
 struct Item {
     Pos pos;
-    std::string name;
+    std::string_view name;
     bool isLink = false;
-    std::unique_ptr<Value> value;  // attribute
-    bool byOid = false;            // link
-    std::string target;
+    bool byOid = false;       // link
+    const Value* value = nullptr;  // attribute
+    std::string_view target;  // link
 };
 
 struct EntityNode {
     Pos pos;
-    std::string type;
+    std::string_view type;
     bool hasName = false;
-    std::string name;
     bool hasOid = false;
-    std::string oid;
     bool hasBody = false;
     bool isDelete = false;
-    std::vector<Item> body;
+    std::string_view name;
+    std::string_view oid;
+    Span<Item> body;
 };
 
 struct Value {
@@ -57,10 +178,10 @@ struct Value {
     Pos pos;
     long l = 0;
     bool b = false;
-    std::string s;
-    std::vector<Item> group;
-    std::vector<std::unique_ptr<Value>> elements;
-    std::unique_ptr<EntityNode> entity;
+    std::string_view s;
+    Span<Item> group;
+    Span<const Value*> elements;
+    const EntityNode* entity = nullptr;
 };
 
 // ---------------------------------------------------------------------------
@@ -69,7 +190,7 @@ struct Value {
 struct Token {
     enum Kind { End, Ident, Str, Int, LBrace, RBrace, LBracket, RBracket, Equals, Semi, Comma, Arrow } kind = End;
     Pos pos;
-    std::string text;
+    std::string_view text;
     long value = 0;
 };
 
@@ -91,18 +212,83 @@ const char* KindName(Token::Kind k) {
     return "?";
 }
 
+// How many bytes of [from, to) continue a UTF-8 sequence (top bits 10).
+int Continuing(const char* from, const char* to) {
+    int n = 0;
+    for (; to - from >= 8; from += 8) {
+        std::uint64_t w;
+        std::memcpy(&w, from, 8);
+        std::uint64_t continuing = w & ~(w << 1) & 0x8080808080808080ULL;
+        n += static_cast<int>(((continuing >> 7) * 0x0101010101010101ULL) >> 56);
+    }
+    for (; from < to; ++from)
+        if ((static_cast<unsigned char>(*from) & 0xC0) == 0x80) ++n;
+    return n;
+}
+
+// Lines and columns of places in the text. Columns count characters: bytes
+// that continue a UTF-8 sequence do not. Outside strings and comments only
+// ASCII stands (anything else is an error at its first byte), so the column
+// of a token is its distance from the start of the line less the bytes that
+// continued a sequence in the strings before it on that line.
+class Where {
+public:
+    explicit Where(const char* begin) : _lineStart(begin) {}
+    void NewLine(const char* next) {
+        ++_line;
+        _lineStart = next;
+        _continuing = 0;
+    }
+    // A string or a comment (from, to) on this line was passed over.
+    void Passed(const char* from, const char* to) { _continuing += Continuing(from, to); }
+    // A place outside strings and comments, after all of them passed so far.
+    Pos At(const char* p) const { return Pos{_line, static_cast<int>(p - _lineStart) + 1 - _continuing}; }
+    // Any place on the current line (inside a string, say).
+    Pos Inside(const char* p) const {
+        return Pos{_line, static_cast<int>(p - _lineStart) + 1 - Continuing(_lineStart, p)};
+    }
+
+private:
+    const char* _lineStart;
+    int _line = 1, _continuing = 0;
+};
+
+// The place of an offset, counted from the start (for an error found
+// before lexing).
+Pos PlaceOf(std::string_view text, size_t offset) {
+    Where w(text.data());
+    for (size_t i = 0; i < offset; ++i)
+        if (text[i] == '\n') w.NewLine(text.data() + i + 1);
+    return w.Inside(text.data() + offset);
+}
+
+// Classes of bytes: 1 starts a name, 2 continues one, 4 ends a run of
+// plain string characters (quote, backslash, line break, NUL).
+struct ByteClasses {
+    unsigned char of[256] = {};
+    constexpr ByteClasses() {
+        for (int c = 'A'; c <= 'Z'; ++c) of[c] = 3;
+        for (int c = 'a'; c <= 'z'; ++c) of[c] = 3;
+        of[static_cast<unsigned char>('_')] = 3;
+        for (int c = '0'; c <= '9'; ++c) of[c] = 2;
+        for (char c : {'"', '\\', '\n', '\0'}) of[static_cast<unsigned char>(c)] = 4;
+    }
+};
+constexpr ByteClasses kClasses{};
+
 class Lexer {
 public:
-    explicit Lexer(const std::string& text) : _t(text) {}
+    Lexer(std::string_view text, Arena& arena)
+        : _p(text.data()), _end(text.data() + text.size()), _where(text.data()), _arena(arena) {}
 
     Token Next() {
         SkipSpace();
         Token tok;
-        tok.pos = _pos;
-        if (_i >= _t.size()) return tok;
-        char c = _t[_i];
+        tok.pos = _where.At(_p);
+        if (_p >= _end) return tok;
+        char c = *_p;
         auto single = [&](Token::Kind k) {
-            Advance();
+            ++_p;
             tok.kind = k;
             return tok;
         };
@@ -117,27 +303,26 @@ public:
         case '"': return String(tok);
         default: break;
         }
-        if (c == '-' && _i + 1 < _t.size() && _t[_i + 1] == '>') {
-            Advance();
-            Advance();
+        if (c == '-' && _p + 1 < _end && _p[1] == '>') {
+            _p += 2;
             tok.kind = Token::Arrow;
             return tok;
         }
         if (c == '-' || (c >= '0' && c <= '9')) return Number(tok);
         if (IsIdentStart(c)) {
+            const char* from = _p;
+            while (_p < _end && IsIdentChar(*_p)) ++_p;
             tok.kind = Token::Ident;
-            while (_i < _t.size() && IsIdentChar(_t[_i])) {
-                tok.text += _t[_i];
-                Advance();
-            }
+            tok.text = std::string_view(from, static_cast<size_t>(_p - from));
             return tok;
         }
-        throw TrxError{_pos, DvnTRXMsgSyntax, Describe(c), ""};
+        throw TrxError{tok.pos, DvnTRXMsgSyntax, Describe(c), ""};
     }
 
 private:
-    static bool IsIdentStart(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
-    static bool IsIdentChar(char c) { return IsIdentStart(c) || (c >= '0' && c <= '9'); }
+    static bool IsIdentStart(char c) { return kClasses.of[static_cast<unsigned char>(c)] & 1; }
+    static bool IsIdentChar(char c) { return kClasses.of[static_cast<unsigned char>(c)] & 2; }
+    static bool EndsPlain(char c) { return kClasses.of[static_cast<unsigned char>(c)] & 4; }
 
     static std::string Describe(char c) {
         unsigned char u = static_cast<unsigned char>(c);
@@ -147,24 +332,24 @@ private:
         return buf;
     }
 
-    // Columns count characters: bytes that continue a UTF-8 sequence do not.
-    void Advance() {
-        unsigned char u = static_cast<unsigned char>(_t[_i++]);
-        if (u == '\n') {
-            ++_pos.line;
-            _pos.col = 1;
-        } else if ((u & 0xC0) != 0x80) {
-            ++_pos.col;
-        }
-    }
-
     void SkipSpace() {
-        while (_i < _t.size()) {
-            char c = _t[_i];
-            if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
-                Advance();
+        constexpr std::uint64_t kEightSpaces = 0x2020202020202020ULL;
+        while (_p < _end) {
+            char c = *_p;
+            if (c == ' ') {
+                ++_p;
+                // Indentation, eight spaces at a time.
+                for (std::uint64_t w; _end - _p >= 8 && (std::memcpy(&w, _p, 8), w == kEightSpaces);) _p += 8;
+            } else if (c == '\t' || c == '\r') {
+                ++_p;
+            } else if (c == '\n') {
+                ++_p;
+                _where.NewLine(_p);
             } else if (c == '#') {
-                while (_i < _t.size() && _t[_i] != '\n') Advance();
+                const void* nl = std::memchr(_p, '\n', static_cast<size_t>(_end - _p));
+                const char* to = nl ? static_cast<const char*>(nl) : _end;
+                _where.Passed(_p, to);
+                _p = to;
             } else {
                 break;
             }
@@ -173,23 +358,23 @@ private:
 
     Token Number(Token& tok) {
         bool neg = false;
-        if (_t[_i] == '-') {
+        if (*_p == '-') {
             neg = true;
-            Advance();
+            ++_p;
         }
-        if (_i >= _t.size() || _t[_i] < '0' || _t[_i] > '9')
+        if (_p >= _end || *_p < '0' || *_p > '9')
             throw TrxError{tok.pos, DvnTRXMsgSyntax, "a digit must follow '-'", ""};
         long long v = 0;
-        while (_i < _t.size() && _t[_i] >= '0' && _t[_i] <= '9') {
-            v = v * 10 + (_t[_i] - '0');
+        while (_p < _end && *_p >= '0' && *_p <= '9') {
+            v = v * 10 + (*_p - '0');
             if (v > 2147483648LL) throw TrxError{tok.pos, DvnTRXMsgSyntax, "number out of the 32-bit range", ""};
-            Advance();
+            ++_p;
         }
         if (neg) v = -v;
         if (v > INT32_MAX || v < INT32_MIN)
             throw TrxError{tok.pos, DvnTRXMsgSyntax, "number out of the 32-bit range", ""};
-        if (_i < _t.size() && IsIdentChar(_t[_i]))
-            throw TrxError{_pos, DvnTRXMsgSyntax, "a number runs into a name", ""};
+        if (_p < _end && IsIdentChar(*_p))
+            throw TrxError{_where.At(_p), DvnTRXMsgSyntax, "a number runs into a name", ""};
         tok.kind = Token::Int;
         tok.value = static_cast<long>(v);
         return tok;
@@ -202,52 +387,91 @@ private:
         return -1;
     }
 
+    // Scans plain characters of a string up to a quote, a backslash, a line
+    // break, a NUL or the end.
+    const char* Plain(const char* p) const {
+        while (p < _end && !EndsPlain(*p)) ++p;
+        return p;
+    }
+
     Token String(Token& tok) {
-        Advance();  // the opening quote
+        ++_p;  // the opening quote
         tok.kind = Token::Str;
+        const char* from = _p;
+        _p = Plain(_p);
+        if (_p < _end && *_p == '"') {  // no escapes: a view of the text
+            tok.text = std::string_view(from, static_cast<size_t>(_p - from));
+            _where.Passed(from, _p);
+            ++_p;
+            return tok;
+        }
+        std::string& out = _unescaped;
+        out.assign(from, static_cast<size_t>(_p - from));
+        // Escapes that give bytes of 0x80 and above, for the check that the
+        // text they make is UTF-8: where each stands and what it gave.
+        std::vector<std::pair<Pos, size_t>> high;
         for (;;) {
-            if (_i >= _t.size()) throw TrxError{tok.pos, DvnTRXMsgSyntax, "string not closed", ""};
-            char c = _t[_i];
+            if (_p >= _end) throw TrxError{tok.pos, DvnTRXMsgSyntax, "string not closed", ""};
+            char c = *_p;
             if (c == '"') {
-                Advance();
-                return tok;
+                ++_p;
+                break;
             }
-            if (c == '\n') throw TrxError{_pos, DvnTRXMsgSyntax, "line break inside a string (write \\n)", ""};
+            if (c == '\n')
+                throw TrxError{_where.Inside(_p), DvnTRXMsgSyntax, "line break inside a string (write \\n)", ""};
+            if (c == '\0') throw TrxError{_where.Inside(_p), DvnTRXMsgSyntax, "NUL character inside a string", ""};
             if (c == '\\') {
-                Pos at = _pos;
-                Advance();
-                if (_i >= _t.size()) throw TrxError{tok.pos, DvnTRXMsgSyntax, "string not closed", ""};
-                char e = _t[_i];
-                Advance();
+                Pos at = _where.Inside(_p);
+                ++_p;
+                if (_p >= _end) throw TrxError{tok.pos, DvnTRXMsgSyntax, "string not closed", ""};
+                char e = *_p++;
                 switch (e) {
-                case '"': tok.text += '"'; break;
-                case '\\': tok.text += '\\'; break;
-                case 'n': tok.text += '\n'; break;
-                case 'r': tok.text += '\r'; break;
-                case 't': tok.text += '\t'; break;
+                case '"': out += '"'; break;
+                case '\\': out += '\\'; break;
+                case 'n': out += '\n'; break;
+                case 'r': out += '\r'; break;
+                case 't': out += '\t'; break;
                 case 'x': {
-                    int h1 = _i < _t.size() ? Hex(_t[_i]) : -1;
-                    int h2 = _i + 1 < _t.size() ? Hex(_t[_i + 1]) : -1;
+                    int h1 = _p < _end ? Hex(_p[0]) : -1;
+                    int h2 = _p + 1 < _end ? Hex(_p[1]) : -1;
                     if (h1 < 0 || h2 < 0 || (h1 == 0 && h2 == 0))
                         throw TrxError{at, DvnTRXMsgSyntax, "\\x needs two hexadecimal digits, not 00", ""};
-                    Advance();
-                    Advance();
-                    tok.text += static_cast<char>(h1 * 16 + h2);
+                    _p += 2;
+                    if (h1 >= 8) high.emplace_back(at, out.size());
+                    out += static_cast<char>(h1 * 16 + h2);
                     break;
                 }
                 default: throw TrxError{at, DvnTRXMsgSyntax, std::string("unknown escape \\") + e, ""};
                 }
                 continue;
             }
-            if (c == '\0') throw TrxError{_pos, DvnTRXMsgSyntax, "NUL character inside a string", ""};
-            tok.text += c;
-            Advance();
+            const char* run = Plain(_p);
+            out.append(_p, static_cast<size_t>(run - _p));
+            _p = run;
         }
+        if (!high.empty()) {
+            // Escaped bytes must make UTF-8 text with what stands around them.
+            size_t bad = FirstNonUtf8(out);
+            if (bad != std::string::npos) {
+                Pos at = tok.pos;
+                for (const auto& [pos, offset] : high)
+                    if (offset >= bad) {
+                        at = pos;
+                        break;
+                    }
+                throw TrxError{at, DvnTRXMsgSyntax, NotUtf8(static_cast<unsigned char>(out[bad])), ""};
+            }
+        }
+        _where.Passed(from, _p);
+        tok.text = _arena.Keep(out);
+        return tok;
     }
 
-    const std::string& _t;
-    size_t _i = 0;
-    Pos _pos;
+    const char* _p;
+    const char* _end;
+    Where _where;
+    Arena& _arena;
+    std::string _unescaped;
 };
 
 // ---------------------------------------------------------------------------
@@ -255,10 +479,10 @@ private:
 
 class Parser {
 public:
-    explicit Parser(const std::string& text) : _lex(text) { _tok = _lex.Next(); }
+    Parser(std::string_view text, Arena& arena) : _lex(text, arena), _arena(arena) { _tok = _lex.Next(); }
 
-    std::vector<std::unique_ptr<EntityNode>> File() {
-        std::vector<std::unique_ptr<EntityNode>> defs;
+    std::vector<const EntityNode*> File() {
+        std::vector<const EntityNode*> defs;
         while (_tok.kind != Token::End) {
             bool del = false;
             if (_tok.kind == Token::Ident && _tok.text == "delete") {
@@ -266,12 +490,12 @@ public:
                 Take();
             }
             if (_tok.kind != Token::Ident) Fail("an entity type");
-            auto e = Entity(0, true);
+            EntityNode* e = Entity(0, true);
             e->isDelete = del;
             if (del && e->hasBody) throw TrxError{e->pos, DvnTRXMsgSyntax, "a deletion has no body", ""};
             if (!del && !e->hasBody && !Accept(Token::Semi)) Fail("'{' or ';'");
             if (del && !Accept(Token::Semi)) Fail("';'");
-            defs.push_back(std::move(e));
+            defs.push_back(e);
         }
         return defs;
     }
@@ -280,7 +504,7 @@ private:
     [[noreturn]] void Fail(const char* expected) {
         throw TrxError{_tok.pos, DvnTRXMsgSyntax,
                        std::string("expected ") + expected + ", found " + KindName(_tok.kind) +
-                           (_tok.kind == Token::Ident ? " " + _tok.text : std::string()),
+                           (_tok.kind == Token::Ident ? " " + Text(_tok.text) : std::string()),
                        ""};
     }
     Token Take() {
@@ -302,9 +526,9 @@ private:
     }
 
     // Type ["name"] [oid "key"] [{ body }]; at the top level the name is required.
-    std::unique_ptr<EntityNode> Entity(int depth, bool topLevel) {
+    EntityNode* Entity(int depth, bool topLevel) {
         Deeper(depth);
-        auto e = std::make_unique<EntityNode>();
+        EntityNode* e = _arena.New<EntityNode>();
         e->pos = _tok.pos;
         e->type = Expect(Token::Ident, "an entity type").text;
         if (_tok.kind == Token::Str) {
@@ -320,13 +544,15 @@ private:
         }
         if (Accept(Token::LBrace)) {
             e->hasBody = true;
-            Body(e->body, depth + 1, true);
+            e->body = Body(depth + 1, true);
         }
         return e;
     }
 
-    // Items up to the closing brace.
-    void Body(std::vector<Item>& items, int depth, bool entityBody) {
+    // Items up to the closing brace. They gather on a stack shared by every
+    // level and are copied to the arena when the body is complete.
+    Span<Item> Body(int depth, bool entityBody) {
+        size_t mark = _items.size();
         while (!Accept(Token::RBrace)) {
             Item it;
             it.pos = _tok.pos;
@@ -337,7 +563,8 @@ private:
             }
             if (Accept(Token::Arrow)) {
                 if (!entityBody)
-                    throw TrxError{it.pos, DvnTRXMsgSyntax, "link " + it.name + " inside a group: links belong to entities", ""};
+                    throw TrxError{it.pos, DvnTRXMsgSyntax,
+                                   "link " + Text(it.name) + " inside a group: links belong to entities", ""};
                 it.isLink = true;
                 if (_tok.kind == Token::Ident && _tok.text == "oid") {
                     Take();
@@ -350,45 +577,53 @@ private:
             } else if (_tok.kind == Token::LBracket) {
                 it.value = Set(depth + 1);
             } else if (Accept(Token::Equals)) {
-                it.value = Scalar(depth + 1);
-                if (it.value->kind == Value::Entity && it.value->entity->hasBody)
+                const Value* v = Scalar(depth + 1);
+                it.value = v;
+                if (v->kind == Value::Entity && v->entity->hasBody)
                     Accept(Token::Semi);
                 else
                     Expect(Token::Semi, "';'");
             } else {
                 Fail("'=', '{', '[' or '->'");
             }
-            items.push_back(std::move(it));
+            _items.push_back(it);
         }
+        Span<Item> out{_arena.Copy(_items.data() + mark, _items.size() - mark), _items.size() - mark};
+        _items.resize(mark);
+        return out;
     }
 
-    std::unique_ptr<Value> Group(int depth) {
+    const Value* Group(int depth) {
         Deeper(depth);
-        auto v = std::make_unique<Value>();
+        Value* v = _arena.New<Value>();
         v->kind = Value::Group;
         v->pos = Expect(Token::LBrace, "'{'").pos;
-        Body(v->group, depth, false);
+        v->group = Body(depth, false);
         return v;
     }
 
-    std::unique_ptr<Value> Set(int depth) {
+    const Value* Set(int depth) {
         Deeper(depth);
-        auto v = std::make_unique<Value>();
+        Value* v = _arena.New<Value>();
         v->kind = Value::Set;
         v->pos = Expect(Token::LBracket, "'['").pos;
+        size_t mark = _elements.size();
         while (!Accept(Token::RBracket)) {
             if (_tok.kind == Token::LBrace)
-                v->elements.push_back(Group(depth + 1));
+                _elements.push_back(Group(depth + 1));
             else
-                v->elements.push_back(Scalar(depth + 1));
+                _elements.push_back(Scalar(depth + 1));
             Accept(Token::Comma);
         }
+        v->elements = Span<const Value*>{_arena.Copy(_elements.data() + mark, _elements.size() - mark),
+                                         _elements.size() - mark};
+        _elements.resize(mark);
         return v;
     }
 
     // A number, true/false, a string or an entity.
-    std::unique_ptr<Value> Scalar(int depth) {
-        auto v = std::make_unique<Value>();
+    const Value* Scalar(int depth) {
+        Value* v = _arena.New<Value>();
         v->pos = _tok.pos;
         switch (_tok.kind) {
         case Token::Int:
@@ -413,7 +648,10 @@ private:
     }
 
     Lexer _lex;
+    Arena& _arena;
     Token _tok;
+    std::vector<Item> _items;
+    std::vector<const Value*> _elements;
 };
 
 // ---------------------------------------------------------------------------
@@ -454,14 +692,15 @@ class Builder {
 public:
     explicit Builder(DvnfTRXData& data) : _data(data), _types(data.Types()) {}
 
-    void Build(const std::vector<std::unique_ptr<EntityNode>>& defs) {
-        std::set<std::pair<std::string, std::string>> seen;
-        for (const auto& d : defs) {
+    void Build(const std::vector<const EntityNode*>& defs) {
+        std::set<std::pair<std::string_view, std::string_view>> seen;
+        for (const EntityNode* d : defs) {
             const DvnfEntityType& t = TypeOf(*d);
             if (!t.IsTopLevel())
-                throw TrxError{d->pos, DvnTRXMsgSyntax, d->type + " stands inside a diagram, not at the top level", ""};
+                throw TrxError{d->pos, DvnTRXMsgSyntax, Text(d->type) + " stands inside a diagram, not at the top level",
+                               ""};
             if (!seen.insert({d->type, d->name}).second)
-                throw TrxError{d->pos, DvnTRXMsgDuplicate, d->type, d->name};
+                throw TrxError{d->pos, DvnTRXMsgDuplicate, Text(d->type), Text(d->name)};
             DvnfEntity& e = DefineTop(*d, t);
             _defined.push_back(&e);
         }
@@ -485,22 +724,53 @@ public:
 private:
     // A diagram: its activities, sources and sinks by name.
     struct Scope {
-        std::map<std::string, DvnfEntity*> activities, sources, sinks;
+        std::map<std::string_view, DvnfEntity*> activities, sources, sinks;
     };
     struct Pending {
         Pos pos;
         DvnfEntity* source;
         const DvnfLinkType* type;
         const Scope* scope;
-        std::string target;
+        std::string_view target;
         bool byOid;
     };
+    // Link types by source type and name, as the file spells them.
+    struct LinkKey {
+        const DvnfEntityType* source;
+        std::string_view name;
+        bool operator==(const LinkKey& o) const { return source == o.source && name == o.name; }
+    };
+    struct LinkKeyHash {
+        size_t operator()(const LinkKey& k) const noexcept {
+            return std::hash<std::string_view>{}(k.name) ^ (std::hash<const void*>{}(k.source) << 1);
+        }
+    };
 
+    // The catalogue's type of that name; each name is looked up once.
     const DvnfEntityType& TypeOf(const EntityNode& n) {
-        const DvnfEntityType& t = _types.GetEntityType(DvnfString(n.type), false);
-        if (!t.IsValid()) throw TrxError{n.pos, DvnTRXMsgUnknownType, n.type, ""};
-        return t;
+        auto it = _typeCache.find(n.type);
+        const DvnfEntityType* t;
+        if (it != _typeCache.end()) {
+            t = it->second;
+        } else {
+            t = &_types.GetEntityType(Dvn(n.type), false);
+            _typeCache.emplace(n.type, t);
+        }
+        if (!t->IsValid()) throw TrxError{n.pos, DvnTRXMsgUnknownType, Text(n.type), ""};
+        return *t;
     }
+
+    const DvnfLinkType& LinkTypeOf(std::string_view name, const DvnfEntityType& source) {
+        LinkKey key{&source, name};
+        auto it = _linkCache.find(key);
+        if (it != _linkCache.end()) return *it->second;
+        const DvnfLinkType& lt = _types.FindLinkType(Dvn(name), source);
+        _linkCache.emplace(key, &lt);
+        return lt;
+    }
+
+    // The text as core-model text; the empty text is shared, not made anew.
+    DvnfString Dvn(std::string_view v) const { return v.empty() ? _empty : Str(v); }
 
     void Warn(Pos pos, long number, std::string a4, std::string a5) {
         _warnings.push_back(Warning{pos, number, std::move(a4), std::move(a5)});
@@ -513,7 +783,7 @@ private:
     }
 
     DvnfEntity& DefineTop(const EntityNode& n, const DvnfEntityType& t) {
-        DvnfString name(n.name), oid(n.hasOid ? n.oid : std::string());
+        DvnfString name(Dvn(n.name)), oid(n.hasOid ? Dvn(n.oid) : _empty);
         DvnfEntity* e = nullptr;
         if (n.hasOid) {
             DvnfEntity& byKey = _data.GetEntityByOID(t, oid, false);
@@ -549,49 +819,112 @@ private:
         if (!n.hasBody) {
             // A reference to an entity defined elsewhere.
             if (!t.IsTopLevel())
-                throw TrxError{n.pos, DvnTRXMsgSyntax, n.type + " needs a body { } here", ""};
-            DvnfEntity& e = n.hasOid ? _data.GetEntityByOID(t, DvnfString(n.oid), true)
-                                     : _data.GetEntityByName(t, DvnfString(n.name), true);
+                throw TrxError{n.pos, DvnTRXMsgSyntax, Text(n.type) + " needs a body { } here", ""};
+            DvnfEntity& e = n.hasOid ? _data.GetEntityByOID(t, Dvn(n.oid), true)
+                                     : _data.GetEntityByName(t, Dvn(n.name), true);
             if (!e.IsValid()) throw TrxError{n.pos, DvnTRXMsgSyntax, "a reference needs a name or a key", ""};
             _named.push_back(&e);
             return e;
         }
         if (t.IsTopLevel())
-            throw TrxError{n.pos, DvnTRXMsgSyntax, n.type + " is defined at the top level; refer to it without a body", ""};
-        DvnfString oid(n.hasOid ? n.oid : std::string());
-        DvnfEntity& e = _data.CreateEntity(t, oid, DvnfString(n.name));
+            throw TrxError{n.pos, DvnTRXMsgSyntax,
+                           Text(n.type) + " is defined at the top level; refer to it without a body", ""};
+        DvnfString oid(n.hasOid ? Dvn(n.oid) : _empty);
+        DvnfEntity& e = _data.CreateEntity(t, oid, Dvn(n.name));
         if (n.hasOid) Clear(e);
         Fill(e, n.body, state);
         return e;
     }
 
-    void Fill(DvnfEntity& e, const std::vector<Item>& body, DvnfObject::State_t state) {
+    // What the catalogue says of one attribute path of one entity type,
+    // asked once per path and kept: the attributes below it by name, and
+    // the elements of a set ("Members" -> "Members[]").
+    struct PathInfo {
+        std::string path;  // as the catalogue spells it: "Diagram.Activities", "Members[]"
+        DvnfAttributeType kind = DvnfAttributeType::Undefined;  // expected; Undefined: unknown
+        unsigned accepts = 0;                                   // bit per kind accepted
+        const DvnfEntityType* element = nullptr;                // entity type of a set's elements
+        int scope = 0;  // a set of the diagram's scope: 1 activities, 2 sources, 3 sinks
+        std::unordered_map<std::string_view, std::unique_ptr<PathInfo>> children;
+        std::unique_ptr<PathInfo> elements;
+        bool Accepts(DvnfAttributeType k) const { return (accepts >> static_cast<unsigned>(k)) & 1u; }
+    };
+
+    std::unique_ptr<PathInfo> MakePath(const DvnfEntityType& t, std::string path) {
+        auto p = std::make_unique<PathInfo>();
+        p->path = std::move(path);
+        if (!p->path.empty()) {
+            p->kind = t.AttributeKind(p->path);
+            for (unsigned k = 0; k <= static_cast<unsigned>(DvnfAttributeType::Entity); ++k)
+                if (t.AcceptsKind(p->path, static_cast<DvnfAttributeType>(k))) p->accepts |= 1u << k;
+            const DvnfEntityType& el = t.SetElementType(p->path);
+            p->element = &el;
+            p->scope = p->path == "Diagram.Activities" ? 1
+                       : p->path == "Diagram.Sources"  ? 2
+                       : p->path == "Diagram.Sinks"    ? 3
+                                                       : 0;
+        }
+        return p;
+    }
+
+    PathInfo& Root(const DvnfEntityType& t) {
+        std::unique_ptr<PathInfo>& root = _roots[&t];
+        if (!root) root = MakePath(t, std::string());
+        return *root;
+    }
+
+    PathInfo& Child(const DvnfEntityType& t, PathInfo& parent, std::string_view name) {
+        auto it = parent.children.find(name);
+        if (it != parent.children.end()) return *it->second;
+        std::string path = parent.path;
+        if (!path.empty()) path += '.';
+        path += name;
+        return *parent.children.emplace(name, MakePath(t, std::move(path))).first->second;
+    }
+
+    PathInfo& Elements(const DvnfEntityType& t, PathInfo& set) {
+        if (!set.elements) set.elements = MakePath(t, set.path + "[]");
+        return *set.elements;
+    }
+
+    void Fill(DvnfEntity& e, Span<Item> body, DvnfObject::State_t state) {
         e.State(state);
         e.Flags(DvnfEntity::FlagAttributesComplete | DvnfEntity::FlagContainersComplete | DvnfEntity::FlagBlockContent);
         int outer = _unknownDepth;  // an entity's attributes are checked against its own type
         _unknownDepth = 0;
-        Items(e, e.AttributeData(), body, "", state);
+        Items(e, e.AttributeData(), body, Root(e.Type()), state);
         _unknownDepth = outer;
     }
 
-    void Items(DvnfEntity& owner, DvnfAttributeData target, const std::vector<Item>& items, const std::string& path,
+    // Whether a name stands before index i among the attributes of a body.
+    static bool GivenBefore(Span<Item> items, size_t i) {
+        for (size_t k = 0; k < i; ++k)
+            if (!items.data[k].isLink && items.data[k].name == items.data[i].name) return true;
+        return false;
+    }
+
+    void Items(DvnfEntity& owner, DvnfAttributeData target, Span<Item> items, PathInfo& at,
                DvnfObject::State_t state) {
-        std::set<std::string> names;
-        for (const Item& it : items) {
+        // Long bodies find names given twice through a set; short ones by looking back.
+        constexpr size_t kLookBack = 16;
+        std::unordered_set<std::string_view> names;
+        for (size_t i = 0; i < items.size; ++i) {
+            const Item& it = items.data[i];
             if (it.isLink) {
-                const DvnfLinkType& lt = _types.FindLinkType(DvnfString(it.name), owner.Type());
-                if (!lt.IsValid()) throw TrxError{it.pos, DvnTRXMsgUnknownLink, it.name, owner.Type().Name().str()};
+                const DvnfLinkType& lt = LinkTypeOf(it.name, owner.Type());
+                if (!lt.IsValid())
+                    throw TrxError{it.pos, DvnTRXMsgUnknownLink, Text(it.name), owner.Type().Name().str()};
                 _pending.push_back(Pending{it.pos, &owner, &lt, _scopes.empty() ? nullptr : _scopes.back().get(),
                                            it.target, it.byOid});
                 continue;
             }
-            if (!names.insert(it.name).second)
-                throw TrxError{it.pos, DvnTRXMsgSyntax, "attribute " + it.name + " is given twice", ""};
-            std::string sub = path.empty() ? it.name : path + "." + it.name;
+            bool twice = items.size <= kLookBack ? GivenBefore(items, i) : !names.insert(it.name).second;
+            if (twice) throw TrxError{it.pos, DvnTRXMsgSyntax, "attribute " + Text(it.name) + " is given twice", ""};
+            PathInfo& sub = Child(owner.Type(), at, it.name);
             Check(owner.Type(), sub, *it.value);
             bool diagram = it.name == "Diagram" && it.value->kind == Value::Group;
             if (diagram) _scopes.push_back(ScopeOf(*it.value));
-            Attr(owner, target(it.name.c_str()), *it.value, sub, state);
+            Attr(owner, target.Sub(it.name), *it.value, sub, state);
             if (diagram) {
                 _keep.push_back(std::move(_scopes.back()));
                 _scopes.pop_back();
@@ -599,73 +932,69 @@ private:
         }
     }
 
-    void Check(const DvnfEntityType& t, const std::string& path, const Value& v) {
+    void Check(const DvnfEntityType& t, const PathInfo& p, const Value& v) {
         if (_unknownDepth > 0) return;
-        DvnfAttributeType expected = t.AttributeKind(path);
-        if (expected == DvnfAttributeType::Undefined) {
-            Warn(v.pos, DvnTRXMsgUnknownAttr, path, t.Name().str());
+        if (p.kind == DvnfAttributeType::Undefined) {
+            Warn(v.pos, DvnTRXMsgUnknownAttr, p.path, t.Name().str());
             return;
         }
         DvnfAttributeType given = KindOf(v);
-        if (given == DvnfAttributeType::Group && t.AcceptsKind(path, DvnfAttributeType::Entity)) return;
-        if (!t.AcceptsKind(path, given)) Warn(v.pos, DvnTRXMsgKindMismatch, path, KindWord(expected));
+        if (given == DvnfAttributeType::Group && p.Accepts(DvnfAttributeType::Entity)) return;
+        if (!p.Accepts(given)) Warn(v.pos, DvnTRXMsgKindMismatch, p.path, KindWord(p.kind));
     }
 
     // Pre-builds the scope of a diagram: the entities of its three sets.
     std::unique_ptr<Scope> ScopeOf(const Value& diagram) {
         auto s = std::make_unique<Scope>();
         for (const Item& it : diagram.group) {
-            std::map<std::string, DvnfEntity*>* m = it.name == "Activities" ? &s->activities
-                                                    : it.name == "Sources"  ? &s->sources
-                                                    : it.name == "Sinks"    ? &s->sinks
-                                                                            : nullptr;
+            std::map<std::string_view, DvnfEntity*>* m = it.name == "Activities" ? &s->activities
+                                                         : it.name == "Sources"  ? &s->sources
+                                                         : it.name == "Sinks"    ? &s->sinks
+                                                                                 : nullptr;
             if (!m || it.isLink || it.value->kind != Value::Set) continue;
-            for (const auto& el : it.value->elements) {
+            for (const Value* el : it.value->elements) {
                 if (el->kind != Value::Entity) continue;
                 auto r = m->emplace(el->entity->name, nullptr);
                 if (!r.second)
-                    throw TrxError{el->pos, DvnTRXMsgDuplicate, el->entity->type, el->entity->name};
+                    throw TrxError{el->pos, DvnTRXMsgDuplicate, Text(el->entity->type), Text(el->entity->name)};
             }
         }
         return s;
     }
 
     // The scope map a set of the current diagram fills, if any.
-    std::map<std::string, DvnfEntity*>* ScopeMap(const std::string& path) {
-        if (_scopes.empty()) return nullptr;
+    std::map<std::string_view, DvnfEntity*>* ScopeMap(const PathInfo& p) {
+        if (_scopes.empty() || p.scope == 0) return nullptr;
         Scope& s = *_scopes.back();
-        if (path == "Diagram.Activities") return &s.activities;
-        if (path == "Diagram.Sources") return &s.sources;
-        if (path == "Diagram.Sinks") return &s.sinks;
-        return nullptr;
+        return p.scope == 1 ? &s.activities : p.scope == 2 ? &s.sources : &s.sinks;
     }
 
-    void Attr(DvnfEntity& owner, DvnfAttributeData target, const Value& v, const std::string& path,
-              DvnfObject::State_t state) {
+    // Writes the value of the attribute at path p through target.
+    void Attr(DvnfEntity& owner, DvnfAttributeData target, const Value& v, PathInfo& p, DvnfObject::State_t state) {
         switch (v.kind) {
         case Value::Long: target = v.l; break;
         case Value::Bool: target = v.b; break;
-        case Value::String: target = DvnString(v.s); break;
+        case Value::String: target = DvnString(v.s.data() ? v.s.data() : "", static_cast<long>(v.s.size())); break;
         case Value::Group: {
-            bool unknown = owner.Type().AttributeKind(path) == DvnfAttributeType::Undefined;
+            bool unknown = p.kind == DvnfAttributeType::Undefined;
             if (unknown) ++_unknownDepth;
-            Items(owner, target.MakeGroup(), v.group, path, state);
+            Items(owner, target.MakeGroup(), v.group, p, state);
             if (unknown) --_unknownDepth;
             break;
         }
         case Value::Set: {
-            bool unknown = owner.Type().AttributeKind(path) == DvnfAttributeType::Undefined;
+            bool unknown = p.kind == DvnfAttributeType::Undefined;
             if (unknown) ++_unknownDepth;
             DvnfAttributeData set = target.MakeSet();
-            const DvnfEntityType& elementType = owner.Type().SetElementType(path);
-            std::string elPath = path + "[]";
-            std::map<std::string, DvnfEntity*>* scope = ScopeMap(path);
-            for (const auto& el : v.elements) {
-                if (el->kind != Value::Entity) Check(owner.Type(), elPath, *el);
+            const DvnfEntityType& elementType = *p.element;
+            std::map<std::string_view, DvnfEntity*>* scope = ScopeMap(p);
+            PathInfo& elements = Elements(owner.Type(), p);
+            for (const Value* el : v.elements) {
+                if (el->kind != Value::Entity) Check(owner.Type(), elements, *el);
                 if (el->kind == Value::Entity) {
                     DvnfEntity& e = DefineInner(*el->entity, state);
                     if (elementType.IsValid() && &e.Type() != &elementType)
-                        Warn(el->pos, DvnTRXMsgKindMismatch, elPath, elementType.Name().str());
+                        Warn(el->pos, DvnTRXMsgKindMismatch, elements.path, elementType.Name().str());
                     set.NewSetElement(e);
                     if (scope) (*scope)[el->entity->name] = &e;
                 } else if (el->kind == Value::Group && elementType.IsValid()) {
@@ -675,7 +1004,7 @@ private:
                     // A plain value cannot stand for an entity; the warning above says so.
                     continue;
                 } else {
-                    Attr(owner, set.NewSetElement(), *el, elPath, state);
+                    Attr(owner, set.NewSetElement(), *el, elements, state);
                 }
             }
             if (unknown) --_unknownDepth;
@@ -691,27 +1020,31 @@ private:
         bool inDiagram = tn == "Activity" || tn == "Source" || tn == "Sink";
         if (inDiagram) {
             if (!p.scope || p.byOid)
-                throw TrxError{p.pos, DvnTRXMsgNoSuchEnd, p.type->Name().str(), p.target};
+                throw TrxError{p.pos, DvnTRXMsgNoSuchEnd, p.type->Name().str(), Text(p.target)};
             const auto& m = tn == "Activity" ? p.scope->activities : tn == "Source" ? p.scope->sources : p.scope->sinks;
             auto it = m.find(p.target);
             if (it == m.end() || !it->second || &it->second->Type() != &tt)
-                throw TrxError{p.pos, DvnTRXMsgNoSuchEnd, p.type->Name().str(), p.target};
+                throw TrxError{p.pos, DvnTRXMsgNoSuchEnd, p.type->Name().str(), Text(p.target)};
             p.source->AddLink(*p.type, *it->second, false);
             return;
         }
-        const DvnfLink& l = p.byOid ? _data.AddLinkByOID(*p.source, *p.type, DvnfString(p.target), true, false)
-                                    : _data.AddLinkByName(*p.source, *p.type, DvnfString(p.target), true, false);
+        const DvnfLink& l = p.byOid ? _data.AddLinkByOID(*p.source, *p.type, Dvn(p.target), true, false)
+                                    : _data.AddLinkByName(*p.source, *p.type, Dvn(p.target), true, false);
         if (!l.IsValid()) throw TrxError{p.pos, DvnTRXMsgSyntax, "link " + p.type->Name().str() + " needs a target", ""};
         _named.push_back(&l.Target());
     }
 
     DvnfTRXData& _data;
     const DvnfCoreTypes& _types;
+    const DvnfString _empty{""};
     std::vector<std::unique_ptr<Scope>> _scopes, _keep;
     std::vector<Pending> _pending;
     std::vector<Warning> _warnings;
     std::vector<DvnfEntity*> _defined, _named;
     int _unknownDepth = 0;
+    std::unordered_map<const DvnfEntityType*, std::unique_ptr<PathInfo>> _roots;
+    std::unordered_map<std::string_view, const DvnfEntityType*> _typeCache;
+    std::unordered_map<LinkKey, const DvnfLinkType*, LinkKeyHash> _linkCache;
 };
 
 }  // namespace
@@ -742,12 +1075,22 @@ int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, in
         mh->Report(number, src, DvnString::FromLong(pos.line), DvnString::FromLong(pos.col), DvnString(a4),
                    a5.empty() ? DvnString() : DvnString(a5));
     };
-    std::vector<std::unique_ptr<EntityNode>> defs;
+    // A byte-order mark at the very start is no part of the text.
+    std::string_view body(text);
+    if (body.substr(0, kByteOrderMark.size()) == kByteOrderMark) body.remove_prefix(kByteOrderMark.size());
+    // When the core data holds nothing yet, the checked scratch data is the
+    // result: it is taken over instead of being built a second time.
+    bool takeOver = _data.NumberOfEntities() == 0;
+    Arena arena;
+    std::vector<const EntityNode*> defs;
+    DvnfTRXData scratch(_data.Types(), nullptr);
+    Builder check(scratch);
     std::vector<Warning> warnings;
     try {
-        defs = Parser(text).File();
-        DvnfTRXData scratch(_data.Types(), nullptr);
-        Builder check(scratch);
+        size_t bad = FirstNonUtf8(body);
+        if (bad != std::string::npos)
+            throw TrxError{PlaceOf(body, bad), DvnTRXMsgSyntax, NotUtf8(static_cast<unsigned char>(body[bad])), ""};
+        defs = Parser(body, arena).File();
         check.Build(defs);
         warnings = check.Warnings();
     } catch (const TrxError& e) {
@@ -767,13 +1110,19 @@ int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, in
         mh->Report(DvnTRXMsgNotCommitted, src, DvnString::FromLong(result));
         return result;
     }
-    Builder build(_data);
-    try {
-        build.Build(defs);
-    } catch (const TrxError&) {
-        // Cannot happen: the same tree was built without error just before.
-        DVNK_INVARIANT(false, "TRX build failed after a clean check");
+    std::unique_ptr<Builder> again;
+    if (takeOver) {
+        _data.TakeEntitiesFrom(scratch);
+    } else {
+        again = std::make_unique<Builder>(_data);
+        try {
+            again->Build(defs);
+        } catch (const TrxError&) {
+            // Cannot happen: the same tree was built without error just before.
+            DVNK_INVARIANT(false, "TRX build failed after a clean check");
+        }
     }
+    const Builder& build = again ? *again : check;
     if (defined) *defined = build.Defined();
     if (_reader) {
         for (DvnfEntity* e : build.NamedOnly()) {

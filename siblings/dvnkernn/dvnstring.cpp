@@ -5,14 +5,18 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <ostream>
 
 // --------------------------------------------------------------------- Rep
+// The header and the bytes share one allocation: a string costs one call of
+// the allocator, not two.
 DvnBinary::Rep* DvnBinary::Rep::Allocate(long allocLen, long len) {
     dvnkRequire(len >= 0, "a buffer length is not negative", __FILE__, __LINE__);
     if (allocLen < len) allocLen = len;
-    Rep* rep = new Rep;
-    rep->_data = new char[static_cast<size_t>(allocLen) + 1];
+    void* block = ::operator new(sizeof(Rep) + static_cast<size_t>(allocLen) + 1);
+    Rep* rep = new (block) Rep;
+    rep->_data = reinterpret_cast<char*>(rep + 1);
     rep->_data[len] = '\0';
     rep->_len = len;
     rep->_refs = 1;
@@ -22,8 +26,8 @@ DvnBinary::Rep* DvnBinary::Rep::Allocate(long allocLen, long len) {
 
 void DvnBinary::Rep::Deallocate(Rep* rep) {
     if (!rep) return;
-    delete[] rep->_data;
-    delete rep;
+    rep->~Rep();
+    ::operator delete(rep);
 }
 
 // --------------------------------------------------------------- DvnBinary
@@ -158,11 +162,6 @@ bool DvnString::operator==(const DvnString& other) const {
 bool DvnString::operator==(const char* other) const {
     if (!other || IsNull()) return !other && IsNull();
     return std::strlen(other) == static_cast<size_t>(Length()) && std::memcmp(Data(), other, static_cast<size_t>(Length())) == 0;
-}
-
-bool DvnString::operator<(const DvnString& other) const {
-    if (IsNull() || other.IsNull()) return IsNull() && !other.IsNull();
-    return str() < other.str();
 }
 
 DvnString DvnString::operator|(const DvnString& other) const {

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <set>
 #include <sstream>
@@ -13,6 +16,25 @@
 namespace {
 
 DvnfString S(const char* s) { return DvnfString(s); }
+
+// An attribute tree as text: groups in braces in the order made, sets in brackets.
+std::string Dump(const DvnfAttributeDataReader& r) {
+    switch (r.Type()) {
+    case DvnfAttributeType::Group: {
+        std::string out = "{";
+        for (const std::string& n : r.Names()) out += (out.size() > 1 ? " " : "") + n + "=" + Dump(r(n.c_str()));
+        return out + "}";
+    }
+    case DvnfAttributeType::Set: {
+        std::string out = "[";
+        DvnfDataSetIterator it = r.ElementsOfSet();
+        for (DvnfAttributeDataReader e = it.First(); e.IsValid(); e = it.Next()) out += Dump(e) + ";";
+        return out + "]";
+    }
+    case DvnfAttributeType::Entity: return "<" + r.AsEntity().Type().Name().str() + ">";
+    default: return r.AsString().str();
+    }
+}
 
 TEST(CoreData, EntitiesByKeyAndNameAndSkeletonsThroughLinks) {
     DvnfTRXData data;
@@ -71,6 +93,68 @@ TEST(CoreData, EntitiesByKeyAndNameAndSkeletonsThroughLinks) {
     p.DeleteAllLinksOfType(S("ProcessHasCategory"));
     EXPECT_FALSE(p.FirstLinkOfType(S("ProcessHasCategory")).IsValid());
     EXPECT_TRUE(p.FirstLinkOfType(S("ProcessHasRole")).IsValid());
+}
+
+TEST(CoreData, EntitiesTakenOverFromScratchDataBelongToTheirNewData) {
+    DvnfTRXData scratch, data;
+    DvnfEntity& cat = scratch.CreateEntity(S("Category"), S("C1"), S("Sales"));
+    DvnfEntity& renamed = scratch.CreateEntity(S("Category"), S("C2"), S("Zulu"));
+    scratch.GetEntities(S("Category"));  // listed under its first name ...
+    renamed.Name(S("Able"));              // ... and renamed before the move
+    DvnfEntity& ds = scratch.CreateEntity(S("DataStructure"), S("D1"), S("Order"));
+    scratch.AddLinkByName(scratch.CreateEntity(S("Process"), S("P1"), S("P")), S("ProcessHasCategory"),
+                          S("Category"), S("Sales"), true, true);
+    data.TakeEntitiesFrom(scratch);
+
+    EXPECT_EQ(scratch.NumberOfEntities(), 0);
+    EXPECT_TRUE(scratch.GetEntities(S("Category")).empty());
+    EXPECT_FALSE(scratch.GetEntityByName(S("Category"), S("Sales")).IsValid());
+    EXPECT_EQ(data.NumberOfEntities(), 4);
+    EXPECT_EQ(&data.GetEntityByName(S("Category"), S("Sales")), &cat);
+    EXPECT_EQ(&data.GetEntityByOID(S("Category"), S("C2")), &renamed);
+    std::vector<std::string> names;
+    for (const auto& [name, obj] : data.GetEntities(S("Category"))) names.push_back(name.str());
+    EXPECT_EQ(names, (std::vector<std::string>{"Able", "Sales"}));
+    for (DvnfEntity* e : data.AllEntities()) EXPECT_EQ(e->CoreData(), &data);
+    EXPECT_EQ(&data.GetEntityByName(S("Process"), S("P")).FirstLinkOfType(S("ProcessHasCategory")).Target(), &cat);
+    // What the model makes for an entity from then on is made in the new data.
+    DvnfEntity& member = ds.AttributeData()("Members").NewSetElement().AsEntity();
+    ASSERT_TRUE(member.IsValid());
+    EXPECT_EQ(member.CoreData(), &data);
+    EXPECT_EQ(data.NumberOfEntities(), 5);
+    EXPECT_EQ(scratch.NumberOfEntities(), 0);
+    // Data that holds entities takes none over.
+    DvnfTRXData more;
+    more.CreateEntity(S("Category"), S("C3"), S("Other"));
+    EXPECT_DEATH(data.TakeEntitiesFrom(more), "holds entities");
+}
+
+TEST(Attributes, SubWritesAsAPathDoesAndFindsWhatIsThere) {
+    DvnfTRXData data;
+    DvnfEntity& a = data.CreateEntity(S("Process"), S("P1"), S("A"));
+    DvnfEntity& b = data.CreateEntity(S("Process"), S("P2"), S("B"));
+    DvnfAttributeData ra = a.AttributeData(), rb = b.AttributeData();
+    ra("Description") = "d";
+    rb.Sub("Description") = "d";
+    ra("NotifyDuration")("Hours") = 4L;
+    rb.Sub("NotifyDuration").Sub("Hours") = 4L;
+    ra("Flags")("On") = true;
+    rb.Sub("Flags").Sub("On") = true;
+    ra("Documentation") = 1L;
+    ra("Documentation")("Part") = "x";  // a value node written below becomes a group
+    rb.Sub("Documentation") = 1L;
+    rb.Sub("Documentation").Sub("Part") = "x";
+    EXPECT_EQ(Dump(ra), Dump(rb));
+    EXPECT_EQ(Dump(rb), "{Description=d NotifyDuration={Hours=4} Flags={On=true} Documentation={Part=x}}");
+
+    // The same name twice is the same node; a set has no names.
+    rb.Sub("Description") = "e";
+    EXPECT_EQ(rb.Names(), (std::vector<std::string>{"Description", "NotifyDuration", "Flags", "Documentation"}));
+    EXPECT_EQ(rb("Description").AsString().str(), "e");
+    DvnfAttributeData set = rb.Sub("Sets").MakeSet();
+    EXPECT_FALSE(set.Sub("X").IsValid());
+    EXPECT_FALSE(DvnfAttributeData().Sub("X").IsValid());
+    EXPECT_EQ(rb("Sets").Type(), DvnfAttributeType::Set);
 }
 
 TEST(CoreData, UndefinedEntityStaysInertAndLinksAreFoundOnlyBetweenTheirEnds) {
@@ -175,6 +259,16 @@ TEST(Keys, AreUniqueWithinAndAcrossProcesses) {
     for (int i = 0; i < 20000; ++i) keys.insert(DvnfObject::CreateOID().str());
     EXPECT_EQ(keys.size(), 20000u);
     EXPECT_EQ(keys.begin()->size(), 32u);
+    // Upper-case hexadecimal: microseconds since 1970, process id, counter, salt.
+    std::string k = DvnfObject::CreateOID().str();
+    EXPECT_EQ(k.find_first_not_of("0123456789ABCDEF"), std::string::npos) << k;
+    char pidHex[16];
+    std::snprintf(pidHex, sizeof pidHex, "%06X", static_cast<unsigned>(getpid()) & 0xFFFFFFu);
+    EXPECT_EQ(k.substr(14, 6), pidHex);
+    long long micros = std::stoll(k.substr(0, 14), nullptr, 16);
+    long long now = std::chrono::duration_cast<std::chrono::microseconds>(
+                        std::chrono::system_clock::now().time_since_epoch()).count();
+    EXPECT_LT(std::llabs(now - micros), 60LL * 1000000) << k;
     int fds[2];
     ASSERT_EQ(pipe(fds), 0);
     pid_t child = fork();

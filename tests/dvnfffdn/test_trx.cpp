@@ -119,6 +119,27 @@ TEST(TrxErrors, NameFileLineAndColumnAndChangeNothing) {
         {"Category \"Ä\" { Description = @; }", "t.trx:1:30: error: unexpected character '@'"},
         {"Category {}", "t.trx:1:10: error: expected the entity's name (a string), found '{'"},
         {"Process \"P\" { Description = 1; Description = 2; }", "t.trx:1:32: error: attribute Description is given twice"},
+        {"Process \"P\" { A1=1; A2=1; A3=1; A4=1; A5=1; A6=1; A7=1; A8=1; A9=1; B1=1; B2=1; B3=1; B4=1; B5=1;\n"
+         "  B6=1; B7=1; B8=1; A5=2; }",
+         "t.trx:2:21: error: attribute A5 is given twice"},
+        // Text that is not UTF-8, wherever it stands; the place is that of the
+        // character the bad byte begins or breaks.
+        {"Category \"Caf\xE9\" {}", "t.trx:1:14: error: text is not UTF-8: byte 0xE9"},
+        {"Category \"A\" {\n  Description = \"\xC3\x9Cn\xE9\";\n}", "t.trx:2:20: error: text is not UTF-8: byte 0xE9"},
+        {"# caf\xE9 au lait\nCategory \"A\" {}", "t.trx:1:6: error: text is not UTF-8: byte 0xE9"},
+        {"Category \"A\" { Description = \"\xC0\xAF\"; }", "t.trx:1:31: error: text is not UTF-8: byte 0xC0"},
+        {"Category \"A\" { Description = \"\xE0\x80\xAF\"; }", "t.trx:1:31: error: text is not UTF-8: byte 0xE0"},
+        {"Category \"A\" { Description = \"\xED\xA0\x80\"; }", "t.trx:1:31: error: text is not UTF-8: byte 0xED"},
+        {"Category \"A\" { Description = \"\xF4\x90\x80\x80\"; }", "t.trx:1:31: error: text is not UTF-8: byte 0xF4"},
+        {"Category \"A\" { Description = \"ok\x80\"; }", "t.trx:1:33: error: text is not UTF-8: byte 0x80"},
+        {"Category \"A\" { Description = \"\xE2\x82x\"; }", "t.trx:1:31: error: text is not UTF-8: byte 0xE2"},
+        {"Category \"A\" { Description = \"x\xE2\x82", "t.trx:1:32: error: text is not UTF-8: byte 0xE2"},
+        {"Category \"A\" { Description = \"a\\xE9b\"; }", "t.trx:1:32: error: text is not UTF-8: byte 0xE9"},
+        {"Category \"A\" { Description = \"\\xC3\\x28\"; }", "t.trx:1:31: error: text is not UTF-8: byte 0xC3"},
+        // A byte-order mark is taken at the very start only; columns count after it.
+        {"\xEF\xBB\xBF" "Categry \"A\" {}", "t.trx:1:1: error: unknown entity type Categry."},
+        {"\xEF\xBB\xBF\xEF\xBB\xBF" "Category \"A\" {}", "t.trx:1:1: error: unexpected character 0xEF"},
+        {"Category \"A\" {}\n  \xEF\xBB\xBF" "Category \"B\" {}", "t.trx:2:3: error: unexpected character 0xEF"},
     };
     for (const Case& c : cases) {
         DvnfCollectingMessageHandler mh;
@@ -149,6 +170,32 @@ TEST(TrxErrors, NameFileLineAndColumnAndChangeNothing) {
     EXPECT_EQ(DvnTRXFrontend(d, nullptr).ReadFile("/nonexistent/x.trx", 2, nullptr, nullptr), DvnTRXFailed);
     ASSERT_EQ(mh.Count(DvnTRXMsgCannotOpen), 1u);
     EXPECT_EQ(mh.Entries()[0].Line().str(), "52001: TRX file /nonexistent/x.trx cannot be opened.");
+}
+
+TEST(TrxEncoding, UTF8TextIsKeptByteForByteAfterAnOptionalByteOrderMark) {
+    // Two, three and four bytes, the edges of the ranges, a BOM inside a
+    // string (a character like any other there), and escaped bytes that make
+    // a character together.
+    const std::string name = "Caf\xC3\xA9 \xE2\x9C\x93 \xF0\x9F\x98\x80";
+    const std::string text = "\xC2\x80 \xDF\xBF \xE0\xA0\x80 \xED\x9F\xBF \xEE\x80\x80 \xEF\xBB\xBF "
+                             "\xF0\x90\x80\x80 \xF4\x8F\xBF\xBF \xC3\xA9";
+    const std::string file = "\xEF\xBB\xBF# \xC3\xBC" "ber\nCategory \"" + name +
+                             "\" {\n  Description = \"\xC2\x80 \xDF\xBF \xE0\xA0\x80 \xED\x9F\xBF \xEE\x80\x80 "
+                             "\xEF\xBB\xBF \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF \\xC3\\xA9\";\n}\n";
+    Parsed p(file);
+    ASSERT_EQ(p.rc, DvnTRXGood) << p.error;
+    DvnfEntity& c = p.data.GetEntityByName(S("Category"), DvnfString(name));
+    ASSERT_TRUE(c.IsValid());
+    EXPECT_EQ(c.AttributeData()("Description").AsString().str(), text);
+    // The writer gives the characters back as they are, and they read again.
+    std::string written = DvnTRXWriter(p.data).Write();
+    EXPECT_NE(written.find(text), std::string::npos);
+    Parsed again(written);
+    EXPECT_EQ(again.rc, DvnTRXGood) << again.error;
+    EXPECT_EQ(DvnTRXWriter(again.data).Write(), written);
+    // Without the mark the same file reads the same; columns count characters.
+    Parsed bare(file.substr(3) + "Category \"\xC3\xA9\" { Description = @; }");
+    EXPECT_EQ(bare.error, "t.trx:5:30: error: unexpected character '@'");
 }
 
 TEST(TrxWarnings, UnknownAttributesAndKindsWarnAndAcceptLevelDecides) {
@@ -210,6 +257,33 @@ TEST(TrxReader, IsAskedForWhatTheFileOnlyNames) {
     // Without a reader nothing is asked and nothing is warned.
     Parsed none("Process \"P\" { ProcessHasCategory -> \"Stored\"; }");
     EXPECT_EQ(none.rc, DvnTRXGood);
+}
+
+TEST(TrxState, EmptyAndLoadedDataReadAFileAlikeAndOwnWhatItDefines) {
+    std::string path = std::string(DVN_SOURCE_DIR) + "/examples/order.trx";
+    DvnfCollectingMessageHandler mh;
+    DvnfTRXData empty(DvnfTRXTypes::_instance, &mh), loaded(DvnfTRXTypes::_instance, &mh);
+    loaded.CreateEntity(S("Category"), S("K"), S("Kept")).State(DvnfObject::StateUnchanged);
+    std::vector<DvnfEntity*> defined, definedLoaded;
+    ASSERT_EQ(DvnTRXFrontend(empty, nullptr).ReadFile(path.c_str(), 2, &defined, nullptr), DvnTRXGood);
+    ASSERT_EQ(DvnTRXFrontend(loaded, nullptr).ReadFile(path.c_str(), 2, &definedLoaded, nullptr), DvnTRXGood);
+    std::string fromEmpty = DvnTRXWriter(empty).Write();
+    std::string fromLoaded = DvnTRXWriter(loaded).Write();
+    std::string kept = "Category \"Kept\" {}\n\n";
+    ASSERT_NE(fromLoaded.find(kept), std::string::npos);
+    fromLoaded.erase(fromLoaded.find(kept), kept.size());
+    EXPECT_EQ(fromEmpty, fromLoaded);
+    EXPECT_EQ(empty.NumberOfEntities() + 1, loaded.NumberOfEntities());
+    ASSERT_EQ(defined.size(), definedLoaded.size());
+    // Every entity answers to the data it was read into, so what is made for
+    // it later (a member of a structure) is made there too.
+    for (DvnfEntity* e : empty.AllEntities()) ASSERT_EQ(e->CoreData(), &empty);
+    for (DvnfEntity* e : defined) EXPECT_EQ(e->CoreData(), &empty);
+    DvnfEntity& ds = empty.GetEntityByName(S("DataStructure"), S("OrderData"));
+    ASSERT_TRUE(ds.IsValid());
+    long before = empty.NumberOfEntities();
+    EXPECT_EQ(ds.AttributeData()("Members").NewSetElement().AsEntity().CoreData(), &empty);
+    EXPECT_EQ(empty.NumberOfEntities(), before + 1);
 }
 
 TEST(TrxState, DefinitionsOverLoadedDataMarkChangesAndReplaceContent) {

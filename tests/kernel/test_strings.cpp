@@ -30,6 +30,24 @@ TEST(DvnString, NullStaysApartFromEmpty) {
     EXPECT_STREQ(a.c_str(), "abc");
 }
 
+TEST(DvnString, OrdersByUnsignedBytesShorterFirstAndKeepsTextAfterGrowth) {
+    // Byte order as the name maps of the core model rely on: a prefix first,
+    // bytes compared unsigned (UTF-8 after ASCII), embedded NULs counted.
+    const std::vector<DvnString> ascending{DvnString(),          DvnString(""),          DvnString("A"),
+                                           DvnString("A\0", 2), DvnString("AB"),        DvnString("a"),
+                                           DvnString("z"),       DvnString("\xC3\xA9"), DvnString("\xC3\xA9t\xC3\xA9")};
+    for (size_t i = 0; i < ascending.size(); ++i)
+        for (size_t k = 0; k < ascending.size(); ++k)
+            EXPECT_EQ(ascending[i] < ascending[k], i < k) << i << " " << k;
+    // A string grown in place keeps its text and its end.
+    DvnString grown("abc");
+    grown.Reserve(1000);
+    EXPECT_STREQ(grown.c_str(), "abc");
+    EXPECT_EQ(grown.Length(), 3);
+    DvnBinary bytes("x\0y", 3);
+    EXPECT_EQ(std::string(bytes.Data(), 3), std::string("x\0y", 3));
+}
+
 TEST(DvnString, NumberConversionsAtTheirEdges) {
     EXPECT_EQ(DvnString().AsLong(), 0);
     EXPECT_EQ(DvnString("abc").AsLong(), 0);

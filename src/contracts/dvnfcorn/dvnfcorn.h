@@ -8,10 +8,12 @@
 #include "dvnkernn.h"
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -276,6 +278,12 @@ public:
     DvnfAttributeData(const DvnfAttributeData&) = default;
 
     DvnfAttributeData operator()(const char* name) const;
+    // The sub-attribute of that name, made (as an empty group) when it is
+    // missing, as a handle that stands on that node itself: what is written
+    // through it walks no path. Writing a value, group, set or entity through
+    // it gives what writing through operator() gives. Nothing can be made
+    // (this handle is not valid, or is a set): a handle that is not valid.
+    DvnfAttributeData Sub(std::string_view name) const;
 
     DvnfAttributeData& operator=(long value);
     DvnfAttributeData& operator=(int value) { return *this = static_cast<long>(value); }
@@ -534,15 +542,30 @@ public:
 
     // Every entity, in the order they were made.
     const std::vector<DvnfEntity*>& AllEntities() const { return _order; }
+
+    // Moves every entity of other (same catalogue) into this core data, which
+    // must hold none: the entities keep their addresses, names, keys, states,
+    // attributes and links, and belong to this core data from then on; other
+    // is left empty. A reader that built into scratch data takes the result
+    // over this way instead of building it a second time.
+    void TakeEntitiesFrom(DvnfCoreData& other);
     long NumberOfEntities() const { return static_cast<long>(_order.size()); }
 
 private:
     friend class DvnfEntity;
+    // Looks texts up without making a std::string of the text sought.
+    struct TextHash {
+        using is_transparent = void;
+        size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>{}(text); }
+    };
     struct TypeIndex {
         DvnfEntityMap view;  // what GetEntities gives; renames reach it lazily
         std::vector<DvnfEntity*> renamed;  // not yet moved in the view
-        std::unordered_map<std::string, std::vector<DvnfEntity*>> byName;  // current names, creation order
-        std::unordered_map<std::string, DvnfEntity*> byOID;
+        // current names, creation order
+        std::unordered_map<std::string, std::vector<DvnfEntity*>, TextHash, std::equal_to<>> byName;
+        // Keyed by a view of the entity's own key text, which stays as it is
+        // until OID() gives the entity another (the index is redone then).
+        std::unordered_map<std::string_view, DvnfEntity*, TextHash, std::equal_to<>> byOID;
     };
     TypeIndex& Index(const DvnfEntityType& type) const;
     DvnfEntity& Make(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name,

@@ -84,7 +84,16 @@ public:
     bool operator==(const DvnString& other) const;  // two nulls are equal; null != ""
     bool operator!=(const DvnString& other) const { return !(*this == other); }
     bool operator==(const char* other) const;
-    bool operator<(const DvnString& other) const;
+    // Byte order (unsigned); a text before a longer one it begins; null first.
+    bool operator<(const DvnString& other) const {
+        if (!_pRep || !other._pRep) return !_pRep && other._pRep;
+        const unsigned char* a = reinterpret_cast<const unsigned char*>(_pRep->_data);
+        const unsigned char* b = reinterpret_cast<const unsigned char*>(other._pRep->_data);
+        long n = _pRep->_len < other._pRep->_len ? _pRep->_len : other._pRep->_len;
+        for (long i = 0; i < n; ++i)
+            if (a[i] != b[i]) return a[i] < b[i];
+        return _pRep->_len < other._pRep->_len;
+    }
 
     // Concatenation; neither side may be null.
     DvnString operator|(const DvnString& other) const;
