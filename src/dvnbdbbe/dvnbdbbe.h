@@ -179,6 +179,9 @@ public:
 protected:
     // A kind of part of a process that the store does not write yet: 51900
     // (process name, kind) once per process and kind, level 8.
+    // Removes the processes a broken import left under their temporary
+    // name ("TEMP" + key); 0, or 8 after reporting the failure.
+    int RemoveStrandedProcesses(CDatabase& db);
     int PartNotStoredYet(DvnfEntity& process, const char* kind);
     // The key of a structure that a link names, "Default Data Structure"
     // (with the container attribute reset and 51102) when it is not found.

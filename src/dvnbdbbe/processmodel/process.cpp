@@ -31,10 +31,24 @@ bool StoredProcessAttribute(const std::string& name) {
 }  // namespace
 
 int DvnConvCoreDbBe::SaveProcesses(CDatabase& db, bool authorized, bool byIdentifier) {
+    int level = LevelOk;
+    if (!byIdentifier && authorized) level = RemoveStrandedProcesses(db);
     // A process save brackets its own steps: no transaction here.
-    return SaveLoop(
+    return std::max(level, SaveLoop(
         db, "Process", authorized, ModelingRight, "Process",
-        [&](DvnfEntity& entity) { return SaveProcess(db, entity, byIdentifier); }, false);
+        [&](DvnfEntity& entity) { return SaveProcess(db, entity, byIdentifier); }, false));
+}
+
+// A process named "TEMP" + its own key is a replacement that a broken run
+// (a lost connection, a failed commit) left before it could take its name:
+// the process it was to replace is still there, or was never there. It goes
+// before the processes of this run are saved, with all below it.
+int DvnConvCoreDbBe::RemoveStrandedProcesses(CDatabase& db) {
+    db.BeginTrans();
+    const int level = DeleteObject(
+        db, CString("DELETE FROM ") + Table("PROCESS") + " WHERE NAME = 'TEMP' || PID", "PROCESS");
+    db.CommitTrans();
+    return level;
 }
 
 int DvnConvCoreDbBe::PartNotStoredYet(DvnfEntity& process, const char* kind) {
@@ -378,14 +392,16 @@ int DvnConvCoreDbBe::SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdent
         if (!m_bCallerData) Report(51011, name);
     }
 
-    // 14. The new process takes the old one's place and its name.
+    // 14. The new process takes the old one's place and its name, in one
+    // transaction: should either step fail, the transaction is rolled back
+    // (the old process stays whole) and the new row goes.
     if (import) {
-        if (replaced) {
-            db.BeginTrans();
-            DvnSimplePrcSet old(&db);
-            old.m_strFilter = CString("NAME = ") + quotedName;
-            const char* action = "opening";
-            try {
+        db.BeginTrans();
+        DvnSimplePrcSet old(&db);
+        const char* action = "opening";
+        try {
+            if (replaced) {
+                old.m_strFilter = CString("NAME = ") + quotedName;
                 old.Open(CRecordset::snapshot, Table("PROCESS"), CRecordset::none);
                 action = "deleting record in";
                 if (!old.IsEOF()) {
@@ -393,32 +409,22 @@ int DvnConvCoreDbBe::SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdent
                     old.Delete();
                 }
                 old.Close();
-            } catch (CDBException* e) {
-                ReportDbException(e, action, "PROCESS", &old);
-                db.CommitTrans();
-                // The old process stays; the new one, complete but nameless,
-                // goes rather than stand under its temporary name.
-                db.BeginTrans();
-                DeleteObject(db, CString("DELETE FROM ") + Table("PROCESS") + " WHERE PID = " + Quoted(pid),
-                             "PROCESS");
-                db.CommitTrans();
-                Report(51342, name);
-                return leave(LevelError);
             }
+            action = "renaming in";
+            db.ExecuteSQL(CString("UPDATE ") + Table("PROCESS") + " SET NAME = " + quotedName + " WHERE PID = " +
+                          Quoted(pid));
+            action = "committing";
             db.CommitTrans();
-            stamped = false;  // the stamped row is gone
-        }
-        db.BeginTrans();
-        try {
-            db.ExecuteSQL(CString("UPDATE ") + Table("PROCESS") + " SET NAME = " + quotedName +
-                          " WHERE PID = " + Quoted(pid));
         } catch (CDBException* e) {
-            Report(51368, DvnString(e->m_strError.c_str()));
-            DVN_TRACE(1, 2, "ODBC Exception in renaming process: rc =" << e->m_nRetCode << "Error: " << e->m_strError);
-            e->Delete();
-            level = LevelError;
+            ReportDbException(e, action, "PROCESS", &old);
+            if (db.InTransaction()) db.Rollback();
+            db.BeginTrans();
+            DeleteObject(db, CString("DELETE FROM ") + Table("PROCESS") + " WHERE PID = " + Quoted(pid), "PROCESS");
+            db.CommitTrans();
+            Report(replaced ? 51342 : 51310, name);
+            return leave(LevelError);
         }
-        db.CommitTrans();
+        if (replaced) stamped = false;  // the stamped row is gone
         entity.Name(DvnfString(name));
     }
 
