@@ -208,7 +208,8 @@ bool QuoteInsideBrackets(const std::string& sql) {
     for (size_t open = sql.find('['); open != std::string::npos; open = sql.find('[', open + 1)) {
         size_t close = sql.find(']', open);
         if (close == std::string::npos) return false;
-        if (sql.find_first_of("'\"", open) < close) return true;
+        for (size_t k = open + 1; k < close; ++k)
+            if (sql[k] == '\'' || sql[k] == '"') return true;
     }
     return false;
 }
