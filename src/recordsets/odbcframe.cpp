@@ -214,8 +214,8 @@ bool QuoteInsideBrackets(const std::string& sql) {
     return false;
 }
 
-// Closes the statement's cursor and unbinds its parameters whatever happens
-// in between; the handle stays with the connection.
+// Closes the statement's cursor whatever happens in between; the handle
+// stays with the connection (see CDatabase::ReleaseStatement).
 struct StatementUse {
     CDatabase& db;
     SQLHSTMT h;
