@@ -8,19 +8,33 @@
 // members in a second; the first member names the next structure, so that
 // half the references point forward).
 //
-// Prints, per file and database: the parse alone (objects per second), the
-// whole import, the store alone (the import less its parse) and the raw
-// baseline (rows per second), and the ratio import/raw.
+// Each file is imported twice, into a fresh database each time: at a tenth
+// of its size and at its full size, so that the cost per row of the two can
+// be compared (a cost that grows with the repository shows there).
+//
+// Prints, per file, size and database: the parse alone (objects per second),
+// the whole import, the store alone (the import less its parse) and the raw
+// baseline (rows per second), the ratio import/raw, and the peak resident
+// memory the import added to the process against the size of its file. Then,
+// last, per database:
+//   growth <database> <file>=<cost per row at full size / at a tenth> ...
+//   memory <database> <file>=<peak memory / file size> ...
+//   ratio <database> <file>=<import/raw at full size> ...
 //
 // usage: bench_import [N [S [M]]] (defaults 10000, 1000, 50; $DVNBT_BENCH_ROWS
 // sets N too)
+#include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <sstream>
+#include <map>
+#include <streambuf>
 #include <vector>
+
+#include <malloc.h>
 
 #include "dvnbauth.h"
 #include "dvnbdbif.h"
@@ -46,14 +60,48 @@ struct Workload {
     int rowsPerTransaction;
 };
 
-std::string FilePath(const char* kind) {
+std::string FilePath(const char* kind, int n) {
     return (std::filesystem::temp_directory_path() /
-            ("bench_import_" + std::string(kind) + "_" + std::to_string(getpid()) + ".trx"))
+            ("bench_import_" + std::string(kind) + "_" + std::to_string(n) + "_" + std::to_string(getpid()) + ".trx"))
         .string();
 }
 
+// A line of /proc/self/status in kB ("VmRSS", "VmHWM"); 0 when unknown.
+long StatusKB(const char* key) {
+    std::ifstream in("/proc/self/status");
+    std::string line;
+    const std::string prefix = std::string(key) + ":";
+    while (std::getline(in, line))
+        if (line.compare(0, prefix.size(), prefix) == 0) return std::atol(line.c_str() + prefix.size());
+    return 0;
+}
+
+// Makes the peak resident memory (VmHWM) start again from the resident
+// memory of now; false where the kernel does not offer it.
+bool ResetPeakMemory() {
+    std::ofstream out("/proc/self/clear_refs");
+    out << "5";
+    out.close();
+    return static_cast<bool>(out);
+}
+
+// A stream buffer that drops what is written to it.
+struct Discard : std::streambuf {
+    int overflow(int c) override { return c; }
+    std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
+};
+
+// What one import measured, for the summary lines.
+struct Result {
+    double usPerRow = 0;      // the import's cost per row
+    double ratio = 0;         // import/raw
+    double memoryRatio = -1;  // peak added memory / file size; < 0 unknown
+};
+// [database][file][rows]
+std::map<std::string, std::map<std::string, std::map<int, Result>>> g_results;
+
 Workload Categories(int n) {
-    Workload w{"categories", FilePath("categories"), n, n, 1};
+    Workload w{"categories", FilePath("categories", n), n, n, 1};
     std::ofstream out(w.path);
     char name[32];
     for (int i = 0; i < n; ++i) {
@@ -64,7 +112,7 @@ Workload Categories(int n) {
 }
 
 Workload Structures(int n, int members) {
-    Workload w{"structures", FilePath("structures"), n, n * (members + 1), members + 1};
+    Workload w{"structures", FilePath("structures", n), n, n * (members + 1), members + 1};
     std::ofstream out(w.path);
     char name[32], next[32];
     for (int i = 0; i < n; ++i) {
@@ -95,19 +143,33 @@ void Run(const char* backend, const std::string& dataSource, const Workload& w) 
         bench::CreateRawTable(db);
     }
 
-    // Progress lines and messages go nowhere while the clock runs.
-    std::ostringstream sink;
+    // Progress lines and messages go nowhere while the clock runs (and take
+    // no memory that would count as the import's).
+    Discard discard;
+    std::ostream sink(&discard);
     std::streambuf* saved = std::cout.rdbuf(sink.rdbuf());
     DvnfMessageHandler::DefaultOutput(&sink);
+    // The parse alone, with the peak memory of the model it builds.
+    malloc_trim(0);
+    ResetPeakMemory();
+    const long rssBeforeParse = StatusKB("VmRSS");
+    long parsePeakAdded = 0;
     double parse = Seconds([&] {
         DvnfTRXData data;
         DvnTRXFrontend(data, nullptr).ReadFile(w.path.c_str(), 2, nullptr, nullptr);
+        parsePeakAdded = StatusKB("VmHWM") - rssBeforeParse;
     });
     int level = 0;
+    // Memory freed by the earlier runs goes back to the system first, so
+    // that what the import takes shows as growth.
+    malloc_trim(0);
+    const bool peakKnown = ResetPeakMemory();
+    const long rssBefore = StatusKB("VmRSS");
     double import = Seconds([&] {
         DvnConvCoreDbIF facade;
         level = facade.ImportTRX(DvnString(w.path), DvnString(dataSource), true, true, true);
     });
+    const long peakAdded = StatusKB("VmHWM") - rssBefore;
     DvnfMessageHandler::DefaultOutput(nullptr);
     std::cout.rdbuf(saved);
     DvnBTAuthorization::DestroyInstance();
@@ -119,8 +181,15 @@ void Run(const char* backend, const std::string& dataSource, const Workload& w) 
     db.Close();
 
     // The import parses the file itself: what is left is the store.
-    std::printf("%-11s %-11s %7d %12.0f %12.0f %12.0f %12.0f %9.2f   level %d\n", backend, w.name, w.rows,
-                w.objects / parse, w.rows / import, w.rows / (import - parse), w.rows / raw, raw / import, level);
+    const double fileKB = static_cast<double>(std::filesystem::file_size(w.path)) / 1024.0;
+    Result& r = g_results[backend][w.name][w.rows];
+    r.usPerRow = import * 1e6 / w.rows;
+    r.ratio = raw / import;
+    if (peakKnown) r.memoryRatio = static_cast<double>(std::max(peakAdded, 0L)) / fileKB;
+    std::printf("%-11s %-11s %7d %12.0f %12.0f %12.0f %12.0f %9.2f %9.0f %8.0f %7.1f %7.1f   level %d\n",
+                backend, w.name, w.rows, w.objects / parse, w.rows / import, w.rows / (import - parse), w.rows / raw,
+                raw / import, r.usPerRow, fileKB, r.memoryRatio,
+                peakKnown ? static_cast<double>(std::max(parsePeakAdded, 0L)) / fileKB : -1.0, level);
     std::fflush(stdout);
 }
 
@@ -136,20 +205,45 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: bench_import [N [S [M]]]\n");
         return 2;
     }
-    const std::vector<Workload> workloads = {Categories(n), Structures(structures, members)};
-    std::printf("%d categories; %d structures of %d members\n%-11s %-11s %7s %12s %12s %12s %12s %9s\n", n,
-                structures, members, "database", "file", "rows", "parse obj/s", "import row/s", "store row/s",
-                "raw rows/s", "import/raw");
+    // A tenth of the size first, then the full size, each into a database of its own.
+    const int tenthN = std::max(1, n / 10), tenthS = std::max(1, structures / 10);
+    const std::vector<std::vector<Workload>> sizes = {
+        {Categories(tenthN), Structures(tenthS, members)}, {Categories(n), Structures(structures, members)}};
+    std::printf("%d categories; %d structures of %d members; each also at a tenth\n"
+                "%-11s %-11s %7s %12s %12s %12s %12s %9s %9s %8s %7s %7s\n",
+                n, structures, members, "database", "file", "rows", "parse obj/s", "import row/s", "store row/s",
+                "raw rows/s", "import/raw", "us/row", "file kB", "mem/kB", "parse/kB");
     int status = 0;
     try {
-        bench::ForEachFreshDatabase("bench_import", [&](const char* backend, const std::string& ds) {
-            for (const Workload& w : workloads) Run(backend, ds, w);
-        });
+        for (const auto& workloads : sizes)
+            bench::ForEachFreshDatabase("bench_import", [&](const char* backend, const std::string& ds) {
+                for (const Workload& w : workloads) Run(backend, ds, w);
+            });
     } catch (CDBException* e) {
         std::fprintf(stderr, "bench_import: %s\n", e->m_strError.c_str());
         e->Delete();
         status = 1;
     }
-    for (const Workload& w : workloads) std::filesystem::remove(w.path);
+    for (const auto& workloads : sizes)
+        for (const Workload& w : workloads) std::filesystem::remove(w.path);
+
+    // The summary, one line per database and figure; the ratios last.
+    for (const char* figure : {"growth", "memory", "ratio"}) {
+        for (const auto& [backend, files] : g_results) {
+            std::string line = std::string(figure) + " ";
+            for (char c : backend) line += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+            for (const auto& [file, byRows] : files) {
+                const Result& full = byRows.rbegin()->second;
+                const Result& tenth = byRows.begin()->second;
+                double value = full.ratio;
+                if (std::string(figure) == "growth") value = tenth.usPerRow > 0 ? full.usPerRow / tenth.usPerRow : 0;
+                if (std::string(figure) == "memory") value = full.memoryRatio;
+                char text[64];
+                std::snprintf(text, sizeof text, " %s=%.2f", file.c_str(), value);
+                line += text;
+            }
+            std::printf("%s\n", line.c_str());
+        }
+    }
     return status;
 }

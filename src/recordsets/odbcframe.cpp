@@ -120,50 +120,102 @@ bool ReadNumber(SQLHSTMT h, SQLUSMALLINT col, long& out) {
     return true;
 }
 
+// The word that ends text (letters and underscores), upper-cased, for the
+// check before a literal: "DATE '2020-01-01'" keeps its literal.
+bool EndsWithTypedLiteralWord(const std::string& text) {
+    size_t w = text.find_last_not_of(" \t\r\n");
+    if (w == std::string::npos) return false;
+    size_t b = w + 1;
+    while (b > 0 && (std::isalpha(static_cast<unsigned char>(text[b - 1])) || text[b - 1] == '_')) --b;
+    const size_t n = w + 1 - b;
+    if (n < 4 || n > 9) return false;
+    char word[10] = {0};
+    for (size_t i = 0; i < n; ++i) word[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[b + i])));
+    return !std::strcmp(word, "DATE") || !std::strcmp(word, "TIME") || !std::strcmp(word, "TIMESTAMP") ||
+           !std::strcmp(word, "INTERVAL");
+}
+
+// The end of a quoted run that starts at i (the closing quote; a doubled
+// quote continues the run), or sql.size() when it is not closed.
+size_t QuotedEnd(const std::string& sql, size_t i) {
+    const char c = sql[i];
+    size_t j = i + 1;
+    for (;;) {
+        j = sql.find(c, j);
+        if (j == std::string::npos) return sql.size();
+        if (j + 1 < sql.size() && sql[j + 1] == c) {
+            j += 2;
+            continue;
+        }
+        return j;
+    }
+}
+
 // Replaces every string literal of a statement by a parameter marker and
 // collects the literals' values, so that queries that differ only in their
 // literals share one prepared statement. Literals after DATE, TIME,
-// TIMESTAMP or INTERVAL stay, as do quoted identifiers.
-std::string LiteralsToParameters(const std::string& sql, std::vector<std::string>& values) {
+// TIMESTAMP or INTERVAL stay, as do quoted identifiers. With db, every
+// "[name]" outside quotes becomes the driver's quoted identifier in the same
+// pass (as CDatabase::TranslateBrackets would before).
+std::string LiteralsToParameters(const std::string& sql, std::vector<std::string>& values,
+                                 const CDatabase* db = nullptr) {
     std::string out;
-    out.reserve(sql.size());
-    for (size_t i = 0; i < sql.size(); ++i) {
-        char c = sql[i];
-        if (c != '\'' && c != '"') {
-            out += c;
+    out.reserve(sql.size() + 16);
+    size_t i = 0;
+    while (i < sql.size()) {
+        size_t next = sql.find_first_of(db ? "'\"[" : "'\"", i);
+        if (next == std::string::npos) {
+            out.append(sql, i, std::string::npos);
+            break;
+        }
+        out.append(sql, i, next - i);
+        i = next;
+        const char c = sql[i];
+        if (c == '[') {
+            size_t close = sql.find(']', i);
+            if (close == std::string::npos) {
+                out += c;
+                ++i;
+                continue;
+            }
+            out += db->QuoteIdentifier(sql.substr(i + 1, close - i - 1));
+            i = close + 1;
+            continue;
+        }
+        const size_t j = QuotedEnd(sql, i);
+        if (c == '"' || j >= sql.size() || EndsWithTypedLiteralWord(out)) {
+            const size_t end = std::min(j, sql.size() - 1);
+            out.append(sql, i, end - i + 1);
+            i = end + 1;
             continue;
         }
         std::string value;
-        size_t j = i + 1;
-        for (; j < sql.size(); ++j) {
-            if (sql[j] == c) {
-                if (j + 1 < sql.size() && sql[j + 1] == c) {
-                    value += c;
-                    ++j;
-                    continue;
-                }
-                break;
-            }
-            value += sql[j];
+        value.reserve(j - i - 1);
+        for (size_t k = i + 1; k < j; ++k) {
+            value += sql[k];
+            if (sql[k] == c) ++k;  // a doubled quote stands for one
         }
-        size_t end = std::min(j, sql.size() - 1);
-        size_t w = out.find_last_not_of(" \t\r\n");
-        size_t wb = w == std::string::npos ? 0 : out.find_last_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_", w);
-        std::string word = w == std::string::npos ? std::string() : Upper(out.substr(wb == std::string::npos ? 0 : wb + 1, w - (wb == std::string::npos ? 0 : wb + 1) + 1));
-        bool typed = word == "DATE" || word == "TIME" || word == "TIMESTAMP" || word == "INTERVAL";
-        if (c == '"' || typed || j >= sql.size()) {
-            out.append(sql, i, end - i + 1);
-        } else {
-            out += '?';
-            values.push_back(std::move(value));
-        }
-        i = end;
+        out += '?';
+        values.push_back(std::move(value));
+        i = j + 1;
     }
     return out;
 }
 
-// Closes the statement's cursor and unbinds its parameters whatever happens
-// in between; the handle stays with the connection.
+// Whether a bracketed name of the statement holds a quote character: only
+// then would translating the brackets first give another reading.
+bool QuoteInsideBrackets(const std::string& sql) {
+    for (size_t open = sql.find('['); open != std::string::npos; open = sql.find('[', open + 1)) {
+        size_t close = sql.find(']', open);
+        if (close == std::string::npos) return false;
+        for (size_t k = open + 1; k < close; ++k)
+            if (sql[k] == '\'' || sql[k] == '"') return true;
+    }
+    return false;
+}
+
+// Closes the statement's cursor whatever happens in between; the handle
+// stays with the connection (see CDatabase::ReleaseStatement).
 struct StatementUse {
     CDatabase& db;
     SQLHSTMT h;
@@ -496,10 +548,12 @@ SQLHSTMT CDatabase::PreparedStatement(const std::string& sql) {
 }
 
 // Runs when a statement's use ends, also on the way of an exception: the
-// calls are cleanup and never raise.
+// call is cleanup and never raises. The parameters stay bound to buffers that
+// are gone: every use binds all of its statement's markers again before it
+// executes (the markers of a kept statement are fixed by its text), so the
+// driver never reads them, and an unbind per use would cost a driver call.
 void CDatabase::ReleaseStatement(SQLHSTMT h) {
     DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_CLOSE);
-    DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_RESET_PARAMS);
 }
 
 void CDatabase::ExecuteSQL(const char* sql) {
@@ -541,34 +595,30 @@ std::string CDatabase::QuoteIdentifier(const std::string& bareName) const {
 
 std::string CDatabase::TranslateBrackets(const std::string& sql) const {
     std::string out;
-    out.reserve(sql.size() + 8);
-    for (size_t i = 0; i < sql.size(); ++i) {
-        char c = sql[i];
-        if (c == '\'' || c == '"') {  // copy a literal or quoted identifier whole
-            size_t j = i + 1;
-            while (j < sql.size()) {
-                if (sql[j] == c) {
-                    if (j + 1 < sql.size() && sql[j + 1] == c) {
-                        j += 2;
-                        continue;
-                    }
-                    break;
-                }
-                ++j;
-            }
-            out.append(sql, i, std::min(j, sql.size() - 1) - i + 1);
-            i = j;
+    out.reserve(sql.size() + 16);
+    size_t i = 0;
+    while (i < sql.size()) {
+        size_t next = sql.find_first_of("'\"[", i);
+        if (next == std::string::npos) {
+            out.append(sql, i, std::string::npos);
+            break;
+        }
+        out.append(sql, i, next - i);
+        i = next;
+        if (sql[i] != '[') {  // copy a literal or quoted identifier whole
+            const size_t end = std::min(QuotedEnd(sql, i), sql.size() - 1);
+            out.append(sql, i, end - i + 1);
+            i = end + 1;
             continue;
         }
-        if (c == '[') {
-            size_t close = sql.find(']', i);
-            if (close != std::string::npos) {
-                out += QuoteIdentifier(sql.substr(i + 1, close - i - 1));
-                i = close;
-                continue;
-            }
+        size_t close = sql.find(']', i);
+        if (close == std::string::npos) {
+            out += '[';
+            ++i;
+            continue;
         }
-        out += c;
+        out += QuoteIdentifier(sql.substr(i + 1, close - i - 1));
+        i = close + 1;
     }
     return out;
 }
@@ -764,7 +814,10 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
         }
         m.updatable = wantUpdate && !m.table.empty();
         std::vector<std::string> literals;
-        sql = LiteralsToParameters(db.TranslateBrackets(sql), literals);
+        // One pass for brackets and literals where that reads the same as
+        // translating the brackets first.
+        sql = QuoteInsideBrackets(sql) ? LiteralsToParameters(db.TranslateBrackets(sql), literals)
+                                       : LiteralsToParameters(sql, literals, &db);
         std::vector<Param> params(literals.size());
         for (size_t i = 0; i < literals.size(); ++i) params[i].text = std::move(literals[i]);
 

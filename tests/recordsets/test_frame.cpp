@@ -179,6 +179,40 @@ TEST_P(Frame, LongQuotedAndUtf8TextRoundTripsAndTheColumnBoundHolds) {
     EXPECT_EQ(set.GetRecordCount(), 1);
 }
 
+// A filter's literals become parameters and its bracketed names quoted
+// identifiers: quotes, brackets and markers inside literals stay data, and
+// statements that differ only in their literals give each their own rows.
+TEST_P(Frame, AFilterIsReadTheSameWhateverItsLiteralsHold) {
+    Insert("a", "it's [NUM]", 1);
+    Insert("b", "[NAME]", 2);
+    Insert("c", "?", 3);
+    Insert("d", "x\"y", 4);
+    const struct {
+        const char* filter;
+        V ids;
+    } cases[] = {
+        {"[NAME] = 'it''s [NUM]'", {"a"}},
+        {"NAME = '[NAME]' OR [NUM] = 3", {"b", "c"}},
+        {"[NAME] = '?' AND [NUM] = 3", {"c"}},
+        {"[NAME] = 'x\"y'", {"d"}},
+        {"[NAME] IN ('[NAME]', 'it''s [NUM]') AND [ITEM_ID] <> 'a'", {"b"}},
+        {"NAME = ''''", {}},
+        {"[NAME] = '[NAME' OR [NAME] = 'NAME]' OR [NUM] = 4", {"d"}},
+        {"[NUM] > 1 AND [ITEM_ID] <> '' AND [NAME] <> 'it''s'", {"b", "c", "d"}},
+    };
+    for (const auto& c : cases) {
+        for (unsigned options : {0u, 4u}) {  // with and without the row locator
+            ItemSet set(&Db());
+            set.m_strFilter = c.filter;
+            set.m_strSort = "[ITEM_ID]";
+            set.Open(1, prefix + "ITEM", options);
+            V ids;
+            for (; !set.IsEOF(); set.MoveNext()) ids.push_back(set.m_ITEM_ID.str());
+            EXPECT_EQ(ids, c.ids) << c.filter << " options " << options;
+        }
+    }
+}
+
 TEST_P(Frame, AWholeBracketedStatementGivesAnUpdatableRecordset) {
     Insert("a", "one", 1);
     Insert("b", "two", 2);
