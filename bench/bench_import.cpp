@@ -21,8 +21,17 @@
 //   memory <database> <file>=<peak memory / file size> ...
 //   ratio <database> <file>=<import/raw at full size> ...
 //
-// usage: bench_import [N [S [M]]] (defaults 10000, 1000, 50; $DVNBT_BENCH_ROWS
-// sets N too)
+// A third file: P processes of A activities each (two role assignments,
+// five container values and a support tool per activity; the roles and
+// programs are rows put in by SQL first), written from core data with
+// DvnTRXWriter. It is imported, then imported again with overwrite on, so
+// that each process is replaced. The rows are counted in the tables after
+// each import. At a tenth of P and at P, like the other files, to compare
+// the cost per activity at one size and at ten times that size (last line):
+//   activity <database> 1x=<us> 10x=<us> growth=<10x / 1x>
+//
+// usage: bench_import [N [S [M [P]]]] (defaults 10000, 1000, 50, 200;
+// $DVNBT_BENCH_ROWS sets N too)
 #include <algorithm>
 #include <cctype>
 #include <chrono>
@@ -58,6 +67,7 @@ struct Workload {
     int objects;
     int rows;
     int rowsPerTransaction;
+    int activities = 0;  // per process; 0 for the files without processes
 };
 
 std::string FilePath(const char* kind, int n) {
@@ -132,6 +142,131 @@ Workload Structures(int n, int members) {
     return w;
 }
 
+// The roles and programs the processes name, as rows of the repository.
+constexpr int kRoles = 10, kPrograms = 10;
+constexpr int kContainerValues = 5;
+
+DvnfString Label(const char* format, int n) {
+    char text[32];
+    std::snprintf(text, sizeof text, format, n);
+    return DvnfString(text);
+}
+
+// n processes of the given number of activities each, written by
+// DvnTRXWriter. Plain activities: what the process store keeps (the row, its
+// extent, roles, support tool and container values), without the parts it
+// does not keep yet (implementations, connectors).
+Workload Processes(int n, int activities) {
+    Workload w{"processes", FilePath("processes", n), n, 0, 0, activities};
+    DvnfCollectingMessageHandler quiet;
+    DvnfTRXData data(DvnfTRXTypes::_instance, &quiet);
+    auto link = [&](DvnfEntity& entity, const char* name, const char* type, const DvnfString& target) {
+        data.AddLinkByName(entity, DvnfString(name), DvnfString(type), target, true, false);
+    };
+    for (int p = 0; p < n; ++p) {
+        DvnfEntity& process = data.CreateEntity(DvnfString("Process"), DvnfString(), Label("Process%06d", p));
+        DvnfAttributeData diagram = process.AttributeData()("Diagram");
+        for (int i = 0; i < activities; ++i) {
+            DvnfEntity& activity = data.CreateInfoActivityByOID(diagram, DvnfString());
+            activity.Name(Label("A%d", i));
+            DvnfAttributeData a = activity.AttributeData();
+            a("Description") = Label("Generated activity %d", i);
+            a("Layout")("Xpos") = static_cast<long>(i * 10);
+            for (const char* way : {"ActivityHasInputStr", "ActivityHasOutputStr"})
+                link(activity, way, "DataStructure", DvnfString("Default Data Structure"));
+            for (int v = 0; v < kContainerValues; ++v) {
+                DvnfAttributeData member = a("InputContainer")("Members").NewSetElement();
+                member("Name") = Label("Value%d", v);
+                member("Value") = Label("%d", i * kContainerValues + v);
+            }
+            a("DoneBy")("AssignType") = 1L;
+            link(activity, "DoneByRoleMember", "Role", Label("Role%d", i % kRoles));
+            link(activity, "DoneByRoleMember", "Role", Label("Role%d", (i + 1) % kRoles));
+            link(activity, "HasSupportTool", "Program", Label("Tool%d", i % kPrograms));
+        }
+    }
+    DvnTRXWriter(data).WriteFile(w.path.c_str());
+    return w;
+}
+
+// A single number the query gives (its first column of its first row).
+long QueryCount(CDatabase& db, const std::string& sql) {
+    SQLHSTMT stmt = SQL_NULL_HSTMT;
+    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &stmt);
+    std::string text = sql;
+    bench::Check(SQLExecDirect(stmt, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), SQL_HANDLE_STMT, stmt);
+    SQLBIGINT value = 0;
+    SQLLEN indicator = 0;
+    if (SQLFetch(stmt) == SQL_SUCCESS) SQLGetData(stmt, 1, SQL_C_SBIGINT, &value, 0, &indicator);
+    SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+    return static_cast<long>(value);
+}
+
+// The rows a process import writes, as they stand in the tables now.
+long ProcessRows(CDatabase& db) {
+    long rows = 0;
+    for (const char* table : {"PROCESS", "PROCESS_GRAPH_ATTR", "PROCESS_TOPOL_ATTR", "PRC_CONTAINER", "ACTIVITY",
+                              "ACTIVITY_EXTENT", "ACTIVITY_BY_ROLE", "ACT_HAS_SUP_TOOL", "ACT_CONTAINER"})
+        rows += QueryCount(db, std::string("SELECT COUNT(*) FROM DVBT.") + table);
+    return rows;
+}
+
+// Cost per activity of the first import, by database and number of processes.
+std::map<std::string, std::map<int, double>> g_usPerActivity;
+
+// The process file imported into a fresh repository, then again over it
+// (each process replaced). Each import is followed by the raw baseline of
+// as many rows in as many transactions: the store commits each activity's
+// two passes on their own, and about five steps of each process.
+void RunProcesses(const char* backend, const std::string& dataSource, const Workload& w) {
+    {
+        CDatabase db;
+        if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString()) != 0) {
+            std::fprintf(stderr, "%s: cannot open: %s\n", backend, DvnConvCoreDbIF::LastOpenError().c_str());
+            return;
+        }
+        DvnSchema::Create(db, true);
+        bench::CreateRawTable(db);
+        for (int r = 0; r < kRoles; ++r)
+            db.ExecuteSQL(("INSERT INTO DVBT.ROLE (ROLE_ID, NAME, CHECKED_OUT) VALUES ('BR" + std::to_string(r) +
+                           "', 'Role" + std::to_string(r) + "', 0)").c_str());
+        for (int g = 0; g < kPrograms; ++g)
+            db.ExecuteSQL(("INSERT INTO DVBT.PROGRAM (PROGRAM_ID, NAME, CHECKED_OUT) VALUES ('BG" +
+                           std::to_string(g) + "', 'Tool" + std::to_string(g) + "', 0)").c_str());
+    }
+    const int activities = w.objects * w.activities;
+    const int transactions = w.objects * (2 * w.activities + 5);
+    for (const char* pass : {"new", "replaced"}) {
+        Discard discard;
+        std::ostream sink(&discard);
+        std::streambuf* saved = std::cout.rdbuf(sink.rdbuf());
+        DvnfMessageHandler::DefaultOutput(&sink);
+        int level = 0;
+        double import = Seconds([&] {
+            DvnConvCoreDbIF facade;
+            level = facade.ImportTRX(DvnString(w.path), DvnString(dataSource), true, true, true);
+        });
+        DvnfMessageHandler::DefaultOutput(nullptr);
+        std::cout.rdbuf(saved);
+        DvnBTAuthorization::DestroyInstance();
+
+        CDatabase db;
+        DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString());
+        const long rows = ProcessRows(db);
+        const int perTransaction = static_cast<int>(std::max(1L, rows / transactions));
+        bench::ResetRawTable(db);
+        double raw = Seconds([&] { bench::RawInsertInBatches(db, static_cast<int>(rows), perTransaction, true); });
+        db.Close();
+
+        const double usPerActivity = import * 1e6 / activities;
+        if (std::string(pass) == "new") g_usPerActivity[backend][w.objects] = usPerActivity;
+        std::printf("%-11s %-9s %-8s %6d %7d %8ld %10.1f %12.0f %10.0f %12.0f %9.2f %8.0f   level %d\n", backend,
+                    w.name, pass, w.objects, activities, rows, w.objects / import, activities / import, rows / import,
+                    rows / raw, raw / import, usPerActivity, level);
+        std::fflush(stdout);
+    }
+}
+
 void Run(const char* backend, const std::string& dataSource, const Workload& w) {
     {
         CDatabase db;
@@ -196,15 +331,17 @@ void Run(const char* backend, const std::string& dataSource, const Workload& w) 
 }  // namespace
 
 int main(int argc, char** argv) {
-    int n = 10000, structures = 1000, members = 50;
+    int n = 10000, structures = 1000, members = 50, processes = 200;
     if (const char* env = std::getenv("DVNBT_BENCH_ROWS")) n = std::atoi(env);
     if (argc > 1) n = std::atoi(argv[1]);
     if (argc > 2) structures = std::atoi(argv[2]);
     if (argc > 3) members = std::atoi(argv[3]);
-    if (n <= 0 || structures <= 0 || members <= 0) {
-        std::fprintf(stderr, "usage: bench_import [N [S [M]]]\n");
+    if (argc > 4) processes = std::atoi(argv[4]);
+    if (n <= 0 || structures <= 0 || members <= 0 || processes <= 0) {
+        std::fprintf(stderr, "usage: bench_import [N [S [M [P]]]]\n");
         return 2;
     }
+    constexpr int kActivities = 50;
     // A tenth of the size first, then the full size, each into a database of its own.
     const int tenthN = std::max(1, n / 10), tenthS = std::max(1, structures / 10);
     const std::vector<std::vector<Workload>> sizes = {
@@ -227,6 +364,26 @@ int main(int argc, char** argv) {
     for (const auto& workloads : sizes)
         for (const Workload& w : workloads) std::filesystem::remove(w.path);
 
+    // The processes at a tenth and at full size, each imported new and then replaced.
+    const int tenthP = std::max(1, processes / 10);
+    std::printf("processes of %d activities, at %d and at %d\n"
+                "%-11s %-9s %-8s %6s %7s %8s %10s %12s %10s %12s %9s %8s\n",
+                kActivities, tenthP, processes, "database", "file", "import", "procs", "acts", "rows",
+                "proc/s", "activity/s", "row/s", "raw rows/s", "import/raw", "us/act");
+    for (int count : {tenthP, processes}) {
+        const Workload w = Processes(count, kActivities);
+        try {
+            bench::ForEachFreshDatabase("bench_import", [&](const char* backend, const std::string& ds) {
+                RunProcesses(backend, ds, w);
+            });
+        } catch (CDBException* e) {
+            std::fprintf(stderr, "bench_import: %s\n", e->m_strError.c_str());
+            e->Delete();
+            status = 1;
+        }
+        std::filesystem::remove(w.path);
+    }
+
     // The summary, one line per database and figure; the ratios last.
     for (const char* figure : {"growth", "memory", "ratio"}) {
         for (const auto& [backend, files] : g_results) {
@@ -244,6 +401,14 @@ int main(int argc, char** argv) {
             }
             std::printf("%s\n", line.c_str());
         }
+    }
+    // The cost per activity of a new import at a tenth (1x) and at full size (10x).
+    for (const auto& [backend, byCount] : g_usPerActivity) {
+        std::string name;
+        for (char c : backend) name += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        const double small = byCount.begin()->second, large = byCount.rbegin()->second;
+        std::printf("activity %s 1x=%.0fus 10x=%.0fus growth=%.2f\n", name.c_str(), small, large,
+                    small > 0 ? large / small : 0);
     }
     return status;
 }
