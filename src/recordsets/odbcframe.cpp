@@ -221,6 +221,7 @@ struct StatementUse {
     SQLHSTMT h;
     const char* sql = nullptr;  // for the trace
     StatementUse(CDatabase& d, const std::string& text) : db(d), h(d.PreparedStatement(text)), sql(text.c_str()) {}
+    StatementUse(CDatabase&, std::string&&) = delete;  // sql would point into a temporary
     explicit StatementUse(CDatabase& d) : db(d), h(d.DirectStatement()) {}
     ~StatementUse() { db.ReleaseStatement(h); }
 };
@@ -473,8 +474,10 @@ void CDatabase::LeaveManualCommit() {
 // and DVBT are the same file, so it would wait for itself.
 void CDatabase::BeginAsWriter() {
     try {
-        // Prepared once per connection: it runs before every object.
-        StatementUse use(*this, "DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1");
+        // Prepared once per connection: it runs before every object. The
+        // use keeps a pointer into the text, which must outlive it.
+        const std::string probe = "DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1";
+        StatementUse use(*this, probe);
         DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
     } catch (CDBException*) {
         // No transaction was begun. The table may have been dropped since it
