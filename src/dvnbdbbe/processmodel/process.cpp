@@ -468,21 +468,28 @@ int DvnConvCoreDbBe::SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdent
 
 // ------------------------------------------------------------------ rows beside PROCESS
 
-int DvnConvCoreDbBe::SaveProcessGraphAttributes(CDatabase& db, DvnfEntity&, const CString& pid) {
-    DvnProcessGraphAttrSet row(&db);
+namespace {
+
+// A row beside PROCESS, found by the process's key: inserted or updated.
+// Until the process attributes are stored it holds the key only; label names
+// the row in the trace ("Process graph attributes").
+template <class Set>
+int SaveRowBesideProcess(DvnConvCoreDbBe& be, CDatabase& db, const char* table, const char* label, const CString& pid,
+                         int (DvnConvCoreDbBe::*report)(CDBException*, const char*, const char*, CRecordset*)) {
+    Set row(&db);
     row.m_strFilter = CString("PID = ") + Quoted(pid);
     bool inserting = false;
     try {
-        row.Open(CRecordset::snapshot, Table("PROCESS_GRAPH_ATTR"), CRecordset::none);
+        row.Open(CRecordset::snapshot, be.GetTablePrefix() + table, CRecordset::none);
     } catch (CDBException* e) {
-        return ReportDbException(e, "opening", "PROCESS_GRAPH_ATTR", &row);
+        return (be.*report)(e, "opening", table, &row);
     }
     try {
         if (row.IsEOF()) {
             if (!row.CanAppend()) {
                 row.Close();
-                DVN_TRACE(1, 2, "Process graph attributes not added");
-                return LevelError;
+                DVN_TRACE(1, 2, label << " not added");
+                return DvnConvCoreDbBe::LevelError;
             }
             inserting = true;
             row.AddNew();
@@ -490,49 +497,29 @@ int DvnConvCoreDbBe::SaveProcessGraphAttributes(CDatabase& db, DvnfEntity&, cons
             row.MoveFirst();
             row.Edit();
         }
-        // The settings of the window are the process attributes' to write.
         row.m_PID = pid;
         row.Update();
     } catch (CDBException* e) {
-        ReportDbException(e, "updating", "PROCESS_GRAPH_ATTR", &row);
-        if (inserting) DVN_TRACE(1, 2, "Process graph attributes not added");
-        return LevelError;
+        (be.*report)(e, "updating", table, &row);
+        if (inserting) DVN_TRACE(1, 2, label << " not added");
+        return DvnConvCoreDbBe::LevelError;
     }
     row.Close();
-    return LevelOk;
+    return DvnConvCoreDbBe::LevelOk;
+}
+
+}  // namespace
+
+// The settings of the window are the process attributes' to write.
+int DvnConvCoreDbBe::SaveProcessGraphAttributes(CDatabase& db, DvnfEntity&, const CString& pid) {
+    return SaveRowBesideProcess<DvnProcessGraphAttrSet>(*this, db, "PROCESS_GRAPH_ATTR", "Process graph attributes",
+                                                        pid, &DvnConvCoreDbBe::ReportDbException);
 }
 
 int DvnConvCoreDbBe::SaveProcessTopologyAttributes(CDatabase& db, DvnfEntity&, const CString& pid) {
-    DvnProcessTopolAttrSet row(&db);
-    row.m_strFilter = CString("PID = ") + Quoted(pid);
-    bool inserting = false;
-    try {
-        row.Open(CRecordset::snapshot, Table("PROCESS_TOPOL_ATTR"), CRecordset::none);
-    } catch (CDBException* e) {
-        return ReportDbException(e, "opening", "PROCESS_TOPOL_ATTR", &row);
-    }
-    try {
-        if (row.IsEOF()) {
-            if (!row.CanAppend()) {
-                row.Close();
-                DVN_TRACE(1, 2, "Process topology attributes not added");
-                return LevelError;
-            }
-            inserting = true;
-            row.AddNew();
-        } else {
-            row.MoveFirst();
-            row.Edit();
-        }
-        row.m_PID = pid;
-        row.Update();
-    } catch (CDBException* e) {
-        ReportDbException(e, "updating", "PROCESS_TOPOL_ATTR", &row);
-        if (inserting) DVN_TRACE(1, 2, "Process topology attributes not added");
-        return LevelError;
-    }
-    row.Close();
-    return LevelOk;
+    return SaveRowBesideProcess<DvnProcessTopolAttrSet>(*this, db, "PROCESS_TOPOL_ATTR",
+                                                        "Process topology attributes", pid,
+                                                        &DvnConvCoreDbBe::ReportDbException);
 }
 
 // ------------------------------------------------------------------ attributes
