@@ -214,6 +214,18 @@ long ProcessRows(CDatabase& db) {
 // Cost per activity of the first import, by database and number of processes.
 std::map<std::string, std::map<int, double>> g_usPerActivity;
 
+// Opens the fresh database and creates the repository and the raw table in
+// it; false (said on standard error) when it does not open.
+bool CreateSchemas(const char* backend, const std::string& dataSource, CDatabase& db) {
+    if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString()) != 0) {
+        std::fprintf(stderr, "%s: cannot open: %s\n", backend, DvnConvCoreDbIF::LastOpenError().c_str());
+        return false;
+    }
+    DvnSchema::Create(db, true);
+    bench::CreateRawTable(db);
+    return true;
+}
+
 // The process file imported into a fresh repository, then again over it
 // (each process replaced). Each import is followed by the raw baseline of
 // as many rows in as many transactions: the store commits each activity's
@@ -221,12 +233,7 @@ std::map<std::string, std::map<int, double>> g_usPerActivity;
 void RunProcesses(const char* backend, const std::string& dataSource, const Workload& w) {
     {
         CDatabase db;
-        if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString()) != 0) {
-            std::fprintf(stderr, "%s: cannot open: %s\n", backend, DvnConvCoreDbIF::LastOpenError().c_str());
-            return;
-        }
-        DvnSchema::Create(db, true);
-        bench::CreateRawTable(db);
+        if (!CreateSchemas(backend, dataSource, db)) return;
         for (int r = 0; r < kRoles; ++r)
             db.ExecuteSQL(("INSERT INTO DVBT.ROLE (ROLE_ID, NAME, CHECKED_OUT) VALUES ('BR" + std::to_string(r) +
                            "', 'Role" + std::to_string(r) + "', 0)").c_str());
@@ -270,12 +277,7 @@ void RunProcesses(const char* backend, const std::string& dataSource, const Work
 void Run(const char* backend, const std::string& dataSource, const Workload& w) {
     {
         CDatabase db;
-        if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString()) != 0) {
-            std::fprintf(stderr, "%s: cannot open: %s\n", backend, DvnConvCoreDbIF::LastOpenError().c_str());
-            return;
-        }
-        DvnSchema::Create(db, true);
-        bench::CreateRawTable(db);
+        if (!CreateSchemas(backend, dataSource, db)) return;
     }
 
     // Progress lines and messages go nowhere while the clock runs (and take
