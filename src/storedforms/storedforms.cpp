@@ -33,6 +33,12 @@ long Seconds(const DurationUnits& units) {
     return static_cast<int32_t>(sum);
 }
 
+long PackedColor(long red, long green, long blue) {
+    const uint32_t sum = static_cast<uint32_t>(red) * 1000000u + static_cast<uint32_t>(green) * 1000u +
+                         static_cast<uint32_t>(blue);
+    return static_cast<int32_t>(sum);
+}
+
 std::string TimeEvent(std::optional<long> every, std::optional<long> on, std::optional<long> atHours,
                       std::optional<long> atMinutes) {
     static const char* const periods[] = {"DAY", "MONTH", "WEEK", "YEAR"};

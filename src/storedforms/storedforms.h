@@ -33,6 +33,12 @@ inline constexpr std::array<long, 7> UnitSeconds = {31536000, 2592000, 604800, 8
 // 32-bit two's complement number (a count that overflows it is not refused).
 long Seconds(const DurationUnits& units);
 
+// The stored value of a colour: red times 1,000,000, plus green times 1,000,
+// plus blue, so that the nine decimal digits read RRRGGGBBB. A part above 999
+// runs into the next one (the column keeps what the sum gives, wrapped to 32
+// bits like a duration).
+long PackedColor(long red, long green, long blue);
+
 // The stored text of a time event, from "Every" (1 day, 2 month, 3 week, 4
 // year), "On" (1 Monday .. 7 Sunday), "AtHours" and "AtMinutes", each absent
 // when not given: "ANYTIME", "EVERY DAY", "EVERY MONTH ON MONDAY AT 14.05",
