@@ -111,6 +111,10 @@ protected:
     // Sets the entity's state from the row mark when the entity is valid.
     // False for a tombstone: the row ends there and the entity stays bare.
     bool TakeState(DvnfEntity& entity, int rowMark);
+    // For an entity without a row mark of its own (activities, sources,
+    // sinks, connectors, containers): the state of the process or block that
+    // holds it, when the entity is valid.
+    void TakeParentState(DvnfEntity& entity, const DvnfEntity& parent);
 
     // The null rule: a column is copied only when it is not NULL.
     void CopyText(const CRecordset& row, const CString& member, DvnfAttributeData target);

@@ -33,6 +33,10 @@ bool DvnConvCoreDbFe::TakeState(DvnfEntity& entity, int rowMark) {
     return entity.State() != DvnfObject::StateDeleted;
 }
 
+void DvnConvCoreDbFe::TakeParentState(DvnfEntity& entity, const DvnfEntity& parent) {
+    if (entity.IsValid()) entity.State(parent.State());
+}
+
 bool DvnConvCoreDbFe::AlreadyLoaded(const char* typeName, const CString& key) {
     return m_pCoreData->GetEntityByOID(DvnfString(typeName), DvnfString(key.c_str()), false).State() >
            DvnfObject::StateDeleted;

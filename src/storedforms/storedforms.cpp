@@ -137,7 +137,7 @@ TimeEventParts ParsedTimeEvent(std::string text) {
     }
     if (CutWord(text, "AT")) {
         parts.anyTime = false;
-        // Two characters are too few for a time: hours need a separator.
+        // Two characters or fewer are too few for a time.
         if (text.size() > 2) {
             const size_t separator = text.find_first_of(".:");
             parts.atHours = std::atol(text.substr(0, separator).c_str());

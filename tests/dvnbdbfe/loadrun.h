@@ -13,6 +13,8 @@ class TestableFe : public DvnConvCoreDbFe {
 public:
     using DvnConvCoreDbFe::DvnConvCoreDbFe;
     using DvnConvCoreDbFe::DataStructureMember;
+    using DvnConvCoreDbFe::TakeParentState;
+    using DvnConvCoreDbFe::TakeState;
 };
 
 struct LoadRun {

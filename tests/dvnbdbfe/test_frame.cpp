@@ -22,7 +22,22 @@ TEST(LoadFrame, RowMarksBecomeStates) {
     const std::pair<int, DvnfObject::State_t> cases[] = {
         {0, 3}, {1, 4}, {2, 2}, {3, 4}, {4, 1}, {5, 2}, {9, 3}, {6, 3}, {-1, 3},
     };
-    for (const auto& [mark, state] : cases) EXPECT_EQ(DvnConvCoreDbFe::GetState(mark), state) << "mark " << mark;
+    DvnfTRXData data;
+    TestableFe fe(nullptr, &data);
+    for (const auto& [mark, state] : cases) {
+        EXPECT_EQ(DvnConvCoreDbFe::GetState(mark), state) << "mark " << mark;
+        // An entity made from a row takes it, and only a tombstone ends the row.
+        DvnfEntity& entity = data.CreateEntity(DvnfString("Process"), DvnfString(""), DvnfString("P"));
+        EXPECT_EQ(fe.TakeState(entity, mark), state != DvnfObject::StateDeleted);
+        EXPECT_EQ(entity.State(), state);
+        // What a process holds has its state.
+        DvnfEntity& activity = data.CreateProgramActivityByOID(entity.AttributeData()("Diagram"), DvnfString(""));
+        fe.TakeParentState(activity, entity);
+        EXPECT_EQ(activity.State(), state);
+    }
+    // The undefined entity keeps its state and the row goes on.
+    EXPECT_TRUE(fe.TakeState(DvnfEntity::undefined, 4));
+    EXPECT_EQ(DvnfEntity::undefined.State(), 0);
 }
 
 TEST(LoadFrame, ColoursComeBackFromTheirNineDigits) {
