@@ -120,6 +120,9 @@ protected:
     void CopyText(const CRecordset& row, const CString& member, DvnfAttributeData target);
     void CopyLong(const CRecordset& row, const long& member, DvnfAttributeData target);
     void CopyLong(const CRecordset& row, const int& member, DvnfAttributeData target);
+    // "Description" and "Documentation", each unless NULL.
+    void CopyTexts(const CRecordset& row, const CString& description, const CString& documentation,
+                   DvnfAttributeData target);
     // A flag column: true when not 0, nothing when NULL.
     void CopyFlag(const CRecordset& row, const long& member, DvnfAttributeData target);
     void CopyFlag(const CRecordset& row, const int& member, DvnfAttributeData target);

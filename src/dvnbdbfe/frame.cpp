@@ -102,6 +102,12 @@ void DvnConvCoreDbFe::CopyText(const CRecordset& row, const CString& member, Dvn
     if (!row.IsFieldNull(&member)) target = member.c_str();
 }
 
+void DvnConvCoreDbFe::CopyTexts(const CRecordset& row, const CString& description, const CString& documentation,
+                                DvnfAttributeData target) {
+    CopyText(row, description, target("Description"));
+    CopyText(row, documentation, target("Documentation"));
+}
+
 void DvnConvCoreDbFe::CopyLong(const CRecordset& row, const long& member, DvnfAttributeData target) {
     if (!row.IsFieldNull(&member)) target = member;
 }
@@ -120,20 +126,29 @@ void DvnConvCoreDbFe::CopyFlag(const CRecordset& row, const int& member, DvnfAtt
 
 // -------------------------------------------------------------------- links
 
+namespace {
+
+// A reference column as a link made by the core model's call `add` (by key
+// or by name); none for a NULL or empty column.
+using AddLink = const DvnfLink& (DvnfCoreData::*)(DvnfEntity&, const DvnfString&, const DvnfString&,
+                                                 const DvnfString&, bool, bool);
+bool LinkColumn(DvnfTRXData& data, AddLink add, DvnfEntity& entity, const char* linkName, const char* targetType,
+                const CRecordset& row, const CString& member) {
+    if (row.IsFieldNull(&member) || member.IsEmpty()) return false;
+    (data.*add)(entity, DvnfString(linkName), DvnfString(targetType), DvnfString(member.c_str()), true, true);
+    return true;
+}
+
+}  // namespace
+
 bool DvnConvCoreDbFe::LinkByOID(DvnfEntity& entity, const char* linkName, const char* targetType,
                                 const CRecordset& row, const CString& member) {
-    if (row.IsFieldNull(&member) || member.IsEmpty()) return false;
-    m_pCoreData->AddLinkByOID(entity, DvnfString(linkName), DvnfString(targetType), DvnfString(member.c_str()),
-                              true, true);
-    return true;
+    return LinkColumn(*m_pCoreData, &DvnfCoreData::AddLinkByOID, entity, linkName, targetType, row, member);
 }
 
 bool DvnConvCoreDbFe::LinkByName(DvnfEntity& entity, const char* linkName, const char* targetType,
                                  const CRecordset& row, const CString& member) {
-    if (row.IsFieldNull(&member) || member.IsEmpty()) return false;
-    m_pCoreData->AddLinkByName(entity, DvnfString(linkName), DvnfString(targetType), DvnfString(member.c_str()),
-                               true, true);
-    return true;
+    return LinkColumn(*m_pCoreData, &DvnfCoreData::AddLinkByName, entity, linkName, targetType, row, member);
 }
 
 // ------------------------------------------------------------------ reports

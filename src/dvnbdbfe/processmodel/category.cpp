@@ -21,9 +21,7 @@ void DvnConvCoreDbFe::Categories(DvnString const& id) {
 
 int DvnConvCoreDbFe::Category(DvnCategorySet& row, DvnfEntity& category) {
     if (!TakeState(category, row.m_CHECKED_OUT)) return LevelOk;
-    DvnfAttributeData attributes = category.AttributeData();
-    CopyText(row, row.m_DESCRIPTION, attributes("Description"));
-    CopyText(row, row.m_DOCUMENTATION, attributes("Documentation"));
+    CopyTexts(row, row.m_DESCRIPTION, row.m_DOCUMENTATION, category.AttributeData());
     return LevelOk;
 }
 

@@ -23,8 +23,7 @@ void DvnConvCoreDbFe::DataStructures(DvnString const& id) {
 int DvnConvCoreDbFe::DataStructure(DvnDataStructureSet& row, DvnfEntity& structure) {
     if (!TakeState(structure, row.m_CHECKED_OUT)) return LevelOk;
     DvnfAttributeData attributes = structure.AttributeData();
-    CopyText(row, row.m_DESCRIPTION, attributes("Description"));
-    CopyText(row, row.m_DOCUMENTATION, attributes("Documentation"));
+    CopyTexts(row, row.m_DESCRIPTION, row.m_DOCUMENTATION, attributes);
     // The members are read anew, so that a structure read a second time
     // (by key, for the editor) does not hold them twice.
     attributes.Reset("Members");
@@ -45,8 +44,7 @@ void DvnConvCoreDbFe::DataStructureMember(CString dsid, DvnfEntity* structure) {
             DvnfEntity& object = member.AsEntity();
             if (object.IsValid()) object.Name(DvnfString(row.m_MEMBER.c_str()));
             member("Name") = row.m_MEMBER.c_str();
-            CopyText(row, row.m_DESCRIPTION, member("Description"));
-            CopyText(row, row.m_DOCUMENTATION, member("Documentation"));
+            CopyTexts(row, row.m_DESCRIPTION, row.m_DOCUMENTATION, member);
             switch (row.m_DATA_TYPE) {
                 case 3: member("Type") = 3L; break;
                 case 5: member("Type") = 1L; break;
