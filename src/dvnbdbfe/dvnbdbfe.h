@@ -14,6 +14,7 @@
 
 class DvnCategorySet;
 class DvnDataStructureSet;
+class DvnDataStructureMbrSet;
 
 class DvnConvCoreDbFe {
 public:
@@ -156,6 +157,7 @@ protected:
     int DataStructure(DvnDataStructureSet& row, DvnfEntity& structure);
     // The members of a structure, in their stored order.
     void DataStructureMember(CString dsid, DvnfEntity* structure);
+    void SubStructure(DvnDataStructureMbrSet& row, DvnfAttributeData member, DvnfEntity& object);
     static const Kind<DvnDataStructureSet> DataStructureKind;
 
     DvnfTRXData* m_pCoreData;

@@ -32,14 +32,13 @@ int DvnConvCoreDbFe::DataStructure(DvnDataStructureSet& row, DvnfEntity& structu
 }
 
 void DvnConvCoreDbFe::DataStructureMember(CString dsid, DvnfEntity* structure) {
-    DvnDataStructureMbrSet row(m_pDatabase);
+    DvnDataStructureMbrSet rs(m_pDatabase);
     // The one set whose order a column keeps: the members' order is part of
     // the structure.
-    row.m_strFilter = CString("DSID = ") + Literal(DvnString(dsid.c_str()));
-    row.m_strSort = "SEQUENCE_NO";
+    rs.m_strFilter = CString("DSID = ") + Literal(DvnString(dsid.c_str()));
+    rs.m_strSort = "SEQUENCE_NO";
     try {
-        row.Open(CRecordset::snapshot, Table("DATA_STRUCTURE_MBR"), CRecordset::readOnly);
-        for (; !row.IsEOF(); row.MoveNext()) {
+        ReadRows(rs, Table("DATA_STRUCTURE_MBR"), [&](DvnDataStructureMbrSet& row) {
             DvnfAttributeData member = structure->AttributeData()("Members").NewSetElement();
             DvnfEntity& object = member.AsEntity();
             if (object.IsValid()) object.Name(DvnfString(row.m_MEMBER.c_str()));
@@ -49,32 +48,30 @@ void DvnConvCoreDbFe::DataStructureMember(CString dsid, DvnfEntity* structure) {
                 case 3: member("Type") = 3L; break;
                 case 5: member("Type") = 1L; break;
                 case 6: member("Type") = 2L; break;
-                case 7: {
-                    // A sub-structure: "Type" only when its row is there.
-                    DvnDataStructureSet sub(m_pDatabase);
-                    sub.m_strFilter = CString("DSID = ") + Literal(DvnString(row.m_TYPE_DS.c_str()));
-                    sub.Open(CRecordset::snapshot, Table("DATA_STRUCTURE"), CRecordset::readOnly);
-                    if (!sub.IsEOF()) {
-                        member("Type") = 4L;
-                        if (LinkByOID(object, "HasSubStructure", "DataStructure", row, row.m_TYPE_DS)) {
-                            // A target known only by its key gets the name at hand, so that
-                            // the link reads as a name without a further lookup; its state
-                            // stays 0, so its own load still fills it.
-                            DvnfEntity& target = m_pCoreData->GetEntityByOID(
-                                DvnfString("DataStructure"), DvnfString(row.m_TYPE_DS.c_str()), false);
-                            if (target.IsValid() && target.Name().str().empty())
-                                target.Name(DvnfString(sub.m_NAME.c_str()));
-                        }
-                    }
-                    break;
-                }
+                case 7: SubStructure(row, member, object); break;
                 default: member("Type") = 0L; break;
             }
             CopyLong(row, row.m_ARRAY_SIZE, member("Cardinality"));
-        }
+        });
     } catch (CDBException* e) {
         TraceDbException("Exception In DataStructureMember: rc =", e);
     }
+}
+
+// A member of a sub-structure: "Type" 4 and the link only when the
+// structure's row is there. A target known only by its key gets the name at
+// hand, so that the link reads as a name without a further lookup; its state
+// stays 0, so its own load still fills it.
+void DvnConvCoreDbFe::SubStructure(DvnDataStructureMbrSet& row, DvnfAttributeData member, DvnfEntity& object) {
+    DvnDataStructureSet sub(m_pDatabase);
+    sub.m_strFilter = CString("DSID = ") + Literal(DvnString(row.m_TYPE_DS.c_str()));
+    ReadRows(sub, Table("DATA_STRUCTURE"), [&](DvnDataStructureSet& found) {
+        member("Type") = 4L;
+        if (!LinkByOID(object, "HasSubStructure", "DataStructure", row, row.m_TYPE_DS)) return;
+        DvnfEntity& target =
+            m_pCoreData->GetEntityByOID(DvnfString("DataStructure"), DvnfString(row.m_TYPE_DS.c_str()), false);
+        if (target.IsValid() && target.Name().str().empty()) target.Name(DvnfString(found.m_NAME.c_str()));
+    });
 }
 
 int DvnConvCoreDbFe::DsToCore(DvnfEntity& structure) {
