@@ -325,7 +325,11 @@ TEST_P(StaffStore, TheSystemAdministratorRoleHasOneMemberAndSurvivesAFileThatOnl
     }
     EXPECT_EQ(Count("ROLE_INCL_PERSON"), "1");
     const std::string admin = "role|BOB|System administrator";
-    EXPECT_EQ(Relations().back(), admin);
+    auto hasAdmin = [&] {
+        const Lines relations = Relations();
+        return std::find(relations.begin(), relations.end(), admin) != relations.end();
+    };
+    EXPECT_TRUE(hasAdmin());
 
     // The role alone keeps its administrator; any other role alone loses
     // its members, which come back from the persons' side.
@@ -335,7 +339,7 @@ TEST_P(StaffStore, TheSystemAdministratorRoleHasOneMemberAndSurvivesAFileThatOnl
     Link(run, clerks, "RoleHasPerson", "Person", "ghost");
     EXPECT_EQ(SaveStaff(run, Db()), 4);
     EXPECT_EQ(run.Messages(), (Lines{"51039|Clerks", "51170|ghost", "51039|System administrator"}));
-    EXPECT_EQ(Relations().back(), admin);
+    EXPECT_TRUE(hasAdmin());
     EXPECT_EQ(Count("ROLE_INCL_PERSON"), "1");
 }
 
