@@ -110,13 +110,16 @@ int DvnConvCoreDbBe::SaveRole2(CDatabase& db, DvnfEntity& entity) {
         }
         row.MoveFirst();
         key = row.m_ROLE_ID;
-        if (row.m_CHECKED_OUT == MarkFirstPassDone) {
-            row.Edit();
-            row.m_CHECKED_OUT = m_nSourceMark;
-            row.Update();
-        } else if (!m_bOverwrite) {
+        int mark = row.m_CHECKED_OUT;
+        if (!SecondPassMayWrite(mark)) {
             row.Close();
             return LevelOk;
+        }
+        // A row of an earlier run is not touched; one of this run ends its mark 9.
+        if (mark != row.m_CHECKED_OUT) {
+            row.Edit();
+            row.m_CHECKED_OUT = mark;
+            row.Update();
         }
         row.Close();
     } catch (CDBException* e) {
