@@ -273,6 +273,8 @@ TEST_P(StaffStore, APersonGetsSystemGroupAndLevelAlongItsChains) {
     Person(none, "ann");
     // No system at all: no row.
     Exec("INSERT INTO DVBT.STAFF_LEVEL (LEVEL_ID, CHECKED_OUT) VALUES (2, 0)");
+    // The group of the higher key comes first: the default is the lowest key.
+    AddSystemGroup(Db(), "G9", "Last");
     AddSystemGroup(Db(), "G7", "Other");
     EXPECT_EQ(none.be.SavePeople(Db(), true), 8);
     EXPECT_EQ(none.Messages(), (Lines{"51106", "51302|ann"}));
@@ -282,7 +284,6 @@ TEST_P(StaffStore, APersonGetsSystemGroupAndLevelAlongItsChains) {
     // named but not stored falls back to the default.
     AddSystem(Db(), "S2", "Zeta", "G7");
     AddSystem(Db(), "S1", "DVNSYS", "G7");
-    AddSystemGroup(Db(), "G9", "Last");
     AddSystem(Db(), "S3", "Third", "G9");
     {
         ImportRun run(true);
