@@ -143,6 +143,53 @@ TEST_P(StaffLoad, RolesOrganizationsAndLevelsLinkOnlyToRowsThatExist) {
               "Name=Lead Description=Leads");
 }
 
+TEST_P(StaffLoad, WhatTheStoreWritesComesBackAsTheFileSaidUpToTheStoredForms) {
+    AddSystemGroup(Db(), "G1", "SYS_GRP");
+    AddSystem(Db(), "S1", "DVNSYS", "G1");
+    AddCategory(Db(), "K1", "Sales");
+    {
+        ImportRun run(true);
+        run.Add("Level", "5").AttributeData()("Name") = "Lead";
+        DvnfEntity& ann = run.Add("Person", "ann");
+        DvnfEntity& bob = run.Add("Person", "bob");
+        DvnfAttributeData a = ann.AttributeData();
+        a("Password") = "pw";
+        a("Level") = 5L;
+        a("AuthorizedForAllCategories") = 1L;
+        a("AuthorizedForStaff") = true;
+        a("AuthorizedForWorklists").NewSetElement() = "bob";
+        bob.AttributeData()("AuthorizedForWorklistsOfAll") = true;
+        run.data.AddLinkByName(bob, DvnfString("PersonIsAuthorizedFor"), DvnfString("Category"), DvnfString("Sales"));
+        run.data.AddLinkByName(ann, DvnfString("PersonHasRole"), DvnfString("Role"), DvnfString("Clerks"));
+        run.Add("Role", "Clerks");
+        ASSERT_EQ(run.be.SaveLevels(Db(), true), 0);
+        ASSERT_EQ(run.be.SavePeople(Db(), true), 0);
+        ASSERT_EQ(run.be.SaveRoles(Db(), true), 0);
+        ASSERT_EQ(run.be.SavePeople2(Db(), true), 0) << testing::PrintToString(run.Messages());
+    }
+    LoadRun run(Db());
+    run.fe.Persons(DvnString(""));
+    run.fe.Roles(DvnString(""));
+    const std::string annId = QueryValue(Db(), "SELECT PERSON_ID FROM DVBT.PERSON WHERE USERID = 'ANN'");
+    const std::string bobId = QueryValue(Db(), "SELECT PERSON_ID FROM DVBT.PERSON WHERE USERID = 'BOB'");
+    DvnfEntity& ann = run.Get("Person", annId.c_str());
+    ASSERT_TRUE(ann.IsValid());
+    EXPECT_EQ(ann.Name().str(), "ANN");
+    EXPECT_EQ(Defined(ann.AttributeData(), {"Level", "AuthorizedForAllCategories", "AuthorizedForStaff",
+                                            "AuthorizedForWorklistsOfAll"}),
+              "Level=5 AuthorizedForAllCategories=1 AuthorizedForStaff=true AuthorizedForWorklistsOfAll=false");
+    EXPECT_EQ(Elements(ann, "AuthorizedForWorklists"), (Lines{"BOB"}));
+    EXPECT_TRUE(DvnUser::PasswordMatches("ann", "pw", ann.AttributeData()("Password").AsString("")));
+    EXPECT_EQ(Targets(run, ann, "PersonHasRole", "Role").size(), 1u);
+    DvnfEntity& bob = run.Get("Person", bobId.c_str());
+    EXPECT_EQ(Targets(run, bob, "PersonIsAuthorizedFor", "Category"), (Lines{"K1"}));
+    EXPECT_EQ(Defined(bob.AttributeData(), {"AuthorizedForWorklistsOfAll"}), "AuthorizedForWorklistsOfAll=true");
+    // The member comes back from the role's side too.
+    const DvnfEntityMap& roles = run.data.GetEntities(DvnfString("Role"));
+    ASSERT_EQ(roles.size(), 1u);
+    EXPECT_EQ(Targets(run, roles.begin()->second->Entity(), "RoleHasPerson", "Person"), (Lines{annId}));
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(StaffLoad);
 
 }  // namespace
