@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs the main job on the embedded default: creates a
 # fresh repository in an SQLite database file (default ./dvnbt.db, or the
-# first argument), imports examples/categories.trx into it and shows what
-# was stored.
+# first argument), imports the team of examples/team.trx into it as the
+# initial load, logs in as one of its persons to import
+# examples/categories.trx, and shows what was stored.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 bash "$root/scripts/setup.sh"
@@ -10,6 +11,8 @@ bash "$root/scripts/build.sh"
 dvnbt="${DVN_BUILD_DIR:-$root/build}/tools/dvnbt/dvnbt"
 db="${1:-dvnbt.db}"
 "$dvnbt" --db "$db" init --recreate
-"$dvnbt" --db "$db" import --initial-load "$root/examples/categories.trx"
+"$dvnbt" --db "$db" import --initial-load "$root/examples/team.trx"
+DVNBT_USER=anna DVNBT_PASSWORD=anna-pw "$dvnbt" --db "$db" import "$root/examples/categories.trx"
 sqlite3 -header -column "$db" \
-  "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM CATEGORY ORDER BY NAME; SELECT * FROM VERSION;"
+  "SELECT USERID, LEVEL_ID, STAFF_AUTH, PROC_DEF_AUTH FROM PERSON ORDER BY USERID;
+   SELECT NAME, CHECKED_OUT, DESCRIPTION FROM CATEGORY ORDER BY NAME; SELECT * FROM VERSION;"

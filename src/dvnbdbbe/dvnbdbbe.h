@@ -21,6 +21,11 @@ class DvnDataStructureMbrSet;
 class DvnProcessSet;
 class DvnActivitySet;
 class DvnActivityExtentSet;
+// staff: levels, persons, organizations, roles
+class DvnStaffLevelSet;
+class DvnPersonSet;
+class DvnOrganizationSet;
+class DvnRoleSet;
 
 class DvnConvCoreDbBe {
 public:
@@ -307,6 +312,54 @@ protected:
     int SavePEA(CDatabase& db, DvnfEntity& entity);
     int SaveProgram(CDatabase& db, DvnfEntity& entity);
     int SaveToolSet(CDatabase& db, DvnfEntity& entity);
+
+    // ==== staff: levels, persons, organizations, roles (staff/*.cpp;
+    // docs/staff.md tells the rules).
+    static const Family<DvnStaffLevelSet> LevelFamily;
+    static const Family<DvnPersonSet> PersonFamily;
+    static const Family<DvnOrganizationSet> OrganizationFamily;
+    static const Family<DvnRoleSet> RoleFamily;
+    int ReadLevelAttributes(CDatabase& db, DvnfEntity& entity, DvnStaffLevelSet& row, bool isNew);
+    // Persons: the row (system, group, level, password, flags) in a first
+    // pass, what names other objects in a second.
+    int ReadPersonAttributes(CDatabase& db, DvnfEntity& entity, DvnPersonSet& row, bool isNew);
+    int SavePerson2(CDatabase& db, DvnfEntity& entity);
+    int ReadPersonAttr2(CDatabase& db, DvnfEntity& entity, DvnPersonSet& row);
+    // Work-list and category authorizations, replaced whole. A database
+    // exception of a lookup goes up.
+    int WritePersonRelations(CDatabase& db, DvnfEntity& entity, const CString& personId, const DvnString& userId);
+    // 0, or 4 after 51187/51189: a server of the person's group has its name.
+    int PersonNameIsServer(CDatabase& db, DvnfEntity& entity);
+    // 0, or 4 after the message of the first thing that still names the
+    // person; on a physical deletion the person's relation rows then go.
+    int PersonInUse(CDatabase& db, DvnfEntity& entity, const CString& key);
+    // Organizations: children first, then the references.
+    int ReadOrganizationAttributes(CDatabase& db, DvnfEntity& entity, DvnOrganizationSet& row, bool isNew);
+    int SaveOrg2(CDatabase& db, DvnfEntity& entity);
+    int OrganizationInUse(CDatabase& db, DvnfEntity& entity, const CString& key);
+    // Its persons lose the organization; a failure is reported and passed.
+    void FreeMembers(CDatabase& db, const CString& key);
+    // Roles: the memberships are cleared by SaveRole2 after every write and
+    // come back from the persons' side.
+    int ReadRoleAttributes(CDatabase& db, DvnfEntity& entity, DvnRoleSet& row, bool isNew);
+    int SaveRole2(CDatabase& db, DvnfEntity& entity);
+    int RoleInUse(CDatabase& db, DvnfEntity& entity, const CString& key);
+    int SavePersonHasRole(CDatabase& db, DvnPersonSet& row, const CString& personId, DvnfEntity& entity);
+    bool HasRoleSystemAdmin(CDatabase& db, const CString& roleId);
+    // A relation row unless it is there: 0, or 8 when it cannot be added.
+    int SaveRoleInclPerson(CDatabase& db, const CString& roleId, const CString& personId);
+    int SavePersPersAuth(CDatabase& db, const CString& otherPersonId, const CString& personId);
+    int SavePersPrcAuth(CDatabase& db, const CString& categoryId, const CString& personId);
+    int SavePersPadmAuth(CDatabase& db, const CString& categoryId, const CString& personId);
+    // All rows of the person in one table, one statement: 0, or 8.
+    int DeletePersPersAuth(CDatabase& db, const CString& personId);
+    int DeletePersPrcAuth(CDatabase& db, const CString& personId);
+    int DeletePersPadmAuth(CDatabase& db, const CString& personId);
+    int DeletePersInRole(CDatabase& db, const CString& personId);
+    // The rows of table whose column holds value go, one statement.
+    int DeleteStaffRows(CDatabase& db, const char* table, const char* column, const CString& value);
+    // Whether any person of this run names the role by a "PersonHasRole" link.
+    bool RoleNamedByRun(const DvnString& roleName);
 
     DvnfTRXData* m_pCoreData;
     CString m_strTablePrefix;

@@ -72,6 +72,15 @@ struct DvnConvCoreDbBe::Family {
     // After the row is written and closed (insert, update, tombstone; not a
     // physical delete): what hangs from the row. Its level counts.
     int (*afterWrite)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, const CString& key, bool tombstone) = nullptr;
+
+    // ---- variations of the staff families
+    // A key that is not a text member (a number): its text. Null: `key`.
+    CString (*keyText)(const Set& row) = nullptr;
+    // Before a row is inserted: 0, or a level above 0 after the family's
+    // message, and nothing is written.
+    int (*beforeInsert)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&) = nullptr;
+
+    CString KeyOf(const Set& row) const { return keyText ? keyText(row) : row.*key; }
 };
 
 // The name of the first row that the statement gives, or false when it gives
@@ -140,6 +149,18 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
             Report(msg.cannotAppend, name);
             return LevelError;
         }
+        if (family.beforeInsert) {
+            int refused = LevelOk;
+            try {
+                refused = family.beforeInsert(*this, db, entity);
+            } catch (CDBException* e) {
+                return ReportDbException(e, "reading", family.table, &row);
+            }
+            if (refused > LevelOk) {
+                if (row.IsOpen()) row.Close();
+                return refused;
+            }
+        }
         int level = LevelOk;
         CString key;
         try {
@@ -150,7 +171,7 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
                 Report(msg.cannotAppend, name);
                 return level;
             }
-            key = row.*family.key;  // the members do not outlive the insert
+            key = family.KeyOf(row);  // the members do not outlive the insert
             row.Update();
         } catch (CDBException* e) {
             ReportDbException(e, "updating", family.table, &row);
@@ -179,7 +200,7 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
             row.Close();
             return LevelWarning;
         }
-        key = row.*family.key;
+        key = family.KeyOf(row);
         if (toDelete) {
             if (family.refuseDelete) {
                 row.Close();

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "dvnfcorn.h"
 #include "dvnkernn.h"
@@ -15,6 +16,11 @@
 class DvnCategorySet;
 class DvnDataStructureSet;
 class DvnDataStructureMbrSet;
+// staff
+class DvnRoleSet;
+class DvnOrganizationSet;
+class DvnStaffLevelSet;
+class DvnPersonSet;
 
 class DvnConvCoreDbFe {
 public:
@@ -159,6 +165,40 @@ protected:
     void DataStructureMember(CString dsid, DvnfEntity* structure);
     void SubStructure(DvnDataStructureMbrSet& row, DvnfAttributeData member, DvnfEntity& object);
     static const Kind<DvnDataStructureSet> DataStructureKind;
+
+    // ---- staff: roles, organizations, levels, persons (staff/*.cpp). Every
+    // object (id empty) or the one of that key; a link is made only to a row
+    // that exists, and the rows of a relation come in the order of their key.
+    void Roles(DvnString const& id);
+    void Orgs(DvnString const& id);
+    // Levels and Persons trace a database exception and end there.
+    void Levels(DvnString const& id);
+    void Persons(DvnString const& id);
+    int Role(DvnRoleSet& row, DvnfEntity& role);
+    int Organization(DvnOrganizationSet& row, DvnfEntity& organization);
+    int Level(DvnStaffLevelSet& row, DvnfEntity& level);
+    int Person(DvnPersonSet& row, DvnfEntity& person);
+    static const Kind<DvnRoleSet> RoleKind;
+    static const Kind<DvnOrganizationSet> OrganizationKind;
+    static const Kind<DvnStaffLevelSet> LevelKind;
+    static const Kind<DvnPersonSet> PersonKind;
+    // Whether table, read through Set, has a row whose column holds the key
+    // (any mark). staff/staffload.h defines the two templates.
+    template <class Set>
+    bool RowExists(const char* table, const char* keyColumn, const CString& key);
+    // The link by key when the target's row exists; a dangling key is left
+    // out in silence. True when a link was made.
+    template <class Set>
+    bool LinkToRow(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
+                   const char* keyColumn, const CRecordset& row, const CString& member);
+    // A link by key to each of the keys whose row exists in table.
+    template <class TargetSet>
+    void LinkEach(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
+                  const char* keyColumn, const std::vector<CString>& keys);
+    // The values of one column of the rows that the statement gives, read
+    // through Set, in the order the statement says.
+    template <class Set>
+    std::vector<CString> ColumnOf(const CString& statement, CString Set::*member);
 
     DvnfTRXData* m_pCoreData;
     bool m_bCallerData;

@@ -74,7 +74,10 @@ long DvnStaffLevelSet::GetLevelID(long level, const CString& prefix) {
 }
 
 long DvnStaffLevelSet::GetDefaultLevelID(const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "STAFF_LEVEL", CString(), -1L, [&] { return m_LEVEL_ID; });
+    // The lowest number, one row read: both databases give the same default.
+    return FirstRowQuiet(*this, prefix + "STAFF_LEVEL",
+                         "LEVEL_ID = (SELECT MIN(LEVEL_ID) FROM " + prefix + "STAFF_LEVEL)", -1L,
+                         [&] { return m_LEVEL_ID; });
 }
 
 CString DvnListSet::GetListID(const CString& name, const CString& prefix, const CString& table) {

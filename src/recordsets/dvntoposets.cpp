@@ -81,7 +81,10 @@ CString DvnSystemGroupSet::GetSysGrpID(const CString& name, const CString& prefi
 }
 
 CString DvnSystemGroupSet::GetDefaultSysGrpID(const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "SYSTEM_GROUP", CString(), CString(), [&] { return m_SYSTEM_GROUP_ID; });
+    // The lowest key, one row read: both databases give the same default.
+    return FirstRowQuiet(*this, prefix + "SYSTEM_GROUP",
+                         "SYSTEM_GROUP_ID = (SELECT MIN(SYSTEM_GROUP_ID) FROM " + prefix + "SYSTEM_GROUP)", CString(),
+                         [&] { return m_SYSTEM_GROUP_ID; });
 }
 
 DvnfString DvnSystemGroupSet::GetName(const CString& id, const CString& prefix) {
@@ -105,7 +108,9 @@ CString DvnSystemSet::GetSystemGroupID(const CString& id, const CString& prefix)
 }
 
 CString DvnSystemSet::GetDefaultSystemID(const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "SYSTEM", CString(), CString(), [&] { return m_SYSTEM_ID; });
+    // The lowest key, one row read: both databases give the same default.
+    return FirstRowQuiet(*this, prefix + "SYSTEM", "SYSTEM_ID = (SELECT MIN(SYSTEM_ID) FROM " + prefix + "SYSTEM)",
+                         CString(), [&] { return m_SYSTEM_ID; });
 }
 
 CString DvnSystemSet::GetPrimarySystem(const CString& prefix) {

@@ -36,6 +36,9 @@ const Store kStores[] = {
      51146, 51315, 51347, "DELETE PROCESS_CATEGORY "},
     {"DataStructure", "Data Structure", "DATA_STRUCTURE", "DSID", &DvnConvCoreDbBe::SaveDataStructures, 2, 51021,
      51053, 51221, 51085, 51148, 51317, 51349, "DELETE STRUCTURE "},
+    // staff: the role's own second pass runs after each written row
+    {"Role", "Role", "ROLE", "ROLE_ID", &DvnConvCoreDbBe::SaveRoles, 1, 51002, 51039, 51211, 51071, 51138, 51303,
+     51335, "DELETE ROLE "},
 };
 
 class Frame : public StoreTest {};

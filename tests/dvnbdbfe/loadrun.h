@@ -15,6 +15,11 @@ public:
     using DvnConvCoreDbFe::DataStructureMember;
     using DvnConvCoreDbFe::TakeParentState;
     using DvnConvCoreDbFe::TakeState;
+    // staff
+    using DvnConvCoreDbFe::Levels;
+    using DvnConvCoreDbFe::Orgs;
+    using DvnConvCoreDbFe::Persons;
+    using DvnConvCoreDbFe::Roles;
 };
 
 struct LoadRun {

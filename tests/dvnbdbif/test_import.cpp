@@ -81,8 +81,10 @@ TEST_P(Import, EachSectionIsRefusedOnceUnderItsRightAndAnInitialLoadStoresWhatIt
     // not stored yet); the sections between and after them go on, and the
     // version row is written once.
     EXPECT_EQ(Run(file, true), 8);
-    EXPECT_EQ(Messages(), (Lines{Line(51900, "domain", "Domain"), Line(51900, "P", "Person"),
-                                 Line(51900, "Q", "Person"), Line(51021, "Order"), Line(51010, "Ordering"),
+    // A person without any system is an error too.
+    const std::string noSystem = DvnfMessageHandler::Format(51106, DvnString()).str();
+    EXPECT_EQ(Messages(), (Lines{Line(51900, "domain", "Domain"), noSystem, Line(51302, "P"), noSystem,
+                                 Line(51302, "Q"), Line(51021, "Order"), Line(51010, "Ordering"),
                                  Line(51900, "Ordering", "Attributes of process"), Line(51011, "Ordering"),
                                  Line(51014, "Ordering")}));
     EXPECT_EQ(out.substr(out.size() - std::string(kErrors).size()), kErrors);

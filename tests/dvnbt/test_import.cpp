@@ -63,7 +63,7 @@ TEST_P(DvnbtImport, ExitStatusFollowsTheLevelUnderTheRightsOfTheUser) {
     AddSystemGroup(Db(), "G1", "SYS_GRP");
     AddPerson(Db(), {.id = "P1", .userId = "CLERK", .systemGroup = "G1", .password = "pw", .staff = 1});
     AddPerson(Db(), {.id = "P2", .userId = "MODELER", .systemGroup = "G1", .password = "pw", .staff = 1,
-                     .processModeling = 1});
+                     .topology = 1, .processModeling = 1});
 
     // Without the modelling right the categories are refused: warnings, nothing stored.
     const std::string a = files.Write("Category \"A\" {}\n");
@@ -74,7 +74,7 @@ TEST_P(DvnbtImport, ExitStatusFollowsTheLevelUnderTheRightsOfTheUser) {
     EXPECT_EQ(Rows().size(), 1u);
 
     // Objects of a kind that cannot be stored yet: errors, the rest is stored.
-    CliResult partly = Import({files.Write("Role \"Clerk\" {}\nCategory \"A\" {}\n")}, "modeler");
+    CliResult partly = Import({files.Write("Node \"N1\" {}\nCategory \"A\" {}\n")}, "modeler");
     EXPECT_EQ(partly.status, 4) << partly.err;
     EXPECT_NE(partly.out.find("Errors found during import.\n"), std::string::npos);
     EXPECT_EQ(Rows().size(), 2u);

@@ -57,3 +57,14 @@ void AddProgram(CDatabase& db, const std::string& id, const std::string& name) {
 void AddRelation(CDatabase& db, const std::string& table, const std::string& first, const std::string& second) {
     Insert(db, table, "'" + first + "', '" + second + "'");
 }
+
+// ---- staff
+void AddSystem(CDatabase& db, const std::string& id, const std::string& name, const std::string& systemGroup) {
+    Insert(db, "SYSTEM (SYSTEM_ID, NAME, SYSTEM_GROUP, CHECKED_OUT)",
+           "'" + id + "', '" + name + "', '" + systemGroup + "', 0");
+}
+
+void AddServer(CDatabase& db, const std::string& table, const std::string& id, const std::string& name,
+               const std::string& system) {
+    Insert(db, table + " (SERVER_ID, NAME, SYSTEM, CHECKED_OUT)", "'" + id + "', '" + name + "', '" + system + "', 0");
+}

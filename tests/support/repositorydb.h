@@ -44,3 +44,9 @@ void AddProgram(CDatabase& db, const std::string& id, const std::string& name);
 // A row of a two-column relation: PERS_SEL_PADM_AUTH, PERS_HAS_PRC_AUTH,
 // PERS_AUTH_FOR_PERS or ROLE_INCL_PERSON (whose first column is the role).
 void AddRelation(CDatabase& db, const std::string& table, const std::string& first, const std::string& second);
+
+// ---- staff: the topology a person needs (a system in its group), and a
+// server that may share a person's name; table: USER_PE_SERVER or PE_SERVER.
+void AddSystem(CDatabase& db, const std::string& id, const std::string& name, const std::string& systemGroup);
+void AddServer(CDatabase& db, const std::string& table, const std::string& id, const std::string& name,
+               const std::string& system);

@@ -1,0 +1,38 @@
+// What the staff loads share: links only to rows that exist, and the rows of
+// a relation in a fixed order. Internal header of the front end.
+#pragma once
+
+#include <vector>
+
+#include "dvnbdbfe.h"
+#include "dvnstaffsets.h"
+
+template <class Set>
+bool DvnConvCoreDbFe::RowExists(const char* table, const char* keyColumn, const CString& key) {
+    Set rs(m_pDatabase);
+    return ReadRows(rs, SelectFrom(table, keyColumn, key), [](Set&) {}) > 0;
+}
+
+template <class Set>
+bool DvnConvCoreDbFe::LinkToRow(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
+                                const char* keyColumn, const CRecordset& row, const CString& member) {
+    if (row.IsFieldNull(&member) || member.IsEmpty()) return false;
+    if (!RowExists<Set>(table, keyColumn, member)) return false;
+    return LinkByOID(entity, linkName, targetType, row, member);
+}
+
+template <class Set>
+std::vector<CString> DvnConvCoreDbFe::ColumnOf(const CString& statement, CString Set::*member) {
+    std::vector<CString> values;
+    Set rs(m_pDatabase);
+    ReadRows(rs, statement, [&](Set& row) { values.push_back(row.*member); });
+    return values;
+}
+
+template <class TargetSet>
+void DvnConvCoreDbFe::LinkEach(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
+                               const char* keyColumn, const std::vector<CString>& keys) {
+    for (const CString& key : keys)
+        if (RowExists<TargetSet>(table, keyColumn, key))
+            m_pCoreData->AddLinkByOID(entity, DvnfString(linkName), DvnfString(targetType), DvnfString(key.c_str()));
+}
