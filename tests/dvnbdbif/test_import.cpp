@@ -81,7 +81,7 @@ TEST_P(Import, EachSectionIsRefusedOnceUnderItsRightAndAnInitialLoadStoresWhatIt
     // not stored yet); the sections between and after them go on, and the
     // version row is written once.
     EXPECT_EQ(Run(file, true), 8);
-    EXPECT_EQ(Messages(), (Lines{Line(51900, "domain", "Domain"), Line(51900, "P", "Person"),
+    EXPECT_EQ(Messages(), (Lines{Line(51023, "domain"), Line(51900, "P", "Person"),
                                  Line(51900, "Q", "Person"), Line(51021, "Order"), Line(51010, "Ordering"),
                                  Line(51900, "Ordering", "Attributes of process"), Line(51011, "Ordering"),
                                  Line(51014, "Ordering")}));

@@ -56,9 +56,11 @@ int DvnConvCoreDbBe::SaveSystem(CDatabase& db, DvnfEntity& entity) { return Save
 
 namespace {
 // The first row of the statement that counts, or false; spareTombstones:
-// a row marked 4 does not count. A database exception goes up.
-template <class Set>
-bool FirstHolder(CDatabase& db, const CString& statement, CString Set::*name, bool spareTombstones,
+// a row marked 4 does not count. Set is named, not deduced from the member
+// (which may be its base's, whose columns are fewer). A database exception
+// goes up.
+template <class Set, class Owner>
+bool FirstHolder(CDatabase& db, const CString& statement, CString Owner::*name, bool spareTombstones,
                  CString& holder) {
     Set rs(&db);
     rs.Open(CRecordset::snapshot, statement, CRecordset::readOnly);
@@ -87,19 +89,19 @@ int DvnConvCoreDbBe::SystemInUse(CDatabase& db, DvnfEntity& entity, const CStrin
     // A person is a person whatever its mark; a server that this run
     // leaves as a tombstone no longer holds its system.
     const bool marking = m_nSourceMark != MarkClean;
-    if (FirstHolder(db, where("PERSON"), &DvnPersonSet::m_USERID, false, holder)) {
+    if (FirstHolder<DvnPersonSet>(db, where("PERSON"), &DvnPersonSet::m_USERID, false, holder)) {
         Report(51250, name, DvnString(holder.c_str()));
         return LevelWarning;
     }
-    if (FirstHolder(db, where("EXECUTION_SERVER"), &DvnExecutionServerSet::m_NAME, marking, holder)) {
+    if (FirstHolder<DvnExecutionServerSet>(db, where("EXECUTION_SERVER"), &DvnServerSet::m_NAME, marking, holder)) {
         Report(51251, name, DvnString(holder.c_str()));
         return LevelWarning;
     }
-    if (FirstHolder(db, where("PE_SERVER"), &DvnPEServerSet::m_NAME, marking, holder)) {
+    if (FirstHolder<DvnPEServerSet>(db, where("PE_SERVER"), &DvnServerSet::m_NAME, marking, holder)) {
         Report(51252, name, DvnString(holder.c_str()));
         return LevelWarning;
     }
-    if (FirstHolder(db, where("USER_PE_SERVER"), &DvnUPEServerSet::m_NAME, marking, holder)) {
+    if (FirstHolder<DvnUPEServerSet>(db, where("USER_PE_SERVER"), &DvnUPEServerSet::m_NAME, marking, holder)) {
         Report(51253, name, DvnString(holder.c_str()));
         return LevelWarning;
     }
