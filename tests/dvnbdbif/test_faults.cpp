@@ -182,7 +182,12 @@ TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRep
 #else
     const unsigned long sample = 1;
 #endif
-    const unsigned long stride = (IsPostgres() ? 3 : 1) * sample;
+    // Each failed call costs three imports: when the file's import makes more
+    // calls than that budget allows (the topology's settings rows read many
+    // columns), the calls are sampled evenly, about 250 runs on SQLite and 80
+    // on PostgreSQL.
+    const unsigned long budget = (IsPostgres() ? 80 : 250) / sample;
+    const unsigned long stride = std::max((IsPostgres() ? 3 : 1) * sample, (calls + budget - 1) / budget);
     int tolerated = 0, failedRuns = 0, swallowed = 0;
     {
         for (unsigned long n = 1; n <= calls; n += stride) {
