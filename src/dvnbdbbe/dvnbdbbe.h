@@ -26,6 +26,27 @@ class DvnStaffLevelSet;
 class DvnPersonSet;
 class DvnOrganizationSet;
 class DvnRoleSet;
+// topology: domain, system groups, systems and their layered settings
+class DvnDomainSet;
+class DvnSystemGroupSet;
+class DvnSystemSet;
+class DvnTopologyCommonSet;
+class DvnTopologyPrcSet;
+class DvnTopologyPrgSet;
+class DvnTopologySvrSet;
+class DvnTopologySvsSet;
+class DvnDomainPrcSet;
+class DvnDomainPrgSet;
+class DvnDomainSvrSet;
+class DvnDomainSvsSet;
+class DvnSystemGroupPrcSet;
+class DvnSystemGroupPrgSet;
+class DvnSystemGroupSvrSet;
+class DvnSystemGroupSvsSet;
+class DvnSystemPrcSet;
+class DvnSystemPrgSet;
+class DvnSystemSvrSet;
+class DvnSystemSvsSet;
 
 class DvnConvCoreDbBe {
 public:
@@ -181,6 +202,64 @@ public:
                           const CString& value);
     int DeleteProcessContainer(CDatabase& db, const CString& pid);
 
+    // ==== topology: domain, system groups, systems and their layered
+    // settings (topology/domain.cpp, systemgroup.cpp, system.cpp,
+    // settings.cpp). top: the domain, where a setting the entity leaves
+    // out gets its default; below it such a setting is null.
+    int SaveSystemGroup(CDatabase& db, DvnfEntity& entity);
+    int SaveSystemGrp2(CDatabase& db, DvnfEntity& entity);
+    int ReadDomainAttributes(CDatabase& db, DvnfEntity& entity, DvnDomainSet& row, bool isNew);
+    int ReadSystemGrpAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemGroupSet& row, bool isNew);
+    int ReadSystemGrpAttr2(CDatabase& db, DvnfEntity& entity, DvnSystemGroupSet& row);
+    int ReadSystemAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemSet& row, bool isNew);
+    int ReadTopologyCommonAttributes(CDatabase& db, DvnfEntity& entity, DvnTopologyCommonSet& row, bool top);
+    int ReadTopologyProcessAttributes(CDatabase& db, DvnfEntity& entity, DvnTopologyPrcSet& row, bool top);
+    int ReadTopologyProgramAttributes(CDatabase& db, DvnfEntity& entity, DvnTopologyPrgSet& row, bool top);
+    // kind: the SERVER_TYPE, 1 to 7.
+    int ReadTopologySvrAttributes(CDatabase& db, DvnfEntity& entity, DvnTopologySvrSet& row, bool top, int kind);
+    int ReadTopologySvsAttributes(CDatabase& db, DvnfEntity& entity, DvnTopologySvsSet& row, bool top);
+    // One settings row of the level object with key id, found or added,
+    // rewritten whole: 0 or the level of the reading, 8 on a failure.
+    int SaveDomainPrcAttributes(CDatabase& db, DvnfEntity& entity, DvnDomainPrcSet& row, const CString& id);
+    int SaveDomainPrgAttributes(CDatabase& db, DvnfEntity& entity, DvnDomainPrgSet& row, const CString& id);
+    int SaveDomainSvsAttributes(CDatabase& db, DvnfEntity& entity, DvnDomainSvsSet& row, const CString& id);
+    int SaveDomainSvrAttributes(CDatabase& db, DvnfEntity& entity, DvnDomainSvrSet& row, const CString& id,
+                                int kind);
+    int SaveSystemGrpPrcAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemGroupPrcSet& row, const CString& id);
+    int SaveSystemGrpPrgAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemGroupPrgSet& row, const CString& id);
+    int SaveSystemGrpSvsAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemGroupSvsSet& row, const CString& id);
+    int SaveSystemGrpSvrAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemGroupSvrSet& row, const CString& id,
+                                   int kind);
+    int SaveSystemPrcAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemPrcSet& row, const CString& id);
+    int SaveSystemPrgAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemPrgSet& row, const CString& id);
+    int SaveSystemSvsAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemSvsSet& row, const CString& id);
+    int SaveSystemSvrAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemSvrSet& row, const CString& id,
+                                int kind);
+
+protected:
+    // The three levels of the layered settings.
+    enum class TopologyLevel { Domain, SystemGroup, System };
+    // All settings rows of a level object (process, program, specific
+    // server, and one common server row per SERVER_TYPE): the highest level.
+    int SaveTopologySettings(CDatabase& db, DvnfEntity& entity, const CString& key, TopologyLevel level);
+    // Removes the settings rows of a system that was deleted for good.
+    int DeleteTopologySettings(CDatabase& db, const CString& key, TopologyLevel level);
+    // The frame of the twelve writers: find the row by key (and kind), edit
+    // or add it, run read, update.
+    template <class Set>
+    int SaveSettingsRow(CDatabase& db, Set& row, const char* table, const char* keyColumn, CString Set::*key,
+                        const CString& id, int kind, const char* notAdded, const char* failed,
+                        const std::function<int()>& read);
+    // A value outside what a setting knows: 51910 (object, setting, value), 4.
+    int ReportUnknownSetting(DvnfEntity& entity, const std::string& setting, long value);
+    // Whether the table (of one domain, one system group) holds a row of
+    // another name: 4 after message (the name), unless to delete; else 0.
+    int AnotherOfItsKind(CRecordset& row, const CString& rowName, const char* table, const DvnString& name,
+                         bool toDelete, long message);
+    // The reference tests before a system goes; 4 after the first refusal.
+    int SystemInUse(CDatabase& db, DvnfEntity& entity, const CString& key);
+public:
+
 protected:
     // A kind of part of a process that the store does not write yet: 51900
     // (process name, kind) once per process and kind, level 8.
@@ -263,6 +342,10 @@ protected:
     // The descriptors, each in the file of its family.
     static const Family<DvnCategorySet> CategoryFamily;
     static const Family<DvnDataStructureSet> DataStructureFamily;
+    // topology
+    static const Family<DvnDomainSet> DomainFamily;
+    static const Family<DvnSystemGroupSet> SystemGroupFamily;
+    static const Family<DvnSystemSet> SystemFamily;
 
     // The message handler of the core data; unused arguments stay null.
     void Report(long number, const DvnString& a1 = DvnString(), const DvnString& a2 = DvnString(),
@@ -299,7 +382,6 @@ protected:
     // Stores not yet there: one save per entity that reports it as not
     // storable. Each is replaced by the real store of its kind.
     int SaveDomain(CDatabase& db, DvnfEntity& entity);
-    int SaveSystemGrp(CDatabase& db, DvnfEntity& entity);
     int SaveNode(CDatabase& db, DvnfEntity& entity);
     int SaveQueueManager(CDatabase& db, DvnfEntity& entity);
     int SaveSystem(CDatabase& db, DvnfEntity& entity);

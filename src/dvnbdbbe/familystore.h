@@ -11,6 +11,7 @@
 
 #include "dvnbdbbe.h"
 #include "dvnfcorn.h"
+#include "storedforms.h"
 
 // What a family of single rows states. Set is its recordset class; the
 // routine reads the columns CHECKED_OUT and CHECKED_OUT_BY that every such
@@ -81,6 +82,20 @@ struct DvnConvCoreDbBe::Family {
     int (*beforeInsert)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&) = nullptr;
 
     CString KeyOf(const Set& row) const { return keyText ? keyText(row) : row.*key; }
+    // Not 0: a name of more characters is reported with this message (the
+    // whole name) and the save goes on with its first nameChars characters.
+    size_t nameChars = 0;
+    long nameTooLong = 0;
+    // After the name is known and before the progress line: 0, or a level
+    // above 0 after the family's message, and nothing is opened (the one
+    // domain, the one system group). name: as the rows are found by it.
+    int (*beforeRow)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, const DvnString& name, bool toDelete) = nullptr;
+    // After a row was deleted for good: what hung from it. Its level counts.
+    int (*afterDelete)(DvnConvCoreDbBe&, CDatabase&, const CString& key) = nullptr;
+    // Traced when an entity's level rises above the highest so far, in
+    // the first pass and in the second.
+    const char* failedTrace = nullptr;
+    const char* secondPassFailedTrace = nullptr;
 };
 
 // The name of the first row that the statement gives, or false when it gives
@@ -96,15 +111,26 @@ bool FirstRowName(CDatabase& db, const CString& statement, DvnString& name) {
 
 template <class Set>
 int DvnConvCoreDbBe::SaveFamily(CDatabase& db, bool authorized, const Family<Set>& family) {
-    int level = SaveLoop(db, family.typeName, authorized, *family.right, family.kind,
-                         [&](DvnfEntity& entity) { return SaveSingleRow(db, entity, family); });
+    // The highest level so far of a pass; a rise is traced when the family says.
+    auto tracing = [](const char* trace, int& highest, int level) {
+        if (level > highest) {
+            if (trace) DVN_TRACE(1, 2, trace);
+            highest = level;
+        }
+        return level;
+    };
+    int highest = LevelOk;
+    int level = SaveLoop(db, family.typeName, authorized, *family.right, family.kind, [&](DvnfEntity& entity) {
+        return tracing(family.failedTrace, highest, SaveSingleRow(db, entity, family));
+    });
     // Without the right the first pass wrote nothing, and what hangs from
     // rows that were there before is not to be touched either.
     if (!family.secondPass || !authorized) return level;
+    highest = LevelOk;
     return std::max(level, SecondPassLoop(db, family.typeName, [&](DvnfEntity& entity) {
                         // A nameless entity was refused by the first pass.
                         if (entity.Name().IsEmpty()) return static_cast<int>(LevelOk);
-                        return family.secondPass(*this, db, entity);
+                        return tracing(family.secondPassFailedTrace, highest, family.secondPass(*this, db, entity));
                     }));
 }
 
@@ -117,13 +143,24 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
     }
     if (family.skipUnchanged && entity.State() == StateUnchanged) return LevelOk;
     const bool toDelete = entity.State() == StateDeleted;
-    const DvnString name = entity.Name();
+    DvnString name = entity.Name();
     // No lookup finds an empty name again (it is stored as null): every run
     // would add a row, and a second pass would never find its own.
     if (name.IsEmpty()) {
         Report(51901, DvnString(family.kind));
         DVN_TRACE(1, 2, family.kind << " without a name is not stored");
         return LevelError;
+    }
+    if (family.nameChars) {
+        const DvnString cut(DvnStored::Cut(name.str(), family.nameChars));
+        if (cut.str() != name.str()) {
+            Report(family.nameTooLong, name);
+            name = cut;
+        }
+    }
+    if (family.beforeRow) {
+        const int refused = family.beforeRow(*this, db, entity, name, toDelete);
+        if (refused > LevelOk) return refused;
     }
     std::cout << family.progress << name << "...\n" << std::endl;
     DVN_TRACE(3, 1, family.progress << name << "...\n");
@@ -220,6 +257,7 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
                 row.Close();
                 level = DeleteObject(db, statement, family.table);
                 if (level == LevelOk) Report(msg.deleted, name);
+                if (level == LevelOk && family.afterDelete) level = family.afterDelete(*this, db, key);
                 return level;
             }
         }

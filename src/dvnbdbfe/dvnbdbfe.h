@@ -21,6 +21,19 @@ class DvnRoleSet;
 class DvnOrganizationSet;
 class DvnStaffLevelSet;
 class DvnPersonSet;
+// topology: domain, system groups, systems and their layered settings
+class DvnDomainSet;
+class DvnSystemGroupSet;
+class DvnSystemSet;
+class DvnTopologyCommonSet;
+class DvnTopologyPrcSet;
+class DvnTopologyPrgSet;
+class DvnTopologySvrSet;
+class DvnTopologySvsSet;
+namespace DvnStored {
+template <class Set>
+struct Setting;
+}
 
 class DvnConvCoreDbFe {
 public:
@@ -66,6 +79,12 @@ public:
     // Fills a structure that the core model holds as a skeleton, by name when
     // it has a name and no state, otherwise by key; 8 when no live row is found.
     int DsToCore(DvnfEntity& structure);
+
+    // ---- topology (topology/domain.cpp, systemgroup.cpp, system.cpp): every
+    // object of the kind (id empty) or the one of that key, with its settings.
+    void DvDomains(DvnString const& id);
+    void SystemGroups(DvnString const& id);
+    void Systems(DvnString const& id);
 
 protected:
     // ================================================================ frame
@@ -199,6 +218,54 @@ protected:
     // through Set, in the order the statement says.
     template <class Set>
     std::vector<CString> ColumnOf(const CString& statement, CString Set::*member);
+    // ---- topology: domain, system groups, systems (topology/domain.cpp,
+    // systemgroup.cpp, system.cpp) and their layered settings
+    // (topology/settings.cpp). Each level gets its own columns only; nothing
+    // comes down from the level above.
+    int Domain(DvnDomainSet& row, DvnfEntity& domain);
+    int SystemGroup(DvnSystemGroupSet& row, DvnfEntity& group);
+    int System(DvnSystemSet& row, DvnfEntity& system);
+    static const Kind<DvnDomainSet> DomainKind;
+    static const Kind<DvnSystemGroupSet> SystemGroupKind;
+    static const Kind<DvnSystemSet> SystemKind;
+    // The settings of a level object: its own row (common) and its four
+    // settings tables, open on the object's key.
+    void GetTopologyDefaultSetting(DvnfEntity& entity, DvnTopologyCommonSet& common, DvnTopologySvrSet& svr,
+                                   DvnTopologySvsSet& svs, DvnTopologyPrcSet& prc, DvnTopologyPrgSet& prg);
+    // One common server row, by its SERVER_TYPE, with the kind's own columns.
+    void GetServerDefaultSetting(DvnfEntity& entity, DvnTopologySvrSet& svr, DvnTopologySvsSet& svs);
+    // Under "ServerCommon" of target; true when one column gave a value.
+    bool GetServerCommonSetting(DvnfAttributeData target, DvnTopologySvrSet& svr);
+    // target: "ServerDefault" of the entity.
+    void GetExecutionServerDefaultSetting(DvnfAttributeData target, DvnTopologySvsSet& svs, DvnTopologySvrSet& svr);
+    void GetSchedulingServerDefaultSetting(DvnfAttributeData target, DvnTopologySvsSet& svs, DvnTopologySvrSet& svr);
+    void GetDistributionServerDefaultSetting(DvnfAttributeData target, DvnTopologySvsSet& svs,
+                                             DvnTopologySvrSet& svr);
+    void GetCleanupServerDefaultSetting(DvnfAttributeData target, DvnTopologySvsSet& svs, DvnTopologySvrSet& svr);
+    void GetProgramExecutionServerDefaultSetting(DvnfAttributeData target, DvnTopologySvsSet& svs,
+                                                 DvnTopologySvrSet& svr);
+    // target: the entity's attributes.
+    void GetPEADefaultSetting(DvnfAttributeData target, DvnTopologySvsSet& svs);
+    void GetProcessDefaultSetting(DvnfEntity* entity, DvnfAttributeData target, DvnTopologyPrcSet& prc);
+    void GetProgramDefaultSetting(DvnfAttributeData target, DvnTopologyPrgSet& prg);
+    void GetImportDefaultSetting(DvnfAttributeData target, DvnTopologyCommonSet& common);
+    void GetOperationDefaultSetting(DvnfAttributeData target, DvnTopologyCommonSet& common);
+    void GetSessionDefaultSetting(DvnfAttributeData target, DvnTopologyCommonSet& common);
+    // The settings table of a family undone below target (paths beginning
+    // with prefix, less dropped); true when a column was not null.
+    template <class Set>
+    bool GetSettings(const Set& row, const std::vector<DvnStored::Setting<Set>>& table, DvnfAttributeData target,
+                     const std::string& prefix, const std::string& dropped);
+    void GetKindDefaultSetting(DvnfAttributeData target, DvnTopologySvsSet& svs, DvnTopologySvrSet& svr,
+                               const char* group);
+    template <class PrcSet, class PrgSet, class SvsSet, class SvrSet>
+    void LevelSettings(DvnfEntity& entity, DvnTopologyCommonSet& common, const char* tablePrefix,
+                       const char* keyColumn, const CString& key);
+    // A reference column as a link when the target's row is there (Set: the
+    // target's recordset, whose NAME names a target known by key only).
+    template <class Set>
+    void LinkThroughRow(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
+                        const char* keyColumn, const CRecordset& row, const CString& member);
 
     DvnfTRXData* m_pCoreData;
     bool m_bCallerData;

@@ -83,7 +83,7 @@ TEST_P(Import, EachSectionIsRefusedOnceUnderItsRightAndAnInitialLoadStoresWhatIt
     EXPECT_EQ(Run(file, true), 8);
     // A person without any system is an error too.
     const std::string noSystem = DvnfMessageHandler::Format(51106, DvnString()).str();
-    EXPECT_EQ(Messages(), (Lines{Line(51900, "domain", "Domain"), noSystem, Line(51302, "P"), noSystem,
+    EXPECT_EQ(Messages(), (Lines{Line(51023, "domain"), noSystem, Line(51302, "P"), noSystem,
                                  Line(51302, "Q"), Line(51021, "Order"), Line(51010, "Ordering"),
                                  Line(51900, "Ordering", "Attributes of process"), Line(51011, "Ordering"),
                                  Line(51014, "Ordering")}));

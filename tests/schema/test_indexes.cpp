@@ -43,6 +43,11 @@ const std::vector<std::pair<const char*, const char*>> kShapes = {
     {"DATA_CONNECTOR", "PID = 'p' AND TO_ACTIVITY IN " SUBTREE},
     {"SOURCE", "PID = 'p' AND BLOCK_AID IN " SUBTREE},
     {"ACTIVITY", "PID = 'p' AND AID IN " SUBTREE},
+    // topology: numbers behind a key, and the settings rows of a system by its key alone
+    {"SYSTEM", "SYSTEM_IDENTIFIER = 5"},
+    {"SYSTEM", "PRIMARY_SYSTEM = 1"},
+    {"SYSTEMGRP_SVR_ATTR", "SYSTEM_GROUP_ID = 'k' AND SERVER_TYPE = 1"},
+    {"SYSTEM_SVR_ATTR", "SYSTEM_ID = 'k'"},
 };
 
 class Indexes : public RepositoryTest {

@@ -1,0 +1,357 @@
+// dvnbt import of the topology on both databases: the domain, the system
+// group and systems, their layered settings (defaults at the domain, null
+// below), the one domain and group, names of 8 characters, identifiers, the
+// primary system, and what keeps a system from going.
+#include <gtest/gtest.h>
+
+#include "dvnfcorn.h"
+#include "repositorydb.h"
+#include "testenv.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+const char* const kBase =
+    "Domain \"domain\" {}\n"
+    "SystemGroup \"SYS_GRP\" { GroupIsInDomain -> \"domain\"; }\n";
+
+// The common settings columns, in the order the expectations give them.
+const char* const kCommonColumns =
+    "SYSTEM_QUALIFIER, OPERATION_MODE, SESSION_EXP_TIME, SESS_EXP_CHK_INTV, UNIFIED_LOGON, MAX_INVALID_LOGON, "
+    "LOGON_BLOCK_TIME, UNLIMTD_MX_QMSG_SZ, MAX_QRY_MSG_SIZE, IMPORT_OBJ_CNTR, STOP_ON_ERROR, ROLLBACK_ON_ERROR, "
+    "RESET_TO_DEFAULT, IGNORE_REF_ERR, OVERWRITE, MSG_LAYER_REF_INT, MSG_RETAIN_PERIOD, ERR_RETAIN_PERIOD, "
+    "CLIENT_MSG_EXP_TIM, CHECK_INT_OTHERS, EXTERNAL_RESTART, EXTRNL_RSTRT_CNTXT, RESPONSE_WAIT_TIME, "
+    "MSG_RETRY_LIMIT, DESCRIPTION, DOCUMENTATION";
+
+class Topology : public RepositoryTest {
+protected:
+    // dvnbt import of the text as an initial load, with the options.
+    CliResult Import(const std::string& text, std::vector<std::string> options = {}) {
+        options.insert(options.begin(), {"import", "--initial-load"});
+        options.push_back(files.Write(text));
+        return RunDvnbt(DvnbtArgs(options));
+    }
+    static std::string Line(long number, const char* a1, const char* a2 = nullptr, const char* a3 = nullptr) {
+        return DvnfMessageHandler::Format(number, DvnString(a1), DvnString(a2), DvnString(a3)).str() + "\n";
+    }
+    static bool Has(const CliResult& r, const std::string& line) { return r.err.find(line) != std::string::npos; }
+    Lines Rows(const std::string& sql) { return QueryRows(Db(), sql); }
+    std::string Value(const std::string& sql) { return QueryValue(Db(), sql); }
+    // The rows of a settings table of the level object of that name, without its key.
+    Lines Settings(const std::string& table, const std::string& levelTable, const std::string& key,
+                   const std::string& name, const std::string& columns = "*") {
+        Lines rows = Rows("SELECT " + columns + " FROM DVBT." + table + " WHERE " + key + " IN (SELECT " + key +
+                          " FROM DVBT." + levelTable + " WHERE NAME = '" + name + "')" +
+                          (table.ends_with("SVR_ATTR") && columns != "COUNT(*)" ? " ORDER BY SERVER_TYPE" : ""));
+        if (columns == "*")
+            for (auto& row : rows) row.erase(0, row.find('|') + 1);
+        return rows;
+    }
+    Lines SystemSettings(const std::string& family, const std::string& name, const std::string& columns = "*") {
+        return Settings("SYSTEM_" + family + "_ATTR", "SYSTEM", "SYSTEM_ID", name, columns);
+    }
+    // A row of n columns that are all null.
+    static std::string Nulls(int n) {
+        std::string row = "<null>";
+        for (int i = 1; i < n; ++i) row += "|<null>";
+        return row;
+    }
+    TrxFiles files;
+};
+
+TEST_P(Topology, TheDomainHoldsEveryDefaultAndTheGroupNullsAndEachIsTheOnlyOneOfItsKind) {
+    CliResult r = Import(kBase);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_TRUE(Has(r, Line(51023, "domain")) && Has(r, Line(51024, "SYS_GRP"))) << r.err;
+    EXPECT_NE(r.out.find("SystemGroup SYS_GRP second pass ...\n"), std::string::npos) << r.out;
+
+    // The domain: every settings column at its default.
+    EXPECT_EQ(Rows(std::string("SELECT EXT_VERIFICATION, UNLIMITED_MSG_SIZE, MAX_MSG_SIZE, CHECKED_OUT, ") +
+                   kCommonColumns + " FROM DVBT.DV_DOMAIN"),
+              (Lines{"0|0|1000000|0|DVN|1|360|360|0|3|0|0|1000000|0|1|0|0|0|0|360|604800|604800|900|360|1|<null>|"
+                     "120|5|<null>|<null>"}));
+    auto domain = [&](const char* family) {
+        return Settings(std::string("DV_DOMAIN_") + family + "_ATTR", "DV_DOMAIN", "DOMAIN_ID", "domain");
+    };
+    EXPECT_EQ(domain("PRC"), (Lines{"1|1|0|1|0|0|1|0|1|0|0|0|1|1|1|0|0|1|1|1|<null>|<null>"}));
+    EXPECT_EQ(domain("PRG"), (Lines{"1|1|1|1|1|1|1|1"}));
+    EXPECT_EQ(domain("SVS"),
+              (Lines{"1|1|<null>|<null>|1|6|1|0|0|0|1|1|<null>|<null>|1|0|100|100|10|1|1|60|3600|ANYTIME|3600|60"}));
+    Lines servers;
+    for (int kind = 1; kind <= 7; ++kind)
+        servers.push_back(std::to_string(kind) + "|1|1|<null>|1|1|<null>|<null>|0|300");
+    EXPECT_EQ(domain("SVR"), servers);
+
+    // The group: its own columns, and null in every settings column of its
+    // row and its rows, of which there are ten all the same.
+    EXPECT_EQ(Rows("SELECT g.NAME, g.PRIMARY_SG, g.CHECKED_OUT, g.PARENT_SYSTEM_GRP, d.NAME FROM DVBT.SYSTEM_GROUP g "
+                   "JOIN DVBT.DV_DOMAIN d ON d.DOMAIN_ID = g.DV_DOMAIN"),
+              (Lines{"SYS_GRP|1|0|<null>|domain"}));
+    EXPECT_EQ(Rows(std::string("SELECT ") + kCommonColumns + " FROM DVBT.SYSTEM_GROUP"), (Lines{Nulls(26)}));
+    auto group = [&](const char* family) {
+        return Settings(std::string("SYSTEMGRP_") + family + "_ATTR", "SYSTEM_GROUP", "SYSTEM_GROUP_ID", "SYS_GRP");
+    };
+    EXPECT_EQ(group("PRC"), (Lines{Nulls(22)}));
+    EXPECT_EQ(group("PRG"), (Lines{Nulls(8)}));
+    EXPECT_EQ(group("SVS"), (Lines{Nulls(26)}));
+    servers.clear();
+    for (int kind = 1; kind <= 7; ++kind) servers.push_back(std::to_string(kind) + "|" + Nulls(9));
+    EXPECT_EQ(group("SVR"), servers);
+
+    // A second domain or group is refused and writes nothing, not even a
+    // settings row; deleting the one there is, under either source option,
+    // is refused too.
+    CliResult other = Import("Domain \"other\" {}\nSystemGroup \"OTHER\" { GroupIsInDomain -> \"other\"; }\n");
+    EXPECT_EQ(other.status, 3) << other.err;
+    EXPECT_TRUE(Has(other, Line(51127, "other")) && Has(other, Line(51128, "OTHER"))) << other.err;
+    for (const char* table : {"DV_DOMAIN", "SYSTEM_GROUP", "DV_DOMAIN_PRC_ATTR", "SYSTEMGRP_PRC_ATTR"})
+        EXPECT_EQ(Value(std::string("SELECT COUNT(*) FROM DVBT.") + table), "1") << table;
+    for (auto options : {Lines{}, Lines{"--mark-changes"}}) {
+        CliResult refused = Import("delete Domain \"domain\";\ndelete SystemGroup \"SYS_GRP\";\n", options);
+        EXPECT_EQ(refused.status, 3) << refused.err;
+        EXPECT_TRUE(Has(refused, Line(51269, "domain")) && Has(refused, Line(51254, "SYS_GRP"))) << refused.err;
+    }
+    EXPECT_EQ(Rows("SELECT NAME, CHECKED_OUT FROM DVBT.DV_DOMAIN UNION ALL SELECT NAME, CHECKED_OUT "
+                   "FROM DVBT.SYSTEM_GROUP ORDER BY 1"),
+              (Lines{"SYS_GRP|0", "domain|0"}));
+
+    // Overwrite off leaves the group and its settings as they are.
+    CliResult kept = Import("SystemGroup \"SYS_GRP\" { OperationDefault { MessageRetryLimit = 7; } "
+                            "ProgramDefault { Trusted = false; } }\n",
+                            {"--no-overwrite"});
+    EXPECT_EQ(kept.status, 0) << kept.err;
+    EXPECT_TRUE(Has(kept, Line(51088, "SYS_GRP"))) << kept.err;
+    EXPECT_EQ(Value("SELECT MSG_RETRY_LIMIT FROM DVBT.SYSTEM_GROUP"), "<null>");
+    EXPECT_EQ(group("PRG"), (Lines{Nulls(8)}));
+}
+
+TEST_P(Topology, ASystemOverridesItsGroupAndEachReadingStoresItsForm) {
+    // The readings at the system and at the domain, side by side.
+    const std::string settings =
+        "OperationDefault { SystemQualifier = \"ABCDEFGHIJ\"; MessageRetryLimit = 9; OperationMode = 2;"
+        "  ClientMessageExpirationTime { Type = 2; Days = 0; }"
+        "  MessageRetainPeriod { Type = 3; Days = 1; } ErrorRetainPeriod { Type = 1; }"
+        "  ResponseWaitTime { Minutes = 3; Seconds = 5; } UnlimitedQueryMessageSize = false;"
+        "  MaxQueryMessageSize = 4096; }"
+        "SessionDefault { SessionExpirationTime { Type = 2; Hours = 1; } }"
+        "ServerDefault { ExecutionServer { ServerCommon { ExternalControl = 7;"
+        "      StartTime { Every = 2; On = 1; AtHours = 14; AtMinutes = 5; } } }"
+        "  CleanupServer { ServerCommon { ExternalControl = 2; } }"
+        "  ProgramExecutionServer { Platform = 0; ImplementationSupport = 5;"
+        "    PEADefault { TaskingMode = 0; MaximumTasksStarted = 20; DllLoadMode = 1; MaximumDllsLoaded = 4; } } }";
+    CliResult r = Import(std::string("Domain \"domain\" { ") + settings + " }\n" +
+                         "SystemGroup \"SYS_GRP\" { OperationDefault { MessageRetryLimit = 7; } }\n" +
+                         "System \"DVNSYS\" { SystemIdentifier = 17; SystemIsInSystemGroup -> \"SYS_GRP\"; " +
+                         settings + " }\n");
+    // A "Type" of 3 is not known: a warning, and the column as if not given.
+    EXPECT_EQ(r.status, 3) << r.err;
+    EXPECT_TRUE(Has(r, Line(51910, "domain", "OperationDefault.MessageRetainPeriod.Type", "3"))) << r.err;
+    EXPECT_TRUE(Has(r, Line(51910, "DVNSYS", "OperationDefault.MessageRetainPeriod.Type", "3"))) << r.err;
+    const char* columns =
+        "SYSTEM_QUALIFIER, MSG_RETRY_LIMIT, OPERATION_MODE, CLIENT_MSG_EXP_TIM, MSG_RETAIN_PERIOD, "
+        "ERR_RETAIN_PERIOD, RESPONSE_WAIT_TIME, UNLIMTD_MX_QMSG_SZ, MAX_QRY_MSG_SIZE, SESSION_EXP_TIME, "
+        "SESS_EXP_CHK_INTV";
+    // At the domain a period of no seconds or an unknown type gives the
+    // default; at the system it is null, and so is what the system leaves out.
+    EXPECT_EQ(Rows(std::string("SELECT ") + columns + " FROM DVBT.DV_DOMAIN"),
+              (Lines{"ABCDEFGH|9|3|900|604800|999999999|185|0|4096|3600|360"}));
+    EXPECT_EQ(Rows(std::string("SELECT ") + columns + " FROM DVBT.SYSTEM"),
+              (Lines{"ABCDEFGH|9|3|<null>|<null>|999999999|185|0|4096|3600|<null>"}));
+    EXPECT_EQ(Rows("SELECT MSG_RETRY_LIMIT, SYSTEM_QUALIFIER FROM DVBT.SYSTEM_GROUP"), (Lines{"7|<null>"}));
+    // ExternalControl 7 is 1, 2 is 2; the time event in its stored form.
+    EXPECT_EQ(SystemSettings("SVR", "DVNSYS", "SERVER_TYPE, EXTERNAL_CONTROL, START_TIME, CHECK_INTERVAL"),
+              (Lines{"1|1|EVERY MONTH ON MONDAY AT 14.05|<null>", "2|<null>|<null>|<null>", "3|<null>|<null>|<null>",
+                     "4|2|<null>|<null>", "5|<null>|<null>|<null>", "6|<null>|<null>|<null>",
+                     "7|<null>|<null>|<null>"}));
+    // Platform 0 is stored 2; bits 1 and 4; a maximum only with its mode 1.
+    EXPECT_EQ(SystemSettings("SVS", "DVNSYS",
+                             "PES_PLATFORM, PES_SUPPORT_EXE, PES_SUPPORT_DLL, PES_SUPPORT_EXTRNL, PES_TASKING_MODE, "
+                             "PES_MAX_PROG_STRT, PES_DLL_LOAD_MODE, PES_MAX_DLL_LOADED, PEA_TASKING_MODE, "
+                             "DIST_RECEIVE_TIME"),
+              (Lines{"2|1|0|1|3|<null>|2|4|<null>|<null>"}));
+
+    // Re-imported without a setting: the column goes back to null.
+    CliResult again = Import("System \"DVNSYS\" { SystemIdentifier = 17; ProcessDefault { Autonomy = 5; } }\n");
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_TRUE(Has(again, Line(51057, "DVNSYS"))) << again.err;
+    EXPECT_EQ(Rows(std::string("SELECT ") + columns + " FROM DVBT.SYSTEM"), (Lines{Nulls(11)}));
+    EXPECT_EQ(SystemSettings("SVR", "DVNSYS", "EXTERNAL_CONTROL, START_TIME")[0], "<null>|<null>");
+    EXPECT_EQ(Value("SELECT SYSTEM_IDENTIFIER FROM DVBT.SYSTEM"), "17");
+}
+
+TEST_P(Topology, AutonomyIsAllFourABitSetOrNothing) {
+    ASSERT_EQ(Import(kBase).status, 0);
+    std::string file;
+    for (const char* value : {"15", "5", "0", "9", ""}) {
+        std::string name = std::string("A") + (*value ? value : "none");
+        file += "System \"" + name + "\" { SystemIdentifier = " + std::to_string(file.size() + 1) +
+                "; ProcessDefault { " + (*value ? std::string("Autonomy = ") + value + "; " : std::string()) +
+                "KeepProcesses { Type = 1; } KeepWorkitems { Type = 2; Minutes = 0; } } }\n";
+    }
+    CliResult r = Import(file);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(Rows("SELECT s.NAME, p.STAFF_AUTONOMY, p.NOTIFICAT_AUTONOMY, p.ADMIN_AUTONOMY, p.CONTROL_AUTONOMY, "
+                   "p.KEEP_FIN_PRC_TIME, p.KEEP_FIN_WRKITM_TI, p.TERMINATE_ON_ERROR FROM DVBT.SYSTEM s "
+                   "JOIN DVBT.SYSTEM_PRC_ATTR p ON p.SYSTEM_ID = s.SYSTEM_ID ORDER BY s.NAME"),
+              (Lines{"A0|0|0|0|0|999999999|<null>|<null>", "A15|1|1|1|1|999999999|<null>|<null>",
+                     "A5|1|0|1|0|999999999|<null>|<null>", "A9|1|0|0|1|999999999|<null>|<null>",
+                     "Anone|<null>|<null>|<null>|<null>|999999999|<null>|<null>"}));
+    // At the domain: only control, whatever TERMINATE_ON_ERROR the file says.
+    EXPECT_EQ(Settings("DV_DOMAIN_PRC_ATTR", "DV_DOMAIN", "DOMAIN_ID", "domain",
+                       "STAFF_AUTONOMY, NOTIFICAT_AUTONOMY, ADMIN_AUTONOMY, CONTROL_AUTONOMY, TERMINATE_ON_ERROR"),
+              (Lines{"0|0|0|1|1"}));
+}
+
+TEST_P(Topology, NamesAreKeptToEightCharactersAndLinksFallBack) {
+    // A group and a system of nine characters: reported, and found again
+    // by their first eight on a second import.
+    const std::string file =
+        "Domain \"domain\" {}\n"
+        "SystemGroup \"SYS_GROUP\" { GroupHasParentGroup -> \"NOPARENT\"; }\n"
+        "System \"DVNSYSTEM\" { SystemIdentifier = 5; SystemIsInSystemGroup -> \"SYS_GROUP\";"
+        " SystemRunsOnNode -> \"NowhereNode\"; SystemHasQueueManager -> \"NoManager\"; }\n"
+        "System \"PLAIN\" { SystemIdentifier = 6; SystemIsInSystemGroup -> \"NOGROUP\"; }\n";
+    for (int run = 0; run < 2; ++run) {
+        SCOPED_TRACE(run);
+        CliResult r = Import(file);
+        EXPECT_EQ(r.status, 3) << r.err;
+        EXPECT_TRUE(Has(r, Line(51124, "SYS_GROUP")) && Has(r, Line(51125, "DVNSYSTEM"))) << r.err;
+        EXPECT_TRUE(Has(r, Line(run ? 51056 : 51024, "SYS_GROU")) && Has(r, Line(run ? 51057 : 51025, "DVNSYSTE")))
+            << r.err;
+        // A parent not in the table; a link to a group, node or queue
+        // manager that is not there: the row is written with the fallback.
+        EXPECT_TRUE(Has(r, Line(51119, "SYS_GROUP"))) << r.err;
+        EXPECT_TRUE(Has(r, Line(51104, "NOGROUP"))) << r.err;
+        EXPECT_TRUE(Has(r, Line(51122, "NowhereNode")) && Has(r, Line(51123, "DVNSYSTE"))) << r.err;
+        EXPECT_EQ(r.err.find("51371"), std::string::npos) << r.err;
+    }
+    EXPECT_EQ(Rows("SELECT s.NAME, g.NAME, s.NODE, s.QUEUE_MANAGER, s.SYSTEM_IDENTIFIER FROM DVBT.SYSTEM s "
+                   "JOIN DVBT.SYSTEM_GROUP g ON g.SYSTEM_GROUP_ID = s.SYSTEM_GROUP ORDER BY s.NAME"),
+              (Lines{"DVNSYSTE|SYS_GROU|<null>|<null>|5", "PLAIN|SYS_GROU|<null>|<null>|6"}));
+    EXPECT_EQ(Rows("SELECT NAME, PARENT_SYSTEM_GRP, CHECKED_OUT FROM DVBT.SYSTEM_GROUP"),
+              (Lines{"SYS_GROU|<null>|0"}));
+    // Nodes and queue managers are found as rows; a system without those
+    // links takes "Default Node" and the first queue manager, silently.
+    ExecAll(Db(), {"INSERT INTO DVBT.NODE (NODE_ID, NAME) VALUES ('N1', 'Default Node')",
+                   "INSERT INTO DVBT.QUEUE_MANAGER (QUEUE_MANAGER_ID, NAME) VALUES ('Q1', 'QM')"});
+    CliResult linked = Import("System \"PLAIN\" { SystemIdentifier = 6; }\n");
+    EXPECT_EQ(linked.status, 0) << linked.err;
+    EXPECT_EQ(Rows("SELECT NODE, QUEUE_MANAGER FROM DVBT.SYSTEM WHERE NAME = 'PLAIN'"), (Lines{"N1|Q1"}));
+}
+
+TEST_P(Topology, WithoutADomainOrGroupNothingIsWrittenAndWithoutTheRightNothingAtAll) {
+    // No domain: the group cannot be written; no group: the system neither.
+    CliResult r = Import("SystemGroup \"SYS_GRP\" {}\nSystem \"DVNSYS\" { SystemIdentifier = 1; }\n");
+    EXPECT_EQ(r.status, 4) << r.err;
+    EXPECT_TRUE(Has(r, Line(51320, "SYS_GRP")) && Has(r, Line(51321, "DVNSYS"))) << r.err;
+    for (const char* table : {"SYSTEM_GROUP", "SYSTEM", "SYSTEMGRP_SVR_ATTR", "SYSTEM_SVR_ATTR"})
+        EXPECT_EQ(Value(std::string("SELECT COUNT(*) FROM DVBT.") + table), "0") << table;
+
+    // A user without the topology right: each kind refused once.
+    AddSystemGroup(Db(), "G1", "SYS_GRP");
+    AddPerson(Db(), {.id = "P1", .userId = "CLERK", .systemGroup = "G1", .password = "pw", .staff = 1});
+    const std::string file = std::string(kBase) + "System \"S1\" {}\nSystem \"S2\" {}\n";
+    CliResult refused = RunDvnbt(DvnbtArgs({"--user", "clerk", "import", files.Write(file)}), {"DVNBT_PASSWORD=pw"});
+    EXPECT_EQ(refused.status, 3) << refused.err;
+    Lines reported;
+    for (size_t at = 0; (at = refused.err.find("51167: ", at)) != std::string::npos; ++at)
+        reported.push_back(refused.err.substr(at, refused.err.find('\n', at) - at));
+    EXPECT_EQ(reported, (Lines{Line(51167, "DOMAIN").substr(0, Line(51167, "DOMAIN").size() - 1),
+                               Line(51167, "System Group").substr(0, Line(51167, "System Group").size() - 1),
+                               Line(51167, "System").substr(0, Line(51167, "System").size() - 1)}));
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.DV_DOMAIN"), "0");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.SYSTEMGRP_PRC_ATTR"), "0");
+}
+
+TEST_P(Topology, OneSystemIsPrimaryAndEachHasANumberNoOtherHas) {
+    ASSERT_EQ(Import(kBase).status, 0);
+    // No "PrimarySystem" in an empty table: no primary system.
+    ASSERT_EQ(Import("System \"NONE\" { SystemIdentifier = 1; }\n").status, 0);
+    // The first that says so becomes primary; a second one is told which
+    // system is; the primary one stays primary when it says otherwise.
+    CliResult first = Import("System \"A\" { SystemIdentifier = 2; PrimarySystem = true; }\n"
+                             "System \"B\" { SystemIdentifier = 3; PrimarySystem = true; }\n");
+    EXPECT_EQ(first.status, 0) << first.err;
+    EXPECT_TRUE(Has(first, Line(51173, "A", "B"))) << first.err;
+    CliResult demoted = Import("System \"A\" { SystemIdentifier = 2; PrimarySystem = false; }\n");
+    EXPECT_EQ(demoted.status, 0) << demoted.err;
+    EXPECT_TRUE(Has(demoted, Line(51174, "A"))) << demoted.err;
+    EXPECT_EQ(Rows("SELECT NAME, PRIMARY_SYSTEM FROM DVBT.SYSTEM ORDER BY NAME"),
+              (Lines{"A|1", "B|0", "NONE|0"}));
+
+    // A new system whose number another holds: refused, nothing written.
+    CliResult taken = Import("System \"C\" { SystemIdentifier = 2; }\n");
+    EXPECT_EQ(taken.status, 4) << taken.err;
+    EXPECT_TRUE(Has(taken, Line(51371, "C")) && Has(taken, Line(51321, "C"))) << taken.err;
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.SYSTEM WHERE NAME = 'C'"), "0");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.SYSTEM_PRC_ATTR"), "3");
+    // Nor may an existing one take it.
+    CliResult moved = Import("System \"B\" { SystemIdentifier = 2; }\n");
+    EXPECT_TRUE(Has(moved, Line(51371, "B")) && Has(moved, Line(51353, "B"))) << moved.err;
+    EXPECT_EQ(Value("SELECT SYSTEM_IDENTIFIER FROM DVBT.SYSTEM WHERE NAME = 'B'"), "3");
+
+    // Without a number: a draw no other system holds, also in a second
+    // process that draws the same numbers; an update keeps it.
+    ASSERT_EQ(Import("System \"R1\" {}\n").status, 0);
+    CliResult second = Import("System \"R2\" {}\n");
+    EXPECT_EQ(second.status, 0) << second.err;
+    const std::string r1 = Value("SELECT SYSTEM_IDENTIFIER FROM DVBT.SYSTEM WHERE NAME = 'R1'");
+    EXPECT_NE(r1, Value("SELECT SYSTEM_IDENTIFIER FROM DVBT.SYSTEM WHERE NAME = 'R2'"));
+    ASSERT_EQ(Import("System \"R1\" { Description = \"again\"; }\n").status, 0);
+    EXPECT_EQ(Value("SELECT SYSTEM_IDENTIFIER FROM DVBT.SYSTEM WHERE NAME = 'R1'"), r1);
+    EXPECT_EQ(Value("SELECT COUNT(DISTINCT SYSTEM_IDENTIFIER) FROM DVBT.SYSTEM"),
+              Value("SELECT COUNT(*) FROM DVBT.SYSTEM"));
+}
+
+TEST_P(Topology, ASystemInUseStaysUnderEitherSourceOptionAndOneNotInUseGoesWithItsSettings) {
+    ASSERT_EQ(Import(kBase + std::string("System \"PRIM\" { SystemIdentifier = 1; PrimarySystem = true; }\n"
+                                         "System \"PERS\" { SystemIdentifier = 2; }\n"
+                                         "System \"EXEC\" { SystemIdentifier = 3; }\n"
+                                         "System \"PES\" { SystemIdentifier = 4; }\n"
+                                         "System \"UPES\" { SystemIdentifier = 5; }\n"
+                                         "System \"FREE\" { SystemIdentifier = 6; }\n"
+                                         "System \"GONE\" { SystemIdentifier = 7; }\n"))
+                  .status,
+              0);
+    auto key = [&](const char* name) { return Value(std::string("SELECT SYSTEM_ID FROM DVBT.SYSTEM WHERE NAME = '") +
+                                                    name + "'"); };
+    AddPerson(Db(), {.id = "P1", .userId = "CLERK", .systemGroup = "G", .password = "pw", .mark = 4});
+    ExecAll(Db(), {("UPDATE DVBT.PERSON SET SYSTEM = '" + key("PERS") + "'").c_str(),
+                   ("INSERT INTO DVBT.EXECUTION_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('E1', 'EXE', '" +
+                    key("EXEC") + "', 4)").c_str(),
+                   ("INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('E2', 'PE1', '" +
+                    key("PES") + "', 0)").c_str(),
+                   ("INSERT INTO DVBT.USER_PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('E3', 'UP1', '" +
+                    key("UPES") + "', 0)").c_str()});
+    const std::string deletions = "delete System \"PRIM\";\ndelete System \"PERS\";\ndelete System \"EXEC\";\n"
+                                  "delete System \"PES\";\ndelete System \"UPES\";\n";
+    // Marking: the tombstoned execution server no longer holds its system.
+    CliResult marking = Import(deletions + "delete System \"FREE\";\n", {"--mark-changes"});
+    EXPECT_EQ(marking.status, 3) << marking.err;
+    for (const std::string& line : {Line(51248, "PRIM"), Line(51250, "PERS", "CLERK"), Line(51252, "PES", "PE1"),
+                                    Line(51253, "UPES", "UP1"), Line(51057, "EXEC"), Line(51057, "FREE")})
+        EXPECT_TRUE(Has(marking, line)) << line << marking.err;
+    // A tombstone keeps its settings rows.
+    EXPECT_EQ(SystemSettings("SVR", "FREE", "COUNT(*)"), (Lines{"7"}));
+    EXPECT_EQ(Rows("SELECT NAME, CHECKED_OUT FROM DVBT.SYSTEM WHERE NAME IN ('EXEC', 'FREE', 'PRIM') ORDER BY NAME"),
+              (Lines{"EXEC|4", "FREE|4", "PRIM|0"}));
+
+    // Clean: every one of them stays, the execution server counting now.
+    ExecAll(Db(), {"UPDATE DVBT.SYSTEM SET CHECKED_OUT = 0"});
+    CliResult clean = Import(deletions + "delete System \"GONE\";\n");
+    EXPECT_EQ(clean.status, 3) << clean.err;
+    for (const std::string& line : {Line(51248, "PRIM"), Line(51250, "PERS", "CLERK"), Line(51251, "EXEC", "EXE"),
+                                    Line(51252, "PES", "PE1"), Line(51253, "UPES", "UP1"), Line(51223, "GONE")})
+        EXPECT_TRUE(Has(clean, line)) << line << clean.err;
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.SYSTEM"), "6");
+    // A system deleted for good takes its settings rows with it.
+    for (const char* family : {"PRC", "PRG", "SVS", "SVR"})
+        EXPECT_EQ(Value(std::string("SELECT COUNT(*) FROM DVBT.SYSTEM_") + family + "_ATTR"),
+                  std::string(std::string(family) == "SVR" ? "42" : "6"))
+            << family;
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(Topology);
+
+}  // namespace
