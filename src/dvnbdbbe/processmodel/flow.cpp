@@ -451,10 +451,7 @@ int DvnConvCoreDbBe::SaveDataConnector(CDatabase& db, DvnfEntity& connector, Dvn
     DvnStored::SetText(row, row.m_TO_ACTIVITY, toActivity.key.str());
     DvnStored::SetText(row, row.m_FROM_SOURCE, source.key.str());
     DvnStored::SetText(row, row.m_TO_SINK, sink.key.str());
-    if (attributes("Type").IsDefined())
-        row.m_DIRECTION = direction;
-    else if (at == PartRow::Update)
-        row.SetFieldNull(&row.m_DIRECTION);
+    if (attributes("Type").IsDefined()) row.m_DIRECTION = direction;
     SetTextOrNull(row, row.m_NAME, attributes("Name"), kWhole);
     SetTextOrNull(row, row.m_DESCRIPTION, attributes("Description"), DvnStored::DescriptionChars);
     level = WritePart(row, connector, kind, label);
