@@ -213,14 +213,14 @@ protected:
     static const DiagramPart SourcePart, SinkPart, ControlConnectorPart, DataConnectorPart;
     // How the shared state rule left an opened row of a part.
     enum class PartRow { Done, Insert, Update, Unchanged };
-    // The state rule on an opened row: Done (the row closed, the result in
-    // level) or the row positioned for writing (AddNew or Edit; with rewrite
-    // an existing row is deleted and added anew), or found and unchanged.
-    // beforeDelete runs before a row is deleted; a level above 0 from it
-    // keeps the row.
-    PartRow PositionPart(CRecordset& row, DvnfEntity& part, DvnfEntity& process, const DiagramPart& kind,
-                         const DvnString& label, bool rewrite, const std::function<int()>& beforeDelete,
-                         int& level);
+    // Opens the part's table by the filter and applies the state rule: Done
+    // or Unchanged (the row closed, the result in level), or the row
+    // positioned for writing (AddNew or Edit; with rewrite a found row is
+    // deleted and added anew). beforeDelete runs before a row is deleted; a
+    // level above 0 from it keeps the row.
+    PartRow PositionPart(CRecordset& row, const CString& filter, DvnfEntity& part, DvnfEntity& process,
+                         const DiagramPart& kind, const DvnString& label, bool rewrite,
+                         const std::function<int()>& beforeDelete, int& level);
     // Update and close the positioned row; the added or updated message.
     int WritePart(CRecordset& row, DvnfEntity& part, const DiagramPart& kind, const DvnString& label);
     // A source or a sink: one algorithm over two tables.

@@ -49,7 +49,8 @@ CString InDiagram(const CString& pid, const char* blockColumn, const CString& bl
 // its column is refused with the row.
 constexpr size_t kWhole = std::string::npos;
 void SetTextOrNull(CRecordset& row, CString& member, const DvnfAttributeDataReader& value, size_t limit) {
-    DvnStored::SetText(row, member, value.IsDefined() ? DvnStored::Cut(value.AsString("").str(), limit) : std::string());
+    const std::string text = value.IsDefined() ? DvnStored::Cut(value.AsString("").str(), limit) : std::string();
+    DvnStored::SetText(row, member, text);
 }
 
 // Each element of a set, up to the first that is not valid, with its
@@ -66,14 +67,31 @@ void ForEachOfSet(const DvnfAttributeDataReader& set, Visit visit) {
 
 // ------------------------------------------------------------------ the shared rule
 
-DvnConvCoreDbBe::PartRow DvnConvCoreDbBe::PositionPart(CRecordset& row, DvnfEntity& part, DvnfEntity& process,
-                                                       const DiagramPart& kind, const DvnString& label, bool rewrite,
+DvnConvCoreDbBe::PartRow DvnConvCoreDbBe::PositionPart(CRecordset& row, const CString& filter, DvnfEntity& part,
+                                                       DvnfEntity& process, const DiagramPart& kind,
+                                                       const DvnString& label, bool rewrite,
                                                        const std::function<int()>& beforeDelete, int& level) {
     // A change below an unchanged process makes it changed (editor only).
     auto promote = [&] {
         if (m_bCallerData && process.IsValid() && process.State() == StateUnchanged) process.State(StateChanged);
     };
     level = LevelOk;
+    row.m_strFilter = filter;
+    try {
+        row.Open(CRecordset::snapshot, Table(kind.table), CRecordset::none);
+    } catch (CDBException* e) {
+        level = ReportDbException(e, "opening", kind.table, &row);
+        return PartRow::Done;
+    }
+    if (!row.CanAppend()) {
+        row.Close();
+        if (kind.cannotAppend)
+            Report(kind.cannotAppend, label);
+        else
+            DVN_TRACE(1, 2, kind.notAdded);
+        level = LevelError;
+        return PartRow::Done;
+    }
     const char* action = "updating";
     try {
         if (row.IsEOF()) {
@@ -119,6 +137,7 @@ DvnConvCoreDbBe::PartRow DvnConvCoreDbBe::PositionPart(CRecordset& row, DvnfEnti
             row.Edit();
             return PartRow::Update;
         }
+        row.Close();
         return PartRow::Unchanged;
     } catch (CDBException* e) {
         level = ReportDbException(e, action, kind.table, &row);
@@ -199,25 +218,11 @@ int DvnConvCoreDbBe::SaveSourceOrSink(CDatabase& db, DvnfEntity& node, DvnfEntit
     const DvnString name = node.Name();
     const long value = NodeNumber(CString(name.c_str()));
     Set row(&db);
-    row.m_strFilter = InDiagram(pid, "BLOCK_AID", blockAid) + " AND " + numberColumn + " = " +
-                      CString(std::to_string(value).c_str());
-    try {
-        row.Open(CRecordset::snapshot, Table(kind.table), CRecordset::none);
-    } catch (CDBException* e) {
-        return ReportDbException(e, "opening", kind.table, &row);
-    }
-    if (!row.CanAppend()) {
-        row.Close();
-        Report(kind.cannotAppend, name);
-        return LevelError;
-    }
+    const CString filter = InDiagram(pid, "BLOCK_AID", blockAid) + " AND " + numberColumn + " = " +
+                           CString(std::to_string(value).c_str());
     int level = LevelOk;
-    const PartRow at = PositionPart(row, node, process, kind, name, false, nullptr, level);
-    if (at == PartRow::Done) return level;
-    if (at == PartRow::Unchanged) {
-        row.Close();
-        return LevelOk;
-    }
+    const PartRow at = PositionPart(row, filter, node, process, kind, name, false, nullptr, level);
+    if (at == PartRow::Done || at == PartRow::Unchanged) return level;
     const DvnfAttributeDataReader layout = static_cast<const DvnfEntity&>(node).AttributeData()("Layout");
     row.*key = node.OID().c_str();
     row.m_PID = pid;
@@ -267,26 +272,12 @@ int DvnConvCoreDbBe::SaveControlConnector(CDatabase& db, DvnfEntity& connector, 
     }
 
     DvnControlConnectorSet row(&db);
-    row.m_strFilter = CString("PID = ") + Quoted(pid) + " AND FROM_ACTIVITY = " + Quoted(from) +
-                      " AND TO_ACTIVITY = " + Quoted(to);
-    try {
-        row.Open(CRecordset::snapshot, Table(kind.table), CRecordset::none);
-    } catch (CDBException* e) {
-        return ReportDbException(e, "opening", kind.table, &row);
-    }
-    if (!row.CanAppend()) {
-        row.Close();
-        DVN_TRACE(1, 2, kind.notAdded);
-        return LevelError;
-    }
+    const CString filter = CString("PID = ") + Quoted(pid) + " AND FROM_ACTIVITY = " + Quoted(from) +
+                           " AND TO_ACTIVITY = " + Quoted(to);
     int level = LevelOk;
-    const PartRow at = PositionPart(row, connector, process, kind, label, false,
+    const PartRow at = PositionPart(row, filter, connector, process, kind, label, false,
                                     [&] { return DeleteControlBendPoint(db, pid, from, to); }, level);
-    if (at == PartRow::Done) return level;
-    if (at == PartRow::Unchanged) {
-        row.Close();
-        return LevelOk;
-    }
+    if (at == PartRow::Done || at == PartRow::Unchanged) return level;
 
     const DvnfAttributeDataReader attributes = static_cast<const DvnfEntity&>(connector).AttributeData();
     row.m_PID = pid;
@@ -420,28 +411,13 @@ int DvnConvCoreDbBe::SaveDataConnector(CDatabase& db, DvnfEntity& connector, Dvn
         return LevelError;
     }
 
-    DvnDataConnectorSet row(&db);
-    row.m_strFilter = filter;
-    try {
-        row.Open(CRecordset::snapshot, Table(kind.table), CRecordset::none);
-    } catch (CDBException* e) {
-        return ReportDbException(e, "opening", kind.table, &row);
-    }
-    if (!row.CanAppend()) {
-        row.Close();
-        DVN_TRACE(1, 2, kind.notAdded);
-        return LevelError;
-    }
     // With the attributes complete, a found row is deleted and added anew,
     // so that it starts without its old bend points and mappings.
+    DvnDataConnectorSet row(&db);
     const bool complete = connector.IsAttributeDataAttrComplete();
     int level = LevelOk;
-    const PartRow at = PositionPart(row, connector, process, kind, label, complete, nullptr, level);
-    if (at == PartRow::Done) return level;
-    if (at == PartRow::Unchanged) {
-        row.Close();
-        return LevelOk;
-    }
+    const PartRow at = PositionPart(row, filter, connector, process, kind, label, complete, nullptr, level);
+    if (at == PartRow::Done || at == PartRow::Unchanged) return level;
     // An edited row keeps its key: its bend points and mappings hang on it.
     const CString dcid = at == PartRow::Update ? row.m_DCID : CString(connector.OID().c_str());
     row.m_DCID = dcid;
