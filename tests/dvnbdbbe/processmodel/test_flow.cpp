@@ -48,11 +48,11 @@ protected:
     }
     // A control connector ("ConnectorSpec" 1) or a default one (2).
     template <class Run>
-    static DvnfEntity& Control(Run& run, DvnfEntity& owner, const char* from, const char* to, bool spec1 = true,
+    static DvnfEntity& Control(Run& run, DvnfEntity& owner, const char* from, const char* to, bool condition = true,
                                const Points& points = {}) {
         const DvnfString a(from), b(to);
-        DvnfEntity& c = spec1 ? run.data.CreateControlConnector(Diagram(owner), a, b, nullptr)
-                              : run.data.CreateDefaultConnector(Diagram(owner), a, b, nullptr);
+        DvnfEntity& c = condition ? run.data.CreateControlConnector(Diagram(owner), a, b, nullptr)
+                                  : run.data.CreateDefaultConnector(Diagram(owner), a, b, nullptr);
         c.Flags(7);
         BendPoints(c, points);
         return c;
@@ -150,7 +150,7 @@ TEST_P(FlowStore, AnImportStoresSourcesSinksAndConnectorsAndAReplacementLeavesTh
         ab("Name") = "go on";
         ab("Description") = std::string(300, 'd');
         Control(run, flow, "A", "B", false, {{9, 9}});  // the same ends: it exists, the first stays
-        Control(run, flow, "B", "A", false).AttributeData()("Condition") = "only with spec 1";
+        Control(run, flow, "B", "A", false).AttributeData()("Condition") = "kept only by type 1";
 
         // Members are matched whole: quotes, '%' and '_' are no patterns.
         Data(run, flow, "#3", "A", {{7, 8}, {9, 10}},
