@@ -202,6 +202,27 @@ public:
                           const CString& value);
     int DeleteProcessContainer(CDatabase& db, const CString& pid);
 
+    // ==== what connects the activities of a diagram (processmodel/flow.cpp)
+    // and its text annotations (processmodel/annotations.cpp). blockAid is
+    // empty at the top of a process. Each returns a level.
+    int SaveSource(CDatabase& db, DvnfEntity& source, DvnfEntity& process, const CString& blockAid);
+    int SaveSink(CDatabase& db, DvnfEntity& sink, DvnfEntity& process, const CString& blockAid);
+    int SaveControlConnector(CDatabase& db, DvnfEntity& connector, DvnfEntity& process, const CString& blockAid);
+    int SaveDataConnector(CDatabase& db, DvnfEntity& connector, DvnfEntity& process, const CString& blockAid);
+    // One bend point ("Xpos", "Ypos") or mapping ("From", "To") unless its
+    // row is there; the deletes remove all of one connector.
+    int SaveControlBendPoint(CDatabase& db, const DvnfAttributeDataReader& point, const CString& pid,
+                             const CString& from, const CString& to, long sequence);
+    int DeleteControlBendPoint(CDatabase& db, const CString& pid, const CString& from, const CString& to);
+    int SaveDataBendPoint(CDatabase& db, const DvnfAttributeDataReader& point, const CString& dcid, long sequence);
+    int DeleteDataBendPoint(CDatabase& db, const CString& dcid);
+    int SaveDataMap(CDatabase& db, const DvnfAttributeDataReader& mapping, const CString& dcid);
+    int DeleteDataMap(CDatabase& db, const CString& dcid);
+    // The rows of TEXT_ANNOTATION of the diagram, rewritten from its set
+    // "TextAnnotations".
+    int SaveTextAnnotations(CDatabase& db, DvnfAttributeDataReader diagram, const CString& pid,
+                            const CString& blockAid);
+
     // ==== topology: domain, system groups, systems and their layered
     // settings (topology/domain.cpp, systemgroup.cpp, system.cpp,
     // settings.cpp). top: the domain, where a setting the entity leaves
@@ -261,6 +282,43 @@ protected:
 public:
 
 protected:
+    // ---- the diagram's parts (processmodel/flow.cpp)
+    // Texts and messages of one kind of part (a message 0: none, or the
+    // trace beside it).
+    struct DiagramPart {
+        const char* table;         // bare table name
+        const char* invalidTrace;  // "Source is not defined"
+        long cannotAppend;         // 51312; 0: the trace notAdded
+        const char* notAdded;      // "Control Connector not added"
+        long exists;               // 51080; 0: the trace existsTrace
+        const char* existsTrace;
+        long deleted, added, updated;
+    };
+    static const DiagramPart SourcePart, SinkPart, ControlConnectorPart, DataConnectorPart;
+    // How the shared state rule left an opened row of a part.
+    enum class PartRow { Done, Insert, Update, Unchanged };
+    // Opens the part's table by the filter and applies the state rule: Done
+    // or Unchanged (the row closed, the result in level), or the row
+    // positioned for writing (AddNew or Edit; with rewrite a found row is
+    // deleted and added anew). beforeDelete runs before a row is deleted; a
+    // level above 0 from it keeps the row.
+    PartRow PositionPart(CRecordset& row, const CString& filter, DvnfEntity& part, DvnfEntity& process,
+                         const DiagramPart& kind, const DvnString& label, bool rewrite,
+                         const std::function<int()>& beforeDelete, int& level);
+    // Update and close the positioned row; the added or updated message.
+    int WritePart(CRecordset& row, DvnfEntity& part, const DiagramPart& kind, const DvnString& label);
+    // A source or a sink: one algorithm over two tables.
+    template <class Set>
+    int SaveSourceOrSink(CDatabase& db, DvnfEntity& node, DvnfEntity& process, const CString& blockAid,
+                         const DiagramPart& kind, const char* numberColumn, long Set::*number, CString Set::*key);
+    // A row found by the filter is left alone (the trace existsTrace, 0);
+    // else one row is added and filled (0, or 8 with the trace notAdded).
+    template <class Set>
+    int AddRowOnce(CDatabase& db, const char* table, const CString& filter, const char* existsTrace,
+                   const char* notAdded, const std::function<void(Set&)>& fill);
+    // "DELETE FROM" the table "WHERE" where: 0, or 8 after reporting.
+    int DeleteRows(CDatabase& db, const char* table, const CString& where);
+
     // A kind of part of a process that the store does not write yet: 51900
     // (process name, kind) once per process and kind, level 8.
     // Removes the processes a broken import left under their temporary

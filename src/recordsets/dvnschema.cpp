@@ -42,7 +42,9 @@ const std::vector<DvnSchema::Table> kTables = {
     {"CONTROL_BENDPOINT", Make<DvnControlBendpointSet>, {"PID,FROM_ACTIVITY,TO_ACTIVITY,SEQUENCENO", "PID,TO_ACTIVITY"},
      {}},
     {"DATA_CONNECTOR", Make<DvnDataConnectorSet>,
-     {"DCID", "PID,INSIDE_BLOCK", "PID,FROM_ACTIVITY,TO_ACTIVITY", "PID,FROM_SOURCE", "PID,TO_ACTIVITY"}, {}},
+     {"DCID", "PID,INSIDE_BLOCK", "PID,FROM_ACTIVITY,TO_ACTIVITY", "PID,FROM_SOURCE", "PID,TO_ACTIVITY",
+      "PID,TO_SINK"},
+     {}},
     {"DATA_BENDPOINT", Make<DvnDataBendpointSet>, {"DCID,SEQUENCENO"}, {}},
     {"DATA_MAP", Make<DvnDataMapSet>, {"DCID"}, {}},
     {"ACT_CONTAINER", Make<DvnActContainerSet>, {"AID,INPUT_OR_OUTPUT"}, {}},
@@ -186,6 +188,20 @@ std::vector<std::string> ConnectorStatements(const char* prefix, const std::stri
     return out;
 }
 
+// The data connectors that start at a deleted source or end at a deleted
+// sink (their own trigger then takes their bend points and mappings).
+struct NodeEnd {
+    const char* table;      // SOURCE
+    const char* key;        // SOURCE_ID
+    const char* connector;  // the DATA_CONNECTOR column naming it: FROM_SOURCE
+};
+const NodeEnd kNodeEnds[] = {{"SOURCE", "SOURCE_ID", "FROM_SOURCE"}, {"SINK", "SINK_ID", "TO_SINK"}};
+
+std::string NodeEndStatement(const char* prefix, const NodeEnd& end) {
+    return std::string("DELETE FROM ") + prefix + "DATA_CONNECTOR WHERE PID = OLD.PID AND " + end.connector +
+           " = OLD." + end.key;
+}
+
 std::string Joined(const std::vector<std::string>& statements, const char* indent) {
     std::string body;
     for (const auto& s : statements) body += indent + s + ";\n";
@@ -215,6 +231,9 @@ std::vector<std::string> SqliteTriggers() {
                 Joined(ConnectorStatements("", "OLD.DCID"), "  ")),
         trigger("DATA_STRUCTURE_CASCADE", "AFTER DELETE ON DATA_STRUCTURE",
                 "  DELETE FROM DATA_STRUCTURE_MBR WHERE DSID = OLD.DSID;\n"),
+        // sources and sinks
+        trigger("SOURCE_CASCADE", "AFTER DELETE ON SOURCE", "  " + NodeEndStatement("", kNodeEnds[0]) + ";\n"),
+        trigger("SINK_CASCADE", "AFTER DELETE ON SINK", "  " + NodeEndStatement("", kNodeEnds[1]) + ";\n"),
         trigger("PE_AGENT_NAME_INSERT", "AFTER INSERT ON PE_AGENT", agentName),
         trigger("PE_AGENT_NAME_UPDATE", "AFTER UPDATE OF ASSOC_USER ON PE_AGENT", agentName),
         trigger("PERSON_AGENT_NAME_INSERT", "AFTER INSERT ON PERSON", personName),
@@ -247,6 +266,12 @@ std::vector<std::string> PostgresTriggers() {
         function("DATA_STRUCTURE_CASCADE", "  DELETE FROM DVBT.DATA_STRUCTURE_MBR WHERE DSID = OLD.DSID;\n", "OLD"),
         "CREATE TRIGGER DATA_STRUCTURE_CASCADE AFTER DELETE ON DVBT.DATA_STRUCTURE FOR EACH ROW EXECUTE FUNCTION "
         "DVBT.DATA_STRUCTURE_CASCADE()",
+        // sources and sinks
+        function("SOURCE_CASCADE", "  " + NodeEndStatement("DVBT.", kNodeEnds[0]) + ";\n", "OLD"),
+        "CREATE TRIGGER SOURCE_CASCADE AFTER DELETE ON DVBT.SOURCE FOR EACH ROW EXECUTE FUNCTION "
+        "DVBT.SOURCE_CASCADE()",
+        function("SINK_CASCADE", "  " + NodeEndStatement("DVBT.", kNodeEnds[1]) + ";\n", "OLD"),
+        "CREATE TRIGGER SINK_CASCADE AFTER DELETE ON DVBT.SINK FOR EACH ROW EXECUTE FUNCTION DVBT.SINK_CASCADE()",
         function("PE_AGENT_NAME", agentName, "NEW"),
         "CREATE TRIGGER PE_AGENT_NAME BEFORE INSERT OR UPDATE OF ASSOC_USER ON DVBT.PE_AGENT FOR EACH ROW "
         "EXECUTE FUNCTION DVBT.PE_AGENT_NAME()",
@@ -257,7 +282,9 @@ std::vector<std::string> PostgresTriggers() {
 }
 
 const char* const kPostgresFunctions[] = {"PROCESS_CASCADE",        "ACTIVITY_CASCADE", "DATA_CONNECTOR_CASCADE",
-                                          "DATA_STRUCTURE_CASCADE", "PE_AGENT_NAME",    "PERSON_AGENT_NAME"};
+                                          "DATA_STRUCTURE_CASCADE", "PE_AGENT_NAME",    "PERSON_AGENT_NAME",
+                                          // sources and sinks
+                                          "SOURCE_CASCADE", "SINK_CASCADE"};
 
 std::string Upper(std::string s) {
     for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));

@@ -17,8 +17,9 @@ namespace {
 
 // The shapes beyond an equality on every column of an index: the tombstone
 // rule, IS NULL for the top level of a diagram, columns out of index order,
-// a leading part of an index, OR, NOT, LIKE behind a key, a sub-select, and
-// the cascades below a deleted process and a deleted activity.
+// a leading part of an index, OR, NOT, a sub-select, the shapes of a data
+// connector's ends, and the cascades below a deleted process, a deleted
+// activity and a deleted source or sink.
 const std::vector<std::pair<const char*, const char*>> kShapes = {
     {"CATEGORY", "NAME = 'x' AND CHECKED_OUT <> 4"},
     {"ACTIVITY", "NAME = 'x' AND PID = 'p' AND INSIDE_BLOCK IS NULL"},
@@ -29,7 +30,7 @@ const std::vector<std::pair<const char*, const char*>> kShapes = {
     {"PROCESS", "INPUT_DS = 'k' OR OUTPUT_DS = 'k'"},
     {"PROCESS", "NAME = 'x' AND NOT (PID = 'k')"},
     {"QUEUE_MANAGER", "(QUEUE_MANAGER_NAME = 'q') AND (NAME <> 'x')"},
-    {"DATA_MAP", "DCID = 'd' AND FROM_MEMBER LIKE 'x' AND TO_MEMBER LIKE 'y'"},
+    {"DATA_MAP", "DCID = 'd' AND FROM_MEMBER = 'x' AND TO_MEMBER = 'y'"},
     {"ACT_CONTAINER", "AID = 'a' AND INPUT_OR_OUTPUT = 1 AND DOTTED_NAME = 'm' AND INITIAL_VALUE = 'v'"},
     {"ACT_BY_ROLE_F_CONT", "AID = 'a' AND CONTAINER_MEMBER = 'm'"},
     {"PERSON", "PERSON_ID = (SELECT MIN(PERSON_ID) FROM DVBT.PERSON)"},
@@ -48,6 +49,14 @@ const std::vector<std::pair<const char*, const char*>> kShapes = {
     {"SYSTEM", "PRIMARY_SYSTEM = 1"},
     {"SYSTEMGRP_SVR_ATTR", "SYSTEM_GROUP_ID = 'k' AND SERVER_TYPE = 1"},
     {"SYSTEM_SVR_ATTR", "SYSTEM_ID = 'k'"},
+    // the data connectors of a deleted source or sink, and the shapes of a
+    // data connector's ends
+    {"DATA_CONNECTOR", "PID = 'p' AND FROM_SOURCE = 's'"},
+    {"DATA_CONNECTOR", "PID = 'p' AND TO_SINK = 's'"},
+    {"DATA_CONNECTOR", "PID = 'p' AND FROM_SOURCE = 's' AND TO_SINK = 't'"},
+    {"DATA_CONNECTOR", "PID = 'p' AND FROM_SOURCE = 's' AND TO_ACTIVITY = 'a'"},
+    {"DATA_CONNECTOR", "PID = 'p' AND FROM_ACTIVITY = 'a' AND TO_ACTIVITY = 'a' AND DIRECTION = 1"},
+    {"TEXT_ANNOTATION", "PID = 'p' AND INSIDE_BLOCK IS NULL"},
 };
 
 class Indexes : public RepositoryTest {

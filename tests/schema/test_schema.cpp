@@ -7,6 +7,7 @@
 
 #include "dvnrecordsets.h"
 #include "dvnschema.h"
+#include "orphans.h"
 #include "repositorydb.h"
 
 namespace {
@@ -140,6 +141,40 @@ TEST_P(Schema, DeletingAProcessOrADataConnectorLeavesNoOrphans) {
     EXPECT_EQ(Count(Db(), "DATA_BENDPOINT"), 0);
     EXPECT_EQ(Count(Db(), "DATA_MAP"), 0);
     EXPECT_EQ(Count(Db(), "ACTIVITY"), 3);
+    EXPECT_EQ(OrphanRows(Db()), std::vector<std::string>{});
+}
+
+// A deleted source or sink takes the data connectors from or to it, and
+// they their bend points and mappings; a connector of another process that
+// names the same key stays. The orphan check sees what is left behind.
+TEST_P(Schema, DeletingASourceOrASinkTakesItsDataConnectors) {
+    PopulateProcess(Db(), "1");
+    PopulateProcess(Db(), "2");
+    for (const char* sql : {
+             "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_SOURCE, TO_SINK) VALUES ('P1', 'E1', 'SO1', 'SI1')",
+             "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_ACTIVITY, TO_SINK) VALUES ('P1', 'F1', 'A1', 'SI1')",
+             "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_SOURCE, TO_ACTIVITY) VALUES ('P1', 'G1', 'SO1', 'A1')",
+             "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_SOURCE, TO_SINK) VALUES ('P2', 'E2', 'SO2', 'SI2')",
+             "INSERT INTO DVBT.DATA_BENDPOINT (DCID, SEQUENCENO) VALUES ('E1', 1), ('F1', 1), ('G1', 1)",
+             "INSERT INTO DVBT.DATA_MAP (DCID, FROM_MEMBER, TO_MEMBER) VALUES ('E1', 'a', 'b'), ('G1', 'a', 'b')",
+         })
+        ExecAll(Db(), {sql});
+    ASSERT_EQ(OrphanRows(Db()), std::vector<std::string>{});
+    ExecAll(Db(), {"DELETE FROM DVBT.SINK WHERE SINK_ID = 'SI1'"});
+    EXPECT_EQ(QueryRows(Db(), "SELECT DCID FROM DVBT.DATA_CONNECTOR ORDER BY DCID"),
+              (std::vector<std::string>{"D1", "D2", "E2", "G1"}));
+    ExecAll(Db(), {"DELETE FROM DVBT.SOURCE WHERE SOURCE_ID = 'SO1'"});
+    EXPECT_EQ(QueryRows(Db(), "SELECT DCID FROM DVBT.DATA_CONNECTOR ORDER BY DCID"),
+              (std::vector<std::string>{"D1", "D2", "E2"}));
+    EXPECT_EQ(QueryRows(Db(), "SELECT DCID FROM DVBT.DATA_BENDPOINT ORDER BY DCID"),
+              (std::vector<std::string>{"D1", "D2"}));
+    EXPECT_EQ(OrphanRows(Db()), std::vector<std::string>{});
+
+    // What the check reports: rows whose owner is gone, per table.
+    ExecAll(Db(), {"INSERT INTO DVBT.CONTROL_CONNECTOR (PID, FROM_ACTIVITY, TO_ACTIVITY) VALUES ('P2', 'A2', 'Z')",
+                   "INSERT INTO DVBT.SOURCE (SOURCE_ID, SOURCE_NUMBER, PID) VALUES ('SO9', 1, 'P9')",
+                   "INSERT INTO DVBT.DATA_MAP (DCID, FROM_MEMBER, TO_MEMBER) VALUES ('X', 'a', 'b'), ('Y', 'a', 'b')"});
+    EXPECT_EQ(OrphanRows(Db()), (std::vector<std::string>{"SOURCE|1", "CONTROL_CONNECTOR|1", "DATA_MAP|2"}));
 }
 
 // A schema that exists only in part is refused; --recreate starts over with

@@ -55,7 +55,7 @@ void CreateRepositorySchema(CDatabase& db) {
 // that DvnSchema::Create adds are not part of the statements: kVersion is
 // raised when they change.
 std::string TemplateName(DvnSchema::Dialect dialect, std::uint64_t* hash = nullptr) {
-    constexpr const char* kVersion = "1";
+    constexpr const char* kVersion = "2";
     std::uint64_t h = 14695981039346656037ull;  // FNV-1a
     auto add = [&](const std::string& text) {
         for (unsigned char c : text) h = (h ^ c) * 1099511628211ull;

@@ -42,11 +42,6 @@ bool HasChanges(const DvnfAttributeDataReader& diagram) {
     return changed;
 }
 
-// A source, sink or connector with something to save.
-bool ToSave(const DvnfEntity& node) {
-    return node.IsValid() && node.State() != DvnfObject::StateNone && node.State() != DvnfObject::StateUnchanged;
-}
-
 void SetLong(CRecordset& row, long& member, const DvnfAttributeDataReader& value) {
     if (value.IsDefined())
         member = value.AsLong(0);
@@ -68,18 +63,21 @@ int DvnConvCoreDbBe::SaveDiagram(CDatabase& db, DvnfAttributeDataReader diagram,
         db.CommitTrans();
     });
     // Sources, sinks and connectors, after every activity of the diagram has
-    // its row.
-    const std::pair<const char*, const char*> nodes[] = {
-        {"Sources", kSourceParts}, {"Sinks", kSinkParts}, {"ControlConnectors", kControlParts},
-        {"DataConnectors", kDataParts}};
+    // its row, and the text annotations, in one transaction.
+    using Save = int (DvnConvCoreDbBe::*)(CDatabase&, DvnfEntity&, DvnfEntity&, const CString&);
+    const std::pair<const char*, Save> parts[] = {{"Sources", &DvnConvCoreDbBe::SaveSource},
+                                                  {"Sinks", &DvnConvCoreDbBe::SaveSink},
+                                                  {"ControlConnectors", &DvnConvCoreDbBe::SaveControlConnector},
+                                                  {"DataConnectors", &DvnConvCoreDbBe::SaveDataConnector}};
     db.BeginTrans();
-    for (const auto& [set, kind] : nodes) {
-        ForEachElement(diagram, set, [&](DvnfEntity& node) {
-            if (!node.IsValid() || node.State() == StateNone) return;
-            if (ToSave(node)) level = std::max(level, PartNotStoredYet(process, kind));
-            ResetState(node);
+    for (const auto& [set, save] : parts) {
+        ForEachElement(diagram, set, [&](DvnfEntity& part) {
+            if (!part.IsValid() || part.State() == StateNone) return;
+            level = std::max(level, (this->*save)(db, part, process, blockAid));
+            ResetState(part);
         });
     }
+    level = std::max(level, SaveTextAnnotations(db, diagram, process.OID().c_str(), blockAid));
     db.CommitTrans();
     return level;
 }

@@ -21,10 +21,14 @@ inline constexpr const char* kProgramParts = "Program implementations of process
 inline constexpr const char* kProcessParts = "Process implementations of process";
 inline constexpr const char* kBlockParts = "Blocks of process";
 inline constexpr const char* kBundleParts = "Bundles of process";
-inline constexpr const char* kSourceParts = "Sources of process";
-inline constexpr const char* kSinkParts = "Sinks of process";
-inline constexpr const char* kControlParts = "Control connectors of process";
-inline constexpr const char* kDataParts = "Data connectors of process";
 inline constexpr const char* kAttributeParts = "Attributes of process";
+
+// A number column from a value of an entity; null when it is not defined.
+inline void SetLongOrNull(CRecordset& row, long& member, const DvnfAttributeDataReader& value) {
+    if (value.IsDefined())
+        member = value.AsLong(0);
+    else
+        row.SetFieldNull(&member);
+}
 
 }  // namespace processstore

@@ -290,10 +290,6 @@ TEST_P(ProcessStore, AnActivityDeletedInTheEditorTakesAllBelowItAndABlockItsWhol
     flow.State(DvnfObject::StateUnchanged);
     Act(run, flow, "B1", 3, "B1").State(DvnfObject::StateDeleted);
     Act(run, flow, "X", 5, "X").State(DvnfObject::StateUnchanged);
-    // An unchanged source has nothing to save: no report that it is not stored.
-    DvnfEntity& source = run.data.CreateSourceByOID(flow.AttributeData()("Diagram"), DvnfString("S0"));
-    source.Name(DvnfString("1"));
-    source.State(DvnfObject::StateUnchanged);
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, true), 0);
     EXPECT_EQ(run.Messages(), (Lines{"51177|B1", "51046|Flow"}));
     EXPECT_EQ(Rows("SELECT AID FROM DVBT.ACTIVITY"), (Lines{"X"}));
@@ -512,19 +508,14 @@ TEST_P(ProcessStore, PartsNotStoredYetAreReportedOncePerKindAndTheRestIsStored) 
     ImportRun run(true);
     DvnfEntity& order = run.Add("Process", "Order");
     order.AttributeData()("Description") = "attributes of the next store";
-    DvnfAttributeData diagram = order.AttributeData()("Diagram");
     Act(run, order, "Run", 1);
     Act(run, order, "Info");
     Act(run, order, "Run2", 1);
     DvnfEntity& block = Act(run, order, "Inner", 3);
-    run.data.CreateSourceByOID(diagram, DvnfString("")).Name(DvnfString("1"));
-    run.data.CreateSourceByOID(diagram, DvnfString("")).Name(DvnfString("2"));
-    run.data.CreateControlConnector(diagram, DvnfString("Run"), DvnfString("Info"), nullptr);
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 8);
     EXPECT_EQ(run.Messages(), (Lines{"51010|Order", "51900|Order|Attributes of process", "51015|Run",
                                      "51900|Order|Program implementations of process", "51015|Info", "51015|Run2",
-                                     "51015|Inner", "51900|Order|Blocks of process", "51900|Order|Sources of process",
-                                     "51900|Order|Control connectors of process", "51011|Order", "51014|Order"}));
+                                     "51015|Inner", "51900|Order|Blocks of process", "51011|Order", "51014|Order"}));
     EXPECT_EQ(Marks("PROCESS"), (Lines{"Order|0"}));
     EXPECT_EQ(Sorted("SELECT NAME, ACTIVITY_KIND FROM DVBT.ACTIVITY"),
               (Lines{"Info|2", "Inner|4", "Run2|1", "Run|1"}));
