@@ -57,3 +57,15 @@ void AddProgram(CDatabase& db, const std::string& id, const std::string& name) {
 void AddRelation(CDatabase& db, const std::string& table, const std::string& first, const std::string& second) {
     Insert(db, table, "'" + first + "', '" + second + "'");
 }
+
+// ---- topology rows for the activity kinds
+
+void AddSystem(CDatabase& db, const std::string& id, const std::string& name, const std::string& groupId) {
+    Insert(db, "SYSTEM (SYSTEM_ID, NAME, SYSTEM_GROUP, CHECKED_OUT)",
+           "'" + id + "', '" + name + "', '" + groupId + "', 0");
+}
+
+void AddServer(CDatabase& db, const std::string& id, const std::string& name, const std::string& systemId, bool user) {
+    Insert(db, std::string(user ? "USER_PE_SERVER" : "PE_SERVER") + " (SERVER_ID, NAME, SYSTEM, CHECKED_OUT)",
+           "'" + id + "', '" + name + "', '" + systemId + "', 0");
+}

@@ -44,3 +44,10 @@ void AddProgram(CDatabase& db, const std::string& id, const std::string& name);
 // A row of a two-column relation: PERS_SEL_PADM_AUTH, PERS_HAS_PRC_AUTH,
 // PERS_AUTH_FOR_PERS or ROLE_INCL_PERSON (whose first column is the role).
 void AddRelation(CDatabase& db, const std::string& table, const std::string& first, const std::string& second);
+
+// ---- topology rows for the activity kinds: a system in a group, and a
+// program execution server of a system (user: in USER_PE_SERVER instead of
+// PE_SERVER).
+void AddSystem(CDatabase& db, const std::string& id, const std::string& name, const std::string& groupId);
+void AddServer(CDatabase& db, const std::string& id, const std::string& name, const std::string& systemId,
+               bool user = false);

@@ -511,23 +511,26 @@ TEST_P(ProcessStore, TextsFromAFileMatchOnlyThemselvesWhateverQuotesWildcardsOrC
 TEST_P(ProcessStore, PartsNotStoredYetAreReportedOncePerKindAndTheRestIsStored) {
     ImportRun run(true);
     DvnfEntity& order = run.Add("Process", "Order");
-    order.AttributeData()("Description") = "attributes of the next store";
+    order.AttributeData()("Description") = "stored";
     DvnfAttributeData diagram = order.AttributeData()("Diagram");
-    Act(run, order, "Run", 1);
+    Act(run, order, "Run");
     Act(run, order, "Info");
-    Act(run, order, "Run2", 1);
+    Act(run, order, "Run2");
     DvnfEntity& block = Act(run, order, "Inner", 3);
+    // A source inside the block is the first met; the process's own are not
+    // reported again.
+    DvnfAttributeData inner = block.AttributeData()("Implementation")("AsBlock").AsEntity().AttributeData()("Diagram");
+    run.data.CreateSourceByOID(inner, DvnfString("")).Name(DvnfString("1"));
     run.data.CreateSourceByOID(diagram, DvnfString("")).Name(DvnfString("1"));
     run.data.CreateSourceByOID(diagram, DvnfString("")).Name(DvnfString("2"));
     run.data.CreateControlConnector(diagram, DvnfString("Run"), DvnfString("Info"), nullptr);
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 8);
-    EXPECT_EQ(run.Messages(), (Lines{"51010|Order", "51900|Order|Attributes of process", "51015|Run",
-                                     "51900|Order|Program implementations of process", "51015|Info", "51015|Run2",
-                                     "51015|Inner", "51900|Order|Blocks of process", "51900|Order|Sources of process",
+    EXPECT_EQ(run.Messages(), (Lines{"51010|Order", "51015|Run", "51015|Info", "51015|Run2", "51015|Inner",
+                                     "51012|Inner", "51900|Order|Sources of process", "51013|Inner",
                                      "51900|Order|Control connectors of process", "51011|Order", "51014|Order"}));
-    EXPECT_EQ(Marks("PROCESS"), (Lines{"Order|0"}));
+    EXPECT_EQ(Rows("SELECT NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.PROCESS"), (Lines{"Order|0|stored"}));
     EXPECT_EQ(Sorted("SELECT NAME, ACTIVITY_KIND FROM DVBT.ACTIVITY"),
-              (Lines{"Info|2", "Inner|4", "Run2|1", "Run|1"}));
+              (Lines{"Info|2", "Inner|4", "Run2|2", "Run|2"}));
     // The block's implementation takes the activity's name for its store.
     EXPECT_EQ(block.AttributeData()("Implementation")("AsBlock").AsEntity().Name(), "Inner");
 }
