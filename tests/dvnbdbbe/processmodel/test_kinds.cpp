@@ -408,6 +408,36 @@ TEST_P(KindStore, ProcessAttributesFillTheRowAndTheTopologyAndGraphRowsThroughTh
               }));
 }
 
+TEST_P(KindStore, AnEditorSaveWithoutTheAttributesLoadedKeepsTheAttributeRows) {
+    AddCategory(Db(), "C1", "Sales");
+    {
+        ImportRun run(true);
+        DvnfEntity& order = run.Add("Process", "Order");
+        Link(run, order, "ProcessHasCategory", "Category", "Sales");
+        order.AttributeData()("Description") = "kept";
+        order.AttributeData()("WindowLayout")("ZoomFactor") = 150L;
+        order.AttributeData()("ProcessDefault")("Autonomy") = 15L;
+        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
+    }
+    const Lines before = Rows("SELECT p.CATID, p.DESCRIPTION, g.ZOOM_FACTOR, t.CONTROL_AUTONOMY FROM DVBT.PROCESS p "
+                              "JOIN DVBT.PROCESS_GRAPH_ATTR g ON g.PID = p.PID JOIN DVBT.PROCESS_TOPOL_ATTR t ON "
+                              "t.PID = p.PID");
+    ASSERT_EQ(before, (Lines{"C1|kept|150|1"}));
+    for (int flags : {0, 7}) {
+        SCOPED_TRACE(flags);
+        BackEndRun run(true);
+        const std::string pid = QueryValue(Db(), "SELECT PID FROM DVBT.PROCESS");
+        DvnfEntity& order = run.data.CreateEntity(DvnfString("Process"), DvnfString(pid.c_str()), DvnfString("Order"));
+        order.State(DvnfObject::StateChanged);
+        order.Flags(flags);
+        EXPECT_EQ(run.be.SaveProcesses(Db(), true, true), 0);
+        // Loaded, the attributes (none now) are written: all goes.
+        EXPECT_EQ(Rows("SELECT p.CATID, p.DESCRIPTION, g.ZOOM_FACTOR, t.CONTROL_AUTONOMY FROM DVBT.PROCESS p JOIN "
+                       "DVBT.PROCESS_GRAPH_ATTR g ON g.PID = p.PID JOIN DVBT.PROCESS_TOPOL_ATTR t ON t.PID = p.PID"),
+                  flags ? Lines{"<null>|<null>|<null>|<null>"} : before);
+    }
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(KindStore);
 
 }  // namespace
