@@ -144,7 +144,7 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
         auto saveRole = [&](DvnfEntity& role) {
             DvnString name;
             const CString key = ResolveKey<DvnRoleSet>(db, role, m_strTablePrefix, "System administrator",
-                                                     &DvnRoleSet::GetRoleID, name);
+                                                       &DvnRoleSet::GetRoleID, name);
             if (key.IsEmpty()) {
                 Report(51132, name);
                 warn();
@@ -247,7 +247,7 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
                 for (const DvnfLink* link = &persons.First(); link->IsValid(); link = &persons.Next()) {
                     DvnString name;
                     const CString key = ResolveKey<DvnPersonSet>(db, link->Target(), m_strTablePrefix, "ADMIN",
-                                                               &DvnPersonSet::GetPersonID, name);
+                                                                 &DvnPersonSet::GetPersonID, name);
                     if (!key.IsEmpty()) SaveActByPerson(db, key, aid);
                 }
                 DvnfDataSetIterator members = doneBy("PersonsFromInput").ElementsOfSet();
