@@ -153,9 +153,8 @@ DvnfString Label(const char* format, int n) {
 }
 
 // n processes of the given number of activities each, written by
-// DvnTRXWriter. Plain activities: what the process store keeps (the row, its
-// extent, roles, support tool and container values), without the parts it
-// does not keep yet (implementations, connectors).
+// DvnTRXWriter. Plain activities: the row, its extent, roles, support tool
+// and container values, without implementations or connectors.
 Workload Processes(int n, int activities) {
     Workload w{"processes", FilePath("processes", n), n, 0, 0, activities};
     DvnfCollectingMessageHandler quiet;
