@@ -184,7 +184,7 @@ TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRep
 #endif
     // However many calls the stores come to make, at most about kRuns runs
     // (each two imports), spread over the whole import.
-    constexpr unsigned long kRuns = 150;
+    constexpr unsigned long kRuns = 100;
     const unsigned long stride = std::max((IsPostgres() ? 3 : 1) * sample, (calls + kRuns - 1) / kRuns);
     int tolerated = 0, failedRuns = 0, swallowed = 0;
     {
