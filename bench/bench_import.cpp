@@ -30,8 +30,14 @@
 // the cost per activity at one size and at ten times that size (last line):
 //   activity <database> 1x=<us> 10x=<us> growth=<10x / 1x>
 //
-// usage: bench_import [N [S [M [P]]]] (defaults 10000, 1000, 50, 200;
-// $DVNBT_BENCH_ROWS sets N too)
+// A fourth file: K processes of 100 activities of every kind (program
+// activities with their program and server, blocks three deep) with every
+// process attribute and their connectors, imported new and then replaced
+// like the third, at K only; after each import the rows whose owner row is
+// gone are counted ("orphans", 0).
+//
+// usage: bench_import [N [S [M [P [K]]]]] (defaults 10000, 1000, 50, 200,
+// 100; $DVNBT_BENCH_ROWS sets N too)
 #include <algorithm>
 #include <cctype>
 #include <chrono>
@@ -153,9 +159,8 @@ DvnfString Label(const char* format, int n) {
 }
 
 // n processes of the given number of activities each, written by
-// DvnTRXWriter. Plain activities: what the process store keeps (the row, its
-// extent, roles, support tool and container values), without the parts it
-// does not keep yet (implementations, connectors).
+// DvnTRXWriter. Plain activities: the row, its extent, roles, support tool
+// and container values, without implementations or connectors.
 Workload Processes(int n, int activities) {
     Workload w{"processes", FilePath("processes", n), n, 0, 0, activities};
     DvnfCollectingMessageHandler quiet;
@@ -189,6 +194,110 @@ Workload Processes(int n, int activities) {
     return w;
 }
 
+// ---- the workload of activity kinds and process attributes
+// n processes of 100 activities: 50 program activities (program and server
+// rows put in by SQL), 20 information activities and a block holding 10
+// activities and a block, which holds 10 and a block of 7 (three deep); 150
+// control connectors with 3 bend points and 50 data connectors with 5
+// mappings; every process attribute given.
+constexpr int kKindActivities = 100;
+
+void ProcessAttributes(DvnfAttributeData a) {
+    a("Description") = "A generated process";
+    a("Documentation") = "Every attribute of a process, for the benchmark.";
+    a("ValidFrom") = "2026-01-01";
+    a("PromptAtProcessStart") = true;
+    a("RcCreation") = 1L;
+    a("NotifyDuration")("Hours") = 4L;
+    DvnfAttributeData defaults = a("ProcessDefault");
+    defaults("AuditDB") = 1L;
+    defaults("AuditHX") = 2L;
+    defaults("NotificationMode") = 1L;
+    defaults("RefreshPolicy") = 0L;
+    defaults("KeepWorkitems")("Type") = 1L;
+    defaults("KeepProcesses")("Type") = 2L;
+    defaults("KeepProcesses")("Days") = 30L;
+    defaults("Autonomy") = 5L;
+    for (const char* flag : {"IncludeProcessAssignment", "PreferLocalUsers", "Substitution", "CheckoutPossible"})
+        a("ActivityDefault")(flag) = true;
+    a("ActivityDefault")("AuditFilterDB") = "ALL";
+    a("WindowLayout")("ZoomFactor") = 120L;
+    a("WindowLayout")("Paper")("Width") = 800L;
+    a("WindowLayout")("Paper")("Height") = 600L;
+    a("WindowLayout")("ShowConditions") = 1L;
+    for (const char* color : {"PaperColor", "ActivityColor", "ControlConnectorColor", "DataConnectorColor"}) {
+        a(color)("Red") = 10L;
+        a(color)("Green") = 20L;
+        a(color)("Blue") = 30L;
+    }
+    for (const char* font : {"ActivityFont", "ExitConditionFont", "TransitionConditionFont"}) {
+        a(font)("Name") = "Sans";
+        a(font)("Size") = 10L;
+    }
+}
+
+Workload Kinds(int n) {
+    Workload w{"kinds", FilePath("kinds", n), n, 0, 0, kKindActivities};
+    DvnfCollectingMessageHandler quiet;
+    DvnfTRXData data(DvnfTRXTypes::_instance, &quiet);
+    auto link = [&](DvnfEntity& entity, const char* name, const char* type, const DvnfString& target) {
+        data.AddLinkByName(entity, DvnfString(name), DvnfString(type), target, true, false);
+    };
+    auto info = [&](DvnfAttributeData diagram, const char* format, int count) {
+        for (int i = 0; i < count; ++i) data.CreateInfoActivityByOID(diagram, DvnfString()).Name(Label(format, i));
+    };
+    auto block = [&](DvnfAttributeData diagram, const char* name) {
+        DvnfEntity& activity = data.CreateBlockActivityByOID(diagram, DvnfString());
+        activity.Name(DvnfString(name));
+        DvnfEntity& inner = activity.AttributeData()("Implementation")("AsBlock").AsEntity();
+        inner.AttributeData()("WindowLayout")("ZoomFactor") = 100L;
+        return inner.AttributeData()("Diagram");
+    };
+    for (int p = 0; p < n; ++p) {
+        DvnfEntity& process = data.CreateEntity(DvnfString("Process"), DvnfString(), Label("Kinds%06d", p));
+        ProcessAttributes(process.AttributeData());
+        DvnfAttributeData diagram = process.AttributeData()("Diagram");
+        for (int i = 0; i < 50; ++i) {
+            DvnfEntity& activity = data.CreateProgramActivityByOID(diagram, DvnfString());
+            activity.Name(Label("P%d", i));
+            DvnfEntity& program = activity.AttributeData()("Implementation")("AsProgram").AsEntity();
+            program.AttributeData()("Synchronization") = 1L;
+            link(program, "ReferencesProgram", "Program", Label("Tool%d", i % kPrograms));
+            link(program, "ReferencesPEServer", "Server", DvnfString("PES1.DVNSYS"));
+        }
+        info(diagram, "I%d", 20);
+        DvnfAttributeData b1 = block(diagram, "B1");
+        info(b1, "I%d", 10);
+        DvnfAttributeData b2 = block(b1, "B2");
+        info(b2, "I%d", 10);
+        info(block(b2, "B3"), "I%d", 7);
+        // 150 control connectors among the program and information
+        // activities of the top, 50 data connectors between program ones.
+        for (int c = 0; c < 150; ++c) {
+            const int from = c % 50, to = (c / 50 + 1 + from) % 50;
+            DvnfEntity& connector =
+                data.CreateControlConnector(diagram, Label(c < 100 ? "P%d" : "I%d", c < 100 ? from : from % 20),
+                                            Label("P%d", to), nullptr);
+            for (int b = 0; b < 3; ++b) {
+                DvnfAttributeData point = connector.AttributeData()("BendPoints").NewSetElement();
+                point("Xpos") = static_cast<long>(10 * b);
+                point("Ypos") = static_cast<long>(c);
+            }
+        }
+        for (int c = 0; c < 50; ++c) {
+            DvnfEntity& connector = data.CreateDataConnectorWithOID(diagram, Label("P%d", c), false,
+                                                                    Label("P%d", (c + 7) % 50), false, DvnfString());
+            for (int m = 0; m < 5; ++m) {
+                DvnfAttributeData mapping = connector.AttributeData()("Mappings").NewSetElement();
+                mapping("From") = Label("Value%d", m);
+                mapping("To") = Label("Value%d", m);
+            }
+        }
+    }
+    DvnTRXWriter(data).WriteFile(w.path.c_str());
+    return w;
+}
+
 // A single number the query gives (its first column of its first row).
 long QueryCount(CDatabase& db, const std::string& sql) {
     SQLHSTMT stmt = SQL_NULL_HSTMT;
@@ -206,8 +315,24 @@ long QueryCount(CDatabase& db, const std::string& sql) {
 long ProcessRows(CDatabase& db) {
     long rows = 0;
     for (const char* table : {"PROCESS", "PROCESS_GRAPH_ATTR", "PROCESS_TOPOL_ATTR", "PRC_CONTAINER", "ACTIVITY",
-                              "ACTIVITY_EXTENT", "ACTIVITY_BY_ROLE", "ACT_HAS_SUP_TOOL", "ACT_CONTAINER"})
+                              "ACTIVITY_EXTENT", "ACTIVITY_BY_ROLE", "ACT_HAS_SUP_TOOL", "ACT_CONTAINER",
+                              "PROGRAM_ACTIVITY", "PROCESS_ACTIVITY", "BUNDLE_ACTIVITY", "BLOCK_ACTIVITY",
+                              "CONTROL_CONNECTOR", "CONTROL_BENDPOINT", "DATA_CONNECTOR", "DATA_BENDPOINT",
+                              "DATA_MAP"})
         rows += QueryCount(db, std::string("SELECT COUNT(*) FROM DVBT.") + table);
+    return rows;
+}
+
+// Rows below an activity or a process whose owner row is gone.
+long Orphans(CDatabase& db) {
+    long rows = 0;
+    for (const char* table : {"ACTIVITY_EXTENT", "ACTIVITY_BY_ROLE", "ACT_HAS_SUP_TOOL", "ACT_CONTAINER",
+                              "PROGRAM_ACTIVITY", "BLOCK_ACTIVITY"})
+        rows += QueryCount(db, std::string("SELECT COUNT(*) FROM DVBT.") + table +
+                                   " WHERE AID NOT IN (SELECT AID FROM DVBT.ACTIVITY)");
+    for (const char* table : {"ACTIVITY", "PROCESS_GRAPH_ATTR", "PROCESS_TOPOL_ATTR", "PRC_CONTAINER"})
+        rows += QueryCount(db, std::string("SELECT COUNT(*) FROM DVBT.") + table +
+                                   " WHERE PID NOT IN (SELECT PID FROM DVBT.PROCESS)");
     return rows;
 }
 
@@ -240,6 +365,13 @@ void RunProcesses(const char* backend, const std::string& dataSource, const Work
         for (int g = 0; g < kPrograms; ++g)
             db.ExecuteSQL(("INSERT INTO DVBT.PROGRAM (PROGRAM_ID, NAME, CHECKED_OUT) VALUES ('BG" +
                            std::to_string(g) + "', 'Tool" + std::to_string(g) + "', 0)").c_str());
+        // The server that program activities name, "PES1.DVNSYS".
+        db.ExecuteSQL("INSERT INTO DVBT.SYSTEM_GROUP (SYSTEM_GROUP_ID, NAME, CHECKED_OUT) VALUES ('BSG', 'SYS_GRP', "
+                      "0)");
+        db.ExecuteSQL("INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME, SYSTEM_GROUP, CHECKED_OUT) VALUES ('BSY', 'DVNSYS', "
+                      "'BSG', 0)");
+        db.ExecuteSQL("INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('BPS', 'PES1', 'BSY', "
+                      "0)");
     }
     const int activities = w.objects * w.activities;
     const int transactions = w.objects * (2 * w.activities + 5);
@@ -260,16 +392,18 @@ void RunProcesses(const char* backend, const std::string& dataSource, const Work
         CDatabase db;
         DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString());
         const long rows = ProcessRows(db);
+        const long orphans = Orphans(db);
         const int perTransaction = static_cast<int>(std::max(1L, rows / transactions));
         bench::ResetRawTable(db);
         double raw = Seconds([&] { bench::RawInsertInBatches(db, static_cast<int>(rows), perTransaction, true); });
         db.Close();
 
         const double usPerActivity = import * 1e6 / activities;
-        if (std::string(pass) == "new") g_usPerActivity[backend][w.objects] = usPerActivity;
-        std::printf("%-11s %-9s %-8s %6d %7d %8ld %10.1f %12.0f %10.0f %12.0f %9.2f %8.0f   level %d\n", backend,
-                    w.name, pass, w.objects, activities, rows, w.objects / import, activities / import, rows / import,
-                    rows / raw, raw / import, usPerActivity, level);
+        if (std::string(pass) == "new" && std::string(w.name) == "processes")
+            g_usPerActivity[backend][w.objects] = usPerActivity;
+        std::printf("%-11s %-9s %-8s %6d %7d %8ld %10.1f %12.0f %10.0f %12.0f %9.2f %8.0f   level %d orphans %ld\n",
+                    backend, w.name, pass, w.objects, activities, rows, w.objects / import, activities / import,
+                    rows / import, rows / raw, raw / import, usPerActivity, level, orphans);
         std::fflush(stdout);
     }
 }
@@ -333,14 +467,15 @@ void Run(const char* backend, const std::string& dataSource, const Workload& w) 
 }  // namespace
 
 int main(int argc, char** argv) {
-    int n = 10000, structures = 1000, members = 50, processes = 200;
+    int n = 10000, structures = 1000, members = 50, processes = 200, kinds = 100;
     if (const char* env = std::getenv("DVNBT_BENCH_ROWS")) n = std::atoi(env);
     if (argc > 1) n = std::atoi(argv[1]);
     if (argc > 2) structures = std::atoi(argv[2]);
     if (argc > 3) members = std::atoi(argv[3]);
     if (argc > 4) processes = std::atoi(argv[4]);
-    if (n <= 0 || structures <= 0 || members <= 0 || processes <= 0) {
-        std::fprintf(stderr, "usage: bench_import [N [S [M [P]]]]\n");
+    if (argc > 5) kinds = std::atoi(argv[5]);
+    if (n <= 0 || structures <= 0 || members <= 0 || processes <= 0 || kinds <= 0) {
+        std::fprintf(stderr, "usage: bench_import [N [S [M [P [K]]]]]\n");
         return 2;
     }
     constexpr int kActivities = 50;
@@ -374,6 +509,22 @@ int main(int argc, char** argv) {
                 "proc/s", "activity/s", "row/s", "raw rows/s", "import/raw", "us/act");
     for (int count : {tenthP, processes}) {
         const Workload w = Processes(count, kActivities);
+        try {
+            bench::ForEachFreshDatabase("bench_import", [&](const char* backend, const std::string& ds) {
+                RunProcesses(backend, ds, w);
+            });
+        } catch (CDBException* e) {
+            std::fprintf(stderr, "bench_import: %s\n", e->m_strError.c_str());
+            e->Delete();
+            status = 1;
+        }
+        std::filesystem::remove(w.path);
+    }
+
+    // The processes of every kind, at full size only, imported new and then replaced.
+    {
+        std::printf("processes of %d activities of all kinds with their attributes\n", kKindActivities);
+        const Workload w = Kinds(kinds);
         try {
             bench::ForEachFreshDatabase("bench_import", [&](const char* backend, const std::string& ds) {
                 RunProcesses(backend, ds, w);

@@ -48,6 +48,10 @@ class DvnSystemPrgSet;
 class DvnSystemSvrSet;
 class DvnSystemSvsSet;
 
+class DvnGraphAttrSet;
+class DvnProcessGraphAttrSet;
+class DvnProcessTopolAttrSet;
+
 class DvnConvCoreDbBe {
 public:
     // Result levels: the highest met wins.
@@ -257,6 +261,34 @@ public:
     int SaveSystemSvrAttributes(CDatabase& db, DvnfEntity& entity, DvnSystemSvrSet& row, const CString& id,
                                 int kind);
 
+    // ==== activity kinds and process attributes (processmodel/activitykinds.cpp,
+    // processattributes.cpp)
+    //
+    // The row of an activity's kind, under the activity's key (aid); entity:
+    // the implementation ("AsProgram", "AsProcess", "AsBundle"); activity:
+    // the activity's name, for the messages. A bundle's pattern activity is
+    // stored inside the bundle.
+    int SaveProgramActivity(CDatabase& db, DvnfEntity& program, const CString& aid, const DvnString& activity);
+    int SaveProcessActivity(CDatabase& db, DvnfEntity& process, const CString& aid);
+    int SaveBundleActivity(CDatabase& db, DvnfEntity& bundle, DvnfEntity& process, const CString& aid,
+                           const DvnString& activity);
+    // A block: its row in BLOCK_ACTIVITY (flag bit 0) and its inner diagram
+    // (bit 2), which brackets its own transactions: the caller's transaction
+    // is ended before and begun again after. SaveBlock2: the second pass of
+    // the inner diagram.
+    int SaveBlock(CDatabase& db, DvnfEntity& block, DvnfEntity& process, const CString& aid);
+    int SaveBlock2(CDatabase& db, DvnfEntity& block, DvnfEntity& process, const CString& aid);
+    // The columns of the process attributes in positioned rows: category,
+    // staff, validity, prompt, return code, texts of PROCESS; the topology
+    // row; the window settings that a process and a block share; colours and
+    // fonts. 4 on a reference that is not found.
+    int ReadProcessAttributes(CDatabase& db, DvnfEntity& entity, DvnProcessSet& row);
+    int ReadProcessTopologyAttributes(CDatabase& db, DvnfEntity& entity, DvnProcessTopolAttrSet& row,
+                                      const CString& pid);
+    int ReadGraphAttributes(CDatabase& db, DvnfEntity& entity, DvnGraphAttrSet& row);
+    int ReadProcessGraphAttributes(CDatabase& db, DvnfEntity& entity, DvnProcessGraphAttrSet& row,
+                                   const CString& pid);
+
 protected:
     // The three levels of the layered settings.
     enum class TopologyLevel { Domain, SystemGroup, System };
@@ -341,6 +373,17 @@ protected:
     // Walks "InputContainer" and "OutputContainer" of the attributes.
     int WalkContainers(const DvnfAttributeDataReader& attributes,
                        const std::function<int(int, const CString&, const CString&)>& write);
+    // The frame of the kind rows: the row of table under the activity's key,
+    // inserted or rewritten in place; fill sets the kind's columns and may
+    // clear write to leave the row out. notAdded: the trace of a failure.
+    template <class Set>
+    int SaveKindRow(CDatabase& db, const char* table, const char* notAdded, const CString& aid,
+                    const std::function<int(Set&, bool& write)>& fill);
+    // The key of a program execution server from its dotted name, or empty
+    // (51184 with the text and the activity's name when it is not found).
+    CString ServerKey(CDatabase& db, const CString& text, const DvnString& activity);
+    // The second pass of a bundle's pattern activity.
+    int SavePatternActivity2(CDatabase& db, DvnfEntity& bundle, DvnfEntity& process, const CString& aid);
     std::set<std::string> m_notStoredParts;  // kinds reported for the process being saved
     DvnString m_savingProcess;                // its own name (the entity may carry "TEMP...")
 public:

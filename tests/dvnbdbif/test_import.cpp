@@ -77,15 +77,15 @@ TEST_P(Import, EachSectionIsRefusedOnceUnderItsRightAndAnInitialLoadStoresWhatIt
     EXPECT_EQ(Count("DATA_STRUCTURE"), "1");  // the default one
     EXPECT_EQ(Count("VERSION"), "0");
 
-    // Kinds that cannot be stored yet are errors (of a process, the parts
-    // not stored yet); the sections between and after them go on, and the
-    // version row is written once.
+    // Kinds that cannot be stored yet are errors, the category that the
+    // process names and the repository lacks a warning; the sections between
+    // and after them go on, and the version row is written once.
     EXPECT_EQ(Run(file, true), 8);
     // A person without any system is an error too.
     const std::string noSystem = DvnfMessageHandler::Format(51106, DvnString()).str();
     EXPECT_EQ(Messages(), (Lines{Line(51023, "domain"), noSystem, Line(51302, "P"), noSystem,
                                  Line(51302, "Q"), Line(51021, "Order"), Line(51010, "Ordering"),
-                                 Line(51900, "Ordering", "Attributes of process"), Line(51011, "Ordering"),
+                                 Line(51112, "Ordering"), Line(51011, "Ordering"),
                                  Line(51014, "Ordering")}));
     EXPECT_EQ(out.substr(out.size() - std::string(kErrors).size()), kErrors);
     EXPECT_EQ(Version(), (Lines{"3|3|0"}));

@@ -58,7 +58,7 @@ void AddRelation(CDatabase& db, const std::string& table, const std::string& fir
     Insert(db, table, "'" + first + "', '" + second + "'");
 }
 
-// ---- staff
+// ---- topology rows that persons and activity kinds name
 void AddSystem(CDatabase& db, const std::string& id, const std::string& name, const std::string& systemGroup) {
     Insert(db, "SYSTEM (SYSTEM_ID, NAME, SYSTEM_GROUP, CHECKED_OUT)",
            "'" + id + "', '" + name + "', '" + systemGroup + "', 0");

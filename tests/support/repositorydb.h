@@ -45,8 +45,8 @@ void AddProgram(CDatabase& db, const std::string& id, const std::string& name);
 // PERS_AUTH_FOR_PERS or ROLE_INCL_PERSON (whose first column is the role).
 void AddRelation(CDatabase& db, const std::string& table, const std::string& first, const std::string& second);
 
-// ---- staff: the topology a person needs (a system in its group), and a
-// server that may share a person's name; table: USER_PE_SERVER or PE_SERVER.
+// ---- topology rows that persons and activity kinds name: a system in a
+// group, and a server of a system; table: USER_PE_SERVER or PE_SERVER.
 void AddSystem(CDatabase& db, const std::string& id, const std::string& name, const std::string& systemGroup);
 void AddServer(CDatabase& db, const std::string& table, const std::string& id, const std::string& name,
                const std::string& system);

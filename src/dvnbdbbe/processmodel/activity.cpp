@@ -190,40 +190,32 @@ int DvnConvCoreDbBe::SaveActivity(CDatabase& db, DvnfEntity& activity, DvnfEntit
         }
         Report(activity.State() == StateNew ? 51015 : 51047, name);
         if (row.IsOpen()) row.Close();
-        if (complete && kind == ProgramType) level = std::max(level, PartNotStoredYet(process, kProgramParts));
-        if (complete && kind == ProcessType) level = std::max(level, PartNotStoredYet(process, kProcessParts));
-        if (kind == BundleType) level = std::max(level, PartNotStoredYet(process, kBundleParts));
+        // The row of the kind; the activity's name is the one its messages give.
+        const DvnfAttributeDataReader implementation = attributes("Implementation");
+        if (complete && kind == ProgramType)
+            level = std::max(level, SaveProgramActivity(db, implementation("AsProgram").AsEntity(), aid, name));
+        if (complete && kind == ProcessType)
+            level = std::max(level, SaveProcessActivity(db, implementation("AsProcess").AsEntity(), aid));
+        if (kind == BundleType)
+            level = std::max(level, SaveBundleActivity(db, implementation("AsBundle").AsEntity(), process, aid, name));
     }
     if (row.IsOpen()) row.Close();
     const unsigned blockBits = DvnfEntity::FlagAttributesComplete | DvnfEntity::FlagBlockContent;
     if (kind == BlockType && (activity.Flags() & blockBits)) {
-        // The block takes the activity's name and what is complete of it;
-        // its own store comes with the next stores.
+        // The block takes the activity's name and what is complete of it.
         DvnfEntity& block = attributes("Implementation")("AsBlock").AsEntity();
         if (block.IsValid()) {
             block.SetFlags(activity.Flags() & blockBits);
             block.Name(DvnfString(name));
         }
-        if (activity.State() != StateUnchanged ||
-            (block.IsValid() && HasChanges(static_cast<const DvnfEntity&>(block).AttributeData()("Diagram"))))
-            level = std::max(level, PartNotStoredYet(process, kBlockParts));
+        level = std::max(level, SaveBlock(db, block, process, aid));
     }
     return level;
 }
 
 int DvnConvCoreDbBe::ReadActivityAttributes(CDatabase&, DvnfEntity& activity, DvnActivitySet& row) {
-    const DvnfAttributeDataReader attributes = static_cast<const DvnfEntity&>(activity).AttributeData();
-    auto text = attributes("Description");
-    if (text.IsDefined())
-        DvnStored::SetText(row, row.m_DESCRIPTION,
-                           DvnStored::Cut(text.AsString("").str(), DvnStored::DescriptionChars));
-    else
-        row.SetFieldNull(&row.m_DESCRIPTION);
-    text = attributes("Documentation");
-    if (text.IsDefined())
-        DvnStored::SetText(row, row.m_DOCUMENTATION, text.AsString("").str());
-    else
-        row.SetFieldNull(&row.m_DOCUMENTATION);
+    SetDescriptionAndDocumentation(row, row.m_DESCRIPTION, row.m_DOCUMENTATION,
+                                   static_cast<const DvnfEntity&>(activity).AttributeData());
     return LevelOk;
 }
 
@@ -314,10 +306,10 @@ int DvnConvCoreDbBe::SaveActivity2(CDatabase& db, DvnfEntity& activity, DvnfEnti
     };
 
     if (type == BlockType) {
-        // The inner diagram is the block store's; the first pass has
-        // reported it. A block's containers are the activity's.
+        // A block's containers are the activity's.
         DvnfEntity& block = attributes("Implementation")("AsBlock").AsEntity();
         if (block.IsValid()) block.Name(DvnfString(name));
+        level = std::max(level, SaveBlock2(db, block, process, aid));
         if (containers) level = std::max(level, writeContainers());
     } else if (activity.State() != StateUnchanged && activity.IsAttributeDataAttrComplete()) {
         DvnActivityExtentSet row(&db);
@@ -375,6 +367,9 @@ int DvnConvCoreDbBe::SaveActivity2(CDatabase& db, DvnfEntity& activity, DvnfEnti
             SaveActSupportTools(db, key, aid);
         }
     }
+    if (type == BundleType)
+        level = std::max(level, SavePatternActivity2(db, attributes("Implementation")("AsBundle").AsEntity(), process,
+                                                     aid));
     ResetState(activity);
     return level;
 }

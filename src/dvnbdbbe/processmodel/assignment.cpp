@@ -12,46 +12,6 @@
 
 using namespace processstore;
 
-namespace {
-
-std::optional<long> Given(const DvnfAttributeDataReader& value) {
-    return value.IsDefined() ? std::optional<long>(value.AsLong(0)) : std::nullopt;
-}
-
-void SetTextOrNull(CRecordset& row, CString& member, const DvnfAttributeDataReader& value) {
-    if (value.IsDefined())
-        DvnStored::SetText(row, member, value.AsString("").str());
-    else
-        row.SetFieldNull(&member);
-}
-
-void SetFlagOrNull(CRecordset& row, long& member, const DvnfAttributeDataReader& value) {
-    if (value.IsDefined())
-        member = value.AsBool(false) ? 1 : 0;
-    else
-        row.SetFieldNull(&member);
-}
-
-// The key of a staff target: found under its name, or under the name its key
-// has in the table (then the key itself), or under the fallback name. name
-// receives the name used. Lookups by name write a database exception on
-// standard output; one of a name by key goes up.
-template <class Set, class ById>
-CString StaffKey(CDatabase& db, DvnfEntity& target, const CString& prefix, const char* fallback, ById byName,
-                 DvnString& name) {
-    Set set(&db);
-    const CString oid = target.IsValid() ? CString(target.OID().c_str()) : CString();
-    name = target.IsValid() ? DvnString(target.Name()) : DvnString("");
-    if (name.IsEmpty() && !oid.IsEmpty()) name = set.GetName(oid, prefix, false);
-    if (name.IsEmpty() && fallback) name = fallback;
-    if (name.IsEmpty()) return CString();
-    CString key = (set.*byName)(Quoted(name), prefix, false);
-    if (key.IsEmpty() && !oid.IsEmpty() && !set.GetName(oid, prefix, false).IsEmpty()) key = oid;
-    return key;
-}
-
-}  // namespace
-
 // ------------------------------------------------------------------ stored forms
 
 long DvnConvCoreDbBe::SetTimeInterval(const DvnfAttributeDataReader& duration) {
@@ -183,8 +143,8 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
 
         auto saveRole = [&](DvnfEntity& role) {
             DvnString name;
-            const CString key = StaffKey<DvnRoleSet>(db, role, m_strTablePrefix, "System administrator",
-                                                     &DvnRoleSet::GetRoleID, name);
+            const CString key = ResolveKey<DvnRoleSet>(db, role, m_strTablePrefix, "System administrator",
+                                                       &DvnRoleSet::GetRoleID, name);
             if (key.IsEmpty()) {
                 Report(51132, name);
                 warn();
@@ -286,8 +246,8 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
                 DvnfLinkTypeIterator persons = activity.LinksOfType(DvnfString("DoneByPerson"));
                 for (const DvnfLink* link = &persons.First(); link->IsValid(); link = &persons.Next()) {
                     DvnString name;
-                    const CString key = StaffKey<DvnPersonSet>(db, link->Target(), m_strTablePrefix, "ADMIN",
-                                                               &DvnPersonSet::GetPersonID, name);
+                    const CString key = ResolveKey<DvnPersonSet>(db, link->Target(), m_strTablePrefix, "ADMIN",
+                                                                 &DvnPersonSet::GetPersonID, name);
                     if (!key.IsEmpty()) SaveActByPerson(db, key, aid);
                 }
                 DvnfDataSetIterator members = doneBy("PersonsFromInput").ElementsOfSet();
@@ -309,17 +269,7 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
 
     // 7. Activity defaults.
     const DvnfAttributeDataReader defaults = attributes("ActivityDefault");
-    SetFlagOrNull(row, row.m_ENFORCE_IM_EXEC, defaults("EnforceImmedExecution"));
-    SetFlagOrNull(row, row.m_CHECKOUT_POSSIBLE, defaults("CheckoutPossible"));
-    SetFlagOrNull(row, row.m_INCL_PRC_ASSGMNT, defaults("IncludeProcessAssignment"));
-    SetFlagOrNull(row, row.m_PREFER_LOCAL_USERS, defaults("PreferLocalUsers"));
-    SetFlagOrNull(row, row.m_PREFER_NABSENT_USR, defaults("PreferNonAbsentUsers"));
-    SetFlagOrNull(row, row.m_SELECT_LEAST_WRKLD, defaults("SelectLeastWorkload"));
-    SetFlagOrNull(row, row.m_SUBSTITUTION, defaults("Substitution"));
-    SetFlagOrNull(row, row.m_USE_SUBST_FOR_NOT, defaults("NotificationSubstitution"));
-    SetFlagOrNull(row, row.m_SECOND_NOTIFICAT, defaults("DuplicateNotification"));
-    SetTextOrNull(row, row.m_AUDIT_EVENTS_TO_DB, defaults("AuditFilterDB"));
-    SetTextOrNull(row, row.m_AUDIT_EVENTS_TO_HX, defaults("AuditFilterHX"));
+    ReadActivityDefaults(row, defaults);
     return level;
 }
 

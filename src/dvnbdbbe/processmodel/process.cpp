@@ -22,12 +22,6 @@ namespace {
 // The longest NAME; "TEMP" + key must fit in it.
 constexpr int kNameChars = 255;
 
-// Attributes of a process that the row, the containers and the diagram take;
-// any other one is one of the process attributes not stored yet.
-bool StoredProcessAttribute(const std::string& name) {
-    return name == "Icon" || name == "InputContainer" || name == "OutputContainer" || name == "Diagram";
-}
-
 }  // namespace
 
 int DvnConvCoreDbBe::SaveProcesses(CDatabase& db, bool authorized, bool byIdentifier) {
@@ -303,7 +297,6 @@ int DvnConvCoreDbBe::SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdent
     }
     if (!m_bCallerData) Report(51010, name);
 
-    int pending = LevelOk;  // parts of the process not stored yet
     if (!skipRow) {
         // 11. Fill the row.
         if (!m_strCurrentUser.IsEmpty()) row.m_CHECKED_OUT_BY = m_strCurrentUser.c_str();
@@ -313,14 +306,12 @@ int DvnConvCoreDbBe::SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdent
             level = ReportDbException(e, "reading", "DATA_STRUCTURE");
         }
         if (entity.IsAttributeDataAttrComplete() && level < LevelError) {
-            const DvnfAttributeDataReader attributes = static_cast<const DvnfEntity&>(entity).AttributeData();
-            bool more = false;
-            for (const std::string& attribute : attributes.Names())
-                if (!StoredProcessAttribute(attribute)) more = true;
-            for (const char* link :
-                 {"ProcessHasCategory", "ProcessHasAdministrator", "ProcessHasRole", "ProcessHasOrganization"})
-                if (entity.FirstLinkOfType(DvnfString(link)).IsValid()) more = true;
-            if (more) pending = PartNotStoredYet(entity, kAttributeParts);
+            try {
+                sub = ReadProcessAttributes(db, entity, row);
+            } catch (CDBException* e) {
+                sub = ReportDbException(e, "reading", "PROCESS");
+            }
+            level = std::max(level, sub);
         }
 
         // 12. Write it, then what hangs from the row.
@@ -463,22 +454,24 @@ int DvnConvCoreDbBe::SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdent
         Report(replaced ? 51046 : 51014, name);
     db.CommitTrans();
     ResetState(entity);
-    return std::max(level, pending);
+    return level;
 }
 
 // ------------------------------------------------------------------ rows beside PROCESS
 
 namespace {
 
-// A row beside PROCESS, found by the process's key: inserted or updated.
-// Until the process attributes are stored it holds the key only; label names
-// the row in the trace ("Process graph attributes").
-template <class Set>
+// A row beside PROCESS, found by the process's key: inserted or updated,
+// with the columns that fill gives; label names the row in the trace
+// ("Process graph attributes").
+template <class Set, class Fill>
 int SaveRowBesideProcess(DvnConvCoreDbBe& be, CDatabase& db, const char* table, const char* label, const CString& pid,
-                         int (DvnConvCoreDbBe::*report)(CDBException*, const char*, const char*, CRecordset*)) {
+                         int (DvnConvCoreDbBe::*report)(CDBException*, const char*, const char*, CRecordset*),
+                         Fill fill) {
     Set row(&db);
     row.m_strFilter = CString("PID = ") + Quoted(pid);
     bool inserting = false;
+    int level = DvnConvCoreDbBe::LevelOk;
     try {
         row.Open(CRecordset::snapshot, be.GetTablePrefix() + table, CRecordset::none);
     } catch (CDBException* e) {
@@ -498,6 +491,7 @@ int SaveRowBesideProcess(DvnConvCoreDbBe& be, CDatabase& db, const char* table, 
             row.Edit();
         }
         row.m_PID = pid;
+        level = fill(row);
         row.Update();
     } catch (CDBException* e) {
         (be.*report)(e, "updating", table, &row);
@@ -505,21 +499,27 @@ int SaveRowBesideProcess(DvnConvCoreDbBe& be, CDatabase& db, const char* table, 
         return DvnConvCoreDbBe::LevelError;
     }
     row.Close();
-    return DvnConvCoreDbBe::LevelOk;
+    return level;
 }
 
 }  // namespace
 
-// The settings of the window are the process attributes' to write.
-int DvnConvCoreDbBe::SaveProcessGraphAttributes(CDatabase& db, DvnfEntity&, const CString& pid) {
-    return SaveRowBesideProcess<DvnProcessGraphAttrSet>(*this, db, "PROCESS_GRAPH_ATTR", "Process graph attributes",
-                                                        pid, &DvnConvCoreDbBe::ReportDbException);
+// The window settings, colours and fonts; of a process whose attributes
+// were not loaded (an editor save of its diagram alone) the row only is made
+// sure of, and what it holds stays.
+int DvnConvCoreDbBe::SaveProcessGraphAttributes(CDatabase& db, DvnfEntity& entity, const CString& pid) {
+    return SaveRowBesideProcess<DvnProcessGraphAttrSet>(
+        *this, db, "PROCESS_GRAPH_ATTR", "Process graph attributes", pid, &DvnConvCoreDbBe::ReportDbException,
+        [&](DvnProcessGraphAttrSet& row) {
+            if (!entity.IsAttributeDataAttrComplete()) return static_cast<int>(LevelOk);
+            return std::max(ReadGraphAttributes(db, entity, row), ReadProcessGraphAttributes(db, entity, row, pid));
+        });
 }
 
-int DvnConvCoreDbBe::SaveProcessTopologyAttributes(CDatabase& db, DvnfEntity&, const CString& pid) {
-    return SaveRowBesideProcess<DvnProcessTopolAttrSet>(*this, db, "PROCESS_TOPOL_ATTR",
-                                                        "Process topology attributes", pid,
-                                                        &DvnConvCoreDbBe::ReportDbException);
+int DvnConvCoreDbBe::SaveProcessTopologyAttributes(CDatabase& db, DvnfEntity& entity, const CString& pid) {
+    return SaveRowBesideProcess<DvnProcessTopolAttrSet>(
+        *this, db, "PROCESS_TOPOL_ATTR", "Process topology attributes", pid, &DvnConvCoreDbBe::ReportDbException,
+        [&](DvnProcessTopolAttrSet& row) { return ReadProcessTopologyAttributes(db, entity, row, pid); });
 }
 
 // ------------------------------------------------------------------ attributes

@@ -504,25 +504,6 @@ TEST_P(ProcessStore, TextsFromAFileMatchOnlyThemselvesWhateverQuotesWildcardsOrC
     EXPECT_EQ(Rows("SELECT NAME FROM DVBT.ACTIVITY"), (Lines{"it's"}));
 }
 
-TEST_P(ProcessStore, PartsNotStoredYetAreReportedOncePerKindAndTheRestIsStored) {
-    ImportRun run(true);
-    DvnfEntity& order = run.Add("Process", "Order");
-    order.AttributeData()("Description") = "attributes of the next store";
-    Act(run, order, "Run", 1);
-    Act(run, order, "Info");
-    Act(run, order, "Run2", 1);
-    DvnfEntity& block = Act(run, order, "Inner", 3);
-    EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 8);
-    EXPECT_EQ(run.Messages(), (Lines{"51010|Order", "51900|Order|Attributes of process", "51015|Run",
-                                     "51900|Order|Program implementations of process", "51015|Info", "51015|Run2",
-                                     "51015|Inner", "51900|Order|Blocks of process", "51011|Order", "51014|Order"}));
-    EXPECT_EQ(Marks("PROCESS"), (Lines{"Order|0"}));
-    EXPECT_EQ(Sorted("SELECT NAME, ACTIVITY_KIND FROM DVBT.ACTIVITY"),
-              (Lines{"Info|2", "Inner|4", "Run2|1", "Run|1"}));
-    // The block's implementation takes the activity's name for its store.
-    EXPECT_EQ(block.AttributeData()("Implementation")("AsBlock").AsEntity().Name(), "Inner");
-}
-
 DVN_INSTANTIATE_BOTH_BACKENDS(ProcessStore);
 
 // ------------------------------------------------------------------ stored forms
