@@ -72,6 +72,11 @@ struct DvnConvCoreDbBe::Family {
     // After the row is written and closed (insert, update, tombstone; not a
     // physical delete): what hangs from the row. Its level counts.
     int (*afterWrite)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, const CString& key, bool tombstone) = nullptr;
+    // The trace of the progress line when it differs from `progress`.
+    const char* progressTrace = nullptr;
+    // Before a row is deleted for good: removes what hangs from it and gives
+    // 0, or a level above 0 and the row stays.
+    int (*deleteDependents)(DvnConvCoreDbBe&, CDatabase&, const CString& key) = nullptr;
 };
 
 // The name of the first row that the statement gives, or false when it gives
@@ -117,7 +122,7 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
         return LevelError;
     }
     std::cout << family.progress << name << "...\n" << std::endl;
-    DVN_TRACE(3, 1, family.progress << name << "...\n");
+    DVN_TRACE(3, 1, (family.progressTrace ? family.progressTrace : family.progress) << name << "...\n");
 
     Set row(&db);
     row.m_strFilter = family.filter ? family.filter(name)
@@ -194,9 +199,15 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
                 }
             }
             if (m_nSourceMark == MarkClean) {
+                // The key is quoted: a family keyed by its name may hold any text there.
                 const CString statement = CString("DELETE FROM ") + m_strTablePrefix + family.table + " WHERE " +
-                                          family.keyColumn + " = '" + key + "'";
+                                          family.keyColumn + " = " +
+                                          ReturnQuotedString(DvnString(key.c_str()), "'", "'").c_str();
                 row.Close();
+                if (family.deleteDependents) {
+                    level = family.deleteDependents(*this, db, key);
+                    if (level > LevelOk) return level;
+                }
                 level = DeleteObject(db, statement, family.table);
                 if (level == LevelOk) Report(msg.deleted, name);
                 return level;
