@@ -11,6 +11,7 @@
 
 #include "dvnbdbbe.h"
 #include "dvnfcorn.h"
+#include "storedforms.h"
 
 // What a family of single rows states. Set is its recordset class; the
 // routine reads the columns CHECKED_OUT and CHECKED_OUT_BY that every such
@@ -88,6 +89,18 @@ bool FirstRowName(CDatabase& db, const CString& statement, DvnString& name) {
     if (rs.IsEOF()) return false;
     name = rs.m_NAME.c_str();
     return true;
+}
+
+// The DESCRIPTION of a family's row: "Description" cut to 254 characters,
+// NULL when the entity gives none.
+template <class Set>
+void SetDescription(Set& row, DvnfEntity& entity) {
+    auto description = entity.AttributeData()("Description");
+    if (description.IsDefined())
+        DvnStored::SetText(row, row.m_DESCRIPTION,
+                           DvnStored::Cut(description.AsString("").c_str(), DvnStored::DescriptionChars));
+    else
+        row.SetFieldNull(&row.m_DESCRIPTION);
 }
 
 template <class Set>

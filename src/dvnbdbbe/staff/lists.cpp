@@ -2,6 +2,7 @@
 // instance, process instance and process template lists share their columns
 // and one save that is told the table; a work list has BEEP_OPTION more and
 // a save of its own. List owners are persons, found by user id.
+#include "dvnlookup.h"
 #include "dvnstaffsets.h"
 #include "familystore.h"
 #include "storedforms.h"
@@ -18,6 +19,16 @@ struct ListKind {
     const char* invalidTrace;  // the label and " is not defined"
     const char* deleteKeyword;
 };
+
+// The key of the live person whose user id is the name, folded as at login;
+// empty when there is none. A database failure goes up, so that it fails the
+// list instead of passing for an owner who is not there.
+CString OwnerKey(CDatabase& db, const DvnString& name, const CString& prefix) {
+    DvnPersonSet persons(&db);
+    const CString folded = ReturnQuotedString(DvnUser::FoldUserId(name), "'", "'").c_str();
+    return dvnlookup::FirstRow(persons, prefix + "PERSON", dvnlookup::WithTombstoneRule("USERID = " + folded, false),
+                               CString(), [&] { return persons.m_PERSON_ID; });
+}
 
 }  // namespace
 
@@ -120,11 +131,7 @@ int DvnConvCoreDbBe::ReadListAttributes(CDatabase& db, DvnfEntity& entity, DvnLi
         row.m_TYPE = 1;
         const DvnfAttributeDataReader owner = common("Owner");
         const DvnString ownerName = owner.IsDefined() ? DvnString(owner.AsString("")) : DvnString();
-        CString id;
-        if (!ownerName.IsNull()) {
-            DvnPersonSet persons(&db);
-            id = persons.GetPersonID(ReturnQuotedString(ownerName, "'", "'").c_str(), m_strTablePrefix, false);
-        }
+        const CString id = ownerName.IsNull() ? CString() : OwnerKey(db, ownerName, m_strTablePrefix);
         // An owner who is not there is no error: the list is kept without one.
         if (id.IsEmpty())
             DVN_TRACE(3, 2, "List owner " << (ownerName.IsNull() ? "<null>" : ownerName.str())
@@ -141,12 +148,7 @@ int DvnConvCoreDbBe::ReadListAttributes(CDatabase& db, DvnfEntity& entity, DvnLi
         DvnStored::SetText(row, row.m_SORT_CRITERIA, common("OrderBy").AsString("").str());
     if (common("Threshold").IsDefined()) row.m_THRESHOLD = common("Threshold").AsLong(0);
 
-    auto description = attributes("Description");
-    if (description.IsDefined())
-        DvnStored::SetText(row, row.m_DESCRIPTION,
-                           DvnStored::Cut(description.AsString("").c_str(), DvnStored::DescriptionChars));
-    else
-        row.SetFieldNull(&row.m_DESCRIPTION);
+    SetDescription(row, entity);
     return LevelOk;
 }
 

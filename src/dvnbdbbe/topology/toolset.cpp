@@ -75,12 +75,7 @@ int DvnConvCoreDbBe::ReadToolSetDefaultAttributes(CDatabase&, DvnfEntity& entity
     // A new row holds no mark yet, which MarkForUpdate takes as any other.
     row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
     DvnfAttributeData attributes = entity.AttributeData();
-    auto description = attributes("Description");
-    if (description.IsDefined())
-        DvnStored::SetText(row, row.m_DESCRIPTION,
-                           DvnStored::Cut(description.AsString("").c_str(), DvnStored::DescriptionChars));
-    else
-        row.SetFieldNull(&row.m_DESCRIPTION);
+    SetDescription(row, entity);
     for (const IconKind& kind : kIconKinds) {
         auto icon = attributes(kind.defaultAttribute);
         DvnStored::SetText(row, row.*kind.defaultColumn,

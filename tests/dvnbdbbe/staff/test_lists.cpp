@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "backendrun.h"
+#include "testenv.h"
 
 namespace {
 
@@ -29,6 +30,43 @@ TEST_P(ListStore, TheTableNamedSelectsRowAndMessagesAndAnyOtherTableIsRefused) {
     Exec("INSERT INTO DVBT.WORK_LIST (LIST_ID, NAME, BEEP_OPTION, CHECKED_OUT) VALUES ('W1', 'Mine', 1, 0)");
     EXPECT_EQ(run.be.SaveWorkList(Db(), list), 0);
     EXPECT_EQ(QueryRows(Db(), "SELECT LIST_ID, BEEP_OPTION, THRESHOLD FROM DVBT.WORK_LIST"), (Lines{"W1|0|3"}));
+}
+
+TEST_P(ListStore, AnOwnerWhoIsNoPersonIsTracedAndTheListKeptWithoutOne) {
+    // A user id with a quote, and a person left as a tombstone.
+    Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P1', 'O''NEIL', 0), ('P2', 'GONE', 4)");
+    TraceCapture trace;
+    BackEndRun run(true);
+    auto owned = [&](const char* name, const char* owner) {
+        DvnfAttributeData common = run.Add("Worklist", name).AttributeData()("ListCommon");
+        common("Type") = 1L;
+        if (owner) common("Owner") = owner;
+    };
+    owned("Quoted", "o'neil");
+    owned("Tombstoned", "GONE");
+    owned("Nobody", nullptr);
+    EXPECT_EQ(run.be.SaveWorkLists(Db(), true), 0);
+    EXPECT_EQ(run.Messages(), (Lines{"51009|Nobody", "51009|Quoted", "51009|Tombstoned"}));
+    EXPECT_EQ(QueryRows(Db(), "SELECT NAME, TYPE, OWNER FROM DVBT.WORK_LIST ORDER BY NAME"),
+              (Lines{"Nobody|1|<null>", "Quoted|1|P1", "Tombstoned|1|<null>"}));
+    const std::string text = trace.Text();
+    EXPECT_NE(text.find("List owner GONE not found in database"), std::string::npos) << text;
+    EXPECT_NE(text.find("List owner <null> not found in database"), std::string::npos) << text;
+    EXPECT_EQ(text.find("List owner o'neil"), std::string::npos) << text;
+    EXPECT_NE(text.find("Work List Quoted..."), std::string::npos) << text;
+
+    // An owner who cannot be looked for fails the list: it is not stored as ownerless.
+    Exec("DROP TABLE DVBT.PERSON");
+    BackEndRun failed(true);
+    DvnfAttributeData common = failed.Add("Worklist", "Quoted").AttributeData()("ListCommon");
+    common("Type") = 1L;
+    common("Owner") = "o'neil";
+    EXPECT_EQ(failed.be.SaveWorkLists(Db(), true), 8);
+    const Lines messages = failed.Messages();
+    ASSERT_EQ(messages.size(), 2u) << testing::PrintToString(messages);
+    EXPECT_EQ(messages[0].rfind("51368|", 0), 0u) << messages[0];
+    EXPECT_EQ(messages[1], "51341|Quoted");
+    EXPECT_EQ(QueryValue(Db(), "SELECT OWNER FROM DVBT.WORK_LIST WHERE NAME = 'Quoted'"), "P1");
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(ListStore);
