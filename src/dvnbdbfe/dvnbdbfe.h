@@ -15,6 +15,10 @@
 class DvnCategorySet;
 class DvnDataStructureSet;
 class DvnDataStructureMbrSet;
+// lists and tool sets
+class DvnListSet;
+class DvnWListSet;
+class DvnToolDefaultSet;
 
 class DvnConvCoreDbFe {
 public:
@@ -61,6 +65,19 @@ public:
     // it has a name and no state, otherwise by key; 8 when no live row is found.
     int DsToCore(DvnfEntity& structure);
 
+    // ---- lists (staff/lists.cpp) and tool sets (topology/toolset.cpp)
+    // The lists of all four kinds (id empty), or the list of that key in
+    // whichever table holds it; the not-found messages of all four only
+    // when none does.
+    void Lists(DvnString const& id);
+    void WorkList(DvnString const& id);
+    // kind 0 activity instance, 1 process instance, 2 process template lists.
+    void OtherLists(int kind, DvnString const& id);
+    // The columns all four tables share, into "Description" and "ListCommon".
+    void GetListSettings(DvnListSet* row, DvnfEntity& list);
+    // Every tool set (name empty) or the one of that name; each with a new key.
+    void ToolSet(DvnString const& name);
+
 protected:
     // ================================================================ frame
     // What a load of a whole kind needs to know of its table: the read of a
@@ -85,8 +102,10 @@ protected:
 
     // Every row of the kind (id empty) or the row of that key, each made an
     // entity of the core data and filled. A database exception goes up.
+    // The number of rows; reportNotFound false leaves the not-found message
+    // to the caller.
     template <class Set>
-    void LoadKind(const Kind<Set>& kind, const DvnString& id);
+    long LoadKind(const Kind<Set>& kind, const DvnString& id, bool reportNotFound = true);
 
     // Opens rs read-only on the statement and calls onRow for each row; the
     // number of rows. A database exception goes up (rs closes itself).
@@ -160,6 +179,14 @@ protected:
     void SubStructure(DvnDataStructureMbrSet& row, DvnfAttributeData member, DvnfEntity& object);
     static const Kind<DvnDataStructureSet> DataStructureKind;
 
+    // ---- lists and tool sets
+    int ListRow(DvnListSet& row, DvnfEntity& list);
+    int WorkListRow(DvnWListSet& row, DvnfEntity& list);
+    int ToolSetRow(DvnToolDefaultSet& row, DvnfEntity& toolSet);
+    static const Kind<DvnWListSet> WorkListKind;
+    static const Kind<DvnListSet> OtherListKinds[3];
+    static const Kind<DvnToolDefaultSet> ToolSetKind;
+
     DvnfTRXData* m_pCoreData;
     bool m_bCallerData;
     CDatabase* m_pDatabase;
@@ -185,7 +212,7 @@ long DvnConvCoreDbFe::ReadRows(Set& rs, const CString& statement, OnRow onRow) {
 }
 
 template <class Set>
-void DvnConvCoreDbFe::LoadKind(const Kind<Set>& kind, const DvnString& id) {
+long DvnConvCoreDbFe::LoadKind(const Kind<Set>& kind, const DvnString& id, bool reportNotFound) {
     Set rs(m_pDatabase);
     const CString statement = id.IsNull() || id.str().empty()
                                   ? SelectFrom(kind.table)
@@ -200,5 +227,6 @@ void DvnConvCoreDbFe::LoadKind(const Kind<Set>& kind, const DvnString& id) {
         (this->*kind.fill)(row, entity);
     });
     DVN_TRACE(3, 1, "Number of " << kind.plural << " found: " << count);
-    if (count == 0 && !id.IsNull() && !id.str().empty()) Report(kind.notFound, id);
+    if (reportNotFound && count == 0 && !id.IsNull() && !id.str().empty()) Report(kind.notFound, id);
+    return count;
 }
