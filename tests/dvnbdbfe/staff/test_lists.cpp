@@ -4,44 +4,21 @@
 #include <gtest/gtest.h>
 
 #include "../loadrun.h"
-#include "dvnbauth.h"
-#include "dvnbdbif.h"
-#include "dvnfffdn.h"
-#include "testenv.h"
+#include "../roundtrip.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
-class ListLoad : public RepositoryTest {
+class ListLoad : public RoundTripTest {
 protected:
-    void TearDown() override {
-        DvnBTAuthorization::DestroyInstance();
-        RepositoryTest::TearDown();
-    }
     void Exec(const std::string& sql) { ExecAll(Db(), {sql.c_str()}); }
-    int Import(const std::string& text) {
-        DvnConvCoreDbIF facade;
-        testing::internal::CaptureStdout();
-        const int level =
-            facade.ImportTRX(DvnString(m_files.Write(text)), DvnString(DataSource()), true, true, true);
-        testing::internal::GetCapturedStdout();
-        return level;
-    }
-    static std::string Canonical(const std::string& text) {
-        DvnfCollectingMessageHandler handler;
-        DvnfTRXData data(DvnfTRXTypes::_instance, &handler);
-        std::string error;
-        EXPECT_EQ(DvnTRXFrontend(data, nullptr).ReadText(text, "expected", 0, nullptr, &error), 0) << error;
-        return DvnTRXWriter(data).Write();
-    }
     std::string Loaded() {
         LoadRun run(Db());
         run.fe.Lists(DvnString(""));
         run.fe.ToolSet(DvnString(""));
         return DvnTRXWriter(run.data).Write();
     }
-    TrxFiles m_files;
 };
 
 TEST_P(ListLoad, ListsAndToolSetsComeBackAsWrittenUpToTheDocumentedDifferences) {
