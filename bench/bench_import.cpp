@@ -36,8 +36,14 @@
 // like the third, at K only; after each import the rows whose owner row is
 // gone are counted ("orphans", 0).
 //
-// usage: bench_import [N [S [M [P [K]]]]] (defaults 10000, 1000, 50, 200,
-// 100; $DVNBT_BENCH_ROWS sets N too)
+// A fifth file: L lists of each of the four kinds, owned by L/10 persons
+// (rows put in by SQL first), and L/10 tool sets of 20 icons each. It is
+// imported, then imported again with overwrite on (every row rewritten in
+// place), at a tenth of L and at L; last line:
+//   list <database> 1x=<us> 10x=<us> growth=<10x / 1x>
+//
+// usage: bench_import [N [S [M [P [K [L]]]]]] (defaults 10000, 1000, 50, 200,
+// 100, 2000; $DVNBT_BENCH_ROWS sets N too)
 #include <algorithm>
 #include <cctype>
 #include <chrono>
@@ -339,6 +345,23 @@ long Orphans(CDatabase& db) {
 // Cost per activity of the first import, by database and number of processes.
 std::map<std::string, std::map<int, double>> g_usPerActivity;
 
+// An initial load of the file, overwriting, with its progress lines and
+// messages going nowhere; its time in seconds.
+double QuietImport(const Workload& w, const std::string& dataSource, int& level) {
+    Discard discard;
+    std::ostream sink(&discard);
+    std::streambuf* saved = std::cout.rdbuf(sink.rdbuf());
+    DvnfMessageHandler::DefaultOutput(&sink);
+    double import = Seconds([&] {
+        DvnConvCoreDbIF facade;
+        level = facade.ImportTRX(DvnString(w.path), DvnString(dataSource), true, true, true);
+    });
+    DvnfMessageHandler::DefaultOutput(nullptr);
+    std::cout.rdbuf(saved);
+    DvnBTAuthorization::DestroyInstance();
+    return import;
+}
+
 // Opens the fresh database and creates the repository and the raw table in
 // it; false (said on standard error) when it does not open.
 bool CreateSchemas(const char* backend, const std::string& dataSource, CDatabase& db) {
@@ -376,18 +399,8 @@ void RunProcesses(const char* backend, const std::string& dataSource, const Work
     const int activities = w.objects * w.activities;
     const int transactions = w.objects * (2 * w.activities + 5);
     for (const char* pass : {"new", "replaced"}) {
-        Discard discard;
-        std::ostream sink(&discard);
-        std::streambuf* saved = std::cout.rdbuf(sink.rdbuf());
-        DvnfMessageHandler::DefaultOutput(&sink);
         int level = 0;
-        double import = Seconds([&] {
-            DvnConvCoreDbIF facade;
-            level = facade.ImportTRX(DvnString(w.path), DvnString(dataSource), true, true, true);
-        });
-        DvnfMessageHandler::DefaultOutput(nullptr);
-        std::cout.rdbuf(saved);
-        DvnBTAuthorization::DestroyInstance();
+        const double import = QuietImport(w, dataSource, level);
 
         CDatabase db;
         DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString());
@@ -464,18 +477,90 @@ void Run(const char* backend, const std::string& dataSource, const Workload& w) 
     std::fflush(stdout);
 }
 
+// ---- lists and tool sets
+constexpr int kIconsPerToolSet = 20;
+const char* const kListKinds[] = {"ActivitiesList", "ProcessInstancesList", "TemplatesList", "Worklist"};
+
+// n lists of each kind, owned in turn by n/10 persons (BENCHP0, ...), and
+// n/10 tool sets of kIconsPerToolSet icons spread over the five kinds.
+Workload Lists(int n) {
+    const int persons = std::max(1, n / 10), toolSets = std::max(1, n / 10);
+    Workload w{"lists", FilePath("lists", n), 4 * n + toolSets, 4 * n + toolSets * (1 + kIconsPerToolSet), 0};
+    std::ofstream out(w.path);
+    const char* const sets[] = {"ProcessActivityIcons", "BlockActivityIcons", "BundleActivityIcons",
+                                "InfoActivityIcons", "ProgramActivityIcons"};
+    for (const char* kind : kListKinds)
+        for (int i = 0; i < n; ++i)
+            out << kind << " \"List" << i << "\" { Description = \"Generated list " << i << "\";\n  ListCommon { Type = "
+                << (i % 2 ? 2 : 1) << "; Owner = \"BENCHP" << i % persons << "\"; Where = \"STATE = " << i % 7
+                << "\"; OrderBy = \"NAME\"; Threshold = " << i % 50 << ";"
+                << (std::string(kind) == "Worklist" ? " Beep = true;" : "") << " } }\n";
+    for (int t = 0; t < toolSets; ++t) {
+        out << "ToolSet \"Tools" << t << "\" { Description = \"Generated tool set\";";
+        for (int k = 0; k < 5; ++k) {
+            out << "\n  " << sets[k] << " [";
+            for (int i = k; i < kIconsPerToolSet; i += 5) out << " \"icon" << i << "\"";
+            out << " ]";
+        }
+        out << " }\n";
+    }
+    return w;
+}
+
+// Cost per object of the first import, by database and number of lists.
+std::map<std::string, std::map<int, double>> g_usPerListObject;
+
+// The list file imported into a fresh repository holding its owners, then
+// again over it; each import beside the raw baseline of as many rows, one
+// transaction per object.
+void RunLists(const char* backend, const std::string& dataSource, const Workload& w, int lists) {
+    {
+        CDatabase db;
+        if (!CreateSchemas(backend, dataSource, db)) return;
+        const int persons = std::max(1, lists / 10);
+        db.BeginTrans();
+        for (int p = 0; p < persons; ++p)
+            db.ExecuteSQL(("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('BP" + std::to_string(p) +
+                           "', 'BENCHP" + std::to_string(p) + "', 0)").c_str());
+        db.CommitTrans();
+    }
+    for (const char* pass : {"new", "rewritten"}) {
+        int level = 0;
+        const double import = QuietImport(w, dataSource, level);
+
+        CDatabase db;
+        DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString());
+        long rows = 0;
+        for (const char* table : {"ACT_INSTANCE_LIST", "PRC_INSTANCE_LIST", "PRC_TEMPLATE_LIST", "WORK_LIST",
+                                  "TOOL_SET_DEFAULT", "TOOL_SET_ICONS"})
+            rows += QueryCount(db, std::string("SELECT COUNT(*) FROM DVBT.") + table);
+        bench::ResetRawTable(db);
+        const int perTransaction = std::max(1, static_cast<int>(rows / w.objects));
+        double raw = Seconds([&] { bench::RawInsertInBatches(db, static_cast<int>(rows), perTransaction, true); });
+        db.Close();
+
+        const double usPerObject = import * 1e6 / w.objects;
+        if (std::string(pass) == "new") g_usPerListObject[backend][lists] = usPerObject;
+        std::printf("%-11s %-9s %6d %8d %8ld %10.0f %10.0f %12.0f %9.2f %9.0f   level %d%s\n", backend, pass, lists,
+                    w.objects, rows, w.objects / import, rows / import, rows / raw, raw / import, usPerObject, level,
+                    rows == w.rows ? "" : "  (rows missing)");
+        std::fflush(stdout);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    int n = 10000, structures = 1000, members = 50, processes = 200, kinds = 100;
+    int n = 10000, structures = 1000, members = 50, processes = 200, kinds = 100, lists = 2000;
     if (const char* env = std::getenv("DVNBT_BENCH_ROWS")) n = std::atoi(env);
     if (argc > 1) n = std::atoi(argv[1]);
     if (argc > 2) structures = std::atoi(argv[2]);
     if (argc > 3) members = std::atoi(argv[3]);
     if (argc > 4) processes = std::atoi(argv[4]);
     if (argc > 5) kinds = std::atoi(argv[5]);
-    if (n <= 0 || structures <= 0 || members <= 0 || processes <= 0 || kinds <= 0) {
-        std::fprintf(stderr, "usage: bench_import [N [S [M [P [K]]]]]\n");
+    if (argc > 6) lists = std::atoi(argv[6]);
+    if (n <= 0 || structures <= 0 || members <= 0 || processes <= 0 || kinds <= 0 || lists <= 0) {
+        std::fprintf(stderr, "usage: bench_import [N [S [M [P [K [L]]]]]]\n");
         return 2;
     }
     constexpr int kActivities = 50;
@@ -537,6 +622,26 @@ int main(int argc, char** argv) {
         std::filesystem::remove(w.path);
     }
 
+    // The lists and tool sets at a tenth and at full size, each imported new and then rewritten.
+    const int tenthL = std::max(1, lists / 10);
+    std::printf("lists: L of each kind owned by L/10 persons, L/10 tool sets of %d icons, at L=%d and L=%d\n"
+                "%-11s %-9s %6s %8s %8s %10s %10s %12s %9s %9s\n",
+                kIconsPerToolSet, tenthL, lists, "database", "import", "L", "objects", "rows", "obj/s", "row/s",
+                "raw rows/s", "import/raw", "us/obj");
+    for (int count : {tenthL, lists}) {
+        const Workload w = Lists(count);
+        try {
+            bench::ForEachFreshDatabase("bench_import", [&](const char* backend, const std::string& ds) {
+                RunLists(backend, ds, w, count);
+            });
+        } catch (CDBException* e) {
+            std::fprintf(stderr, "bench_import: %s\n", e->m_strError.c_str());
+            e->Delete();
+            status = 1;
+        }
+        std::filesystem::remove(w.path);
+    }
+
     // The summary, one line per database and figure; the ratios last.
     for (const char* figure : {"growth", "memory", "ratio"}) {
         for (const auto& [backend, files] : g_results) {
@@ -561,6 +666,14 @@ int main(int argc, char** argv) {
         for (char c : backend) name += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         const double small = byCount.begin()->second, large = byCount.rbegin()->second;
         std::printf("activity %s 1x=%.0fus 10x=%.0fus growth=%.2f\n", name.c_str(), small, large,
+                    small > 0 ? large / small : 0);
+    }
+    // The cost per object of a new list import at a tenth (1x) and at full size (10x).
+    for (const auto& [backend, byCount] : g_usPerListObject) {
+        std::string name;
+        for (char c : backend) name += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        const double small = byCount.begin()->second, large = byCount.rbegin()->second;
+        std::printf("list %s 1x=%.0fus 10x=%.0fus growth=%.2f\n", name.c_str(), small, large,
                     small > 0 ? large / small : 0);
     }
     return status;

@@ -51,6 +51,11 @@ class DvnSystemSvsSet;
 class DvnGraphAttrSet;
 class DvnProcessGraphAttrSet;
 class DvnProcessTopolAttrSet;
+// lists and tool sets
+class DvnListSet;
+class DvnWListSet;
+class DvnToolDefaultSet;
+class DvnToolIconSet;
 
 class DvnConvCoreDbBe {
 public:
@@ -288,6 +293,24 @@ public:
     int ReadGraphAttributes(CDatabase& db, DvnfEntity& entity, DvnGraphAttrSet& row);
     int ReadProcessGraphAttributes(CDatabase& db, DvnfEntity& entity, DvnProcessGraphAttrSet& row,
                                    const CString& pid);
+    // ==== lists (staff/lists.cpp) and tool sets (topology/toolset.cpp)
+    //
+    // One list of the three kinds that share their columns; table is the
+    // bare name of its table (ACT_INSTANCE_LIST, PRC_INSTANCE_LIST or
+    // PRC_TEMPLATE_LIST), which selects texts and messages. Another table: 8.
+    int SaveList(CDatabase& db, DvnfEntity& entity, const CString& table);
+    int SaveWorkList(CDatabase& db, DvnfEntity& entity);
+    int ReadListAttributes(CDatabase& db, DvnfEntity& entity, DvnListSet& row, bool isNew);
+    int ReadWorkListAttributes(CDatabase& db, DvnfEntity& entity, DvnWListSet& row, bool isNew);
+    // One tool set: its row of defaults, then its icons.
+    int SaveToolSet(CDatabase& db, DvnfEntity& entity);
+    int ReadToolSetDefaultAttributes(CDatabase& db, DvnfEntity& entity, DvnToolDefaultSet& row);
+    // One icon of a tool set for the kind of activity (1 process, 2 block,
+    // 3 bundle, 4 info, 5 program), inserted or rewritten whatever the
+    // overwrite option; 0, or 8 after the trace "Tool set icon not added".
+    int SaveToolSetIcon(CDatabase& db, const DvnfString& toolSet, const CString& icon, int kind);
+    int ReadToolSetIconAttributes(CDatabase& db, DvnToolIconSet& row, const CString& toolSet, const CString& icon,
+                                  int kind);
 
 protected:
     // The three levels of the layered settings.
@@ -447,6 +470,15 @@ protected:
     static const Family<DvnDomainSet> DomainFamily;
     static const Family<DvnSystemGroupSet> SystemGroupFamily;
     static const Family<DvnSystemSet> SystemFamily;
+    // lists and tool sets
+    static const Family<DvnListSet> ActInstanceListFamily;
+    static const Family<DvnListSet> PrcInstanceListFamily;
+    static const Family<DvnListSet> PrcTemplateListFamily;
+    static const Family<DvnWListSet> WorkListFamily;
+    static const Family<DvnToolDefaultSet> ToolSetFamily;
+    // The icons of a written tool set, and those of one deleted for good.
+    int SaveToolSetIcons(CDatabase& db, DvnfEntity& entity);
+    int DeleteToolSetIcons(CDatabase& db, const CString& toolSet);
 
     // The message handler of the core data; unused arguments stay null.
     void Report(long number, const DvnString& a1 = DvnString(), const DvnString& a2 = DvnString(),
@@ -490,11 +522,9 @@ protected:
     int SaveLevel(CDatabase& db, DvnfEntity& entity);
     int SavePerson(CDatabase& db, DvnfEntity& entity);
     int SaveOrganization(CDatabase& db, DvnfEntity& entity);
-    int SaveList(CDatabase& db, DvnfEntity& entity, const char* kind);
     int SaveRole(CDatabase& db, DvnfEntity& entity);
     int SavePEA(CDatabase& db, DvnfEntity& entity);
     int SaveProgram(CDatabase& db, DvnfEntity& entity);
-    int SaveToolSet(CDatabase& db, DvnfEntity& entity);
 
     // ==== staff: levels, persons, organizations, roles (staff/*.cpp;
     // docs/staff.md tells the rules).

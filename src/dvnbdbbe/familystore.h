@@ -96,6 +96,11 @@ struct DvnConvCoreDbBe::Family {
     // the first pass and in the second.
     const char* failedTrace = nullptr;
     const char* secondPassFailedTrace = nullptr;
+    // The trace of the progress line when it differs from `progress`.
+    const char* progressTrace = nullptr;
+    // Before a row is deleted for good: removes what hangs from it and gives
+    // 0, or a level above 0 and the row stays.
+    int (*deleteDependents)(DvnConvCoreDbBe&, CDatabase&, const CString& key) = nullptr;
 };
 
 // The name of the first row that the statement gives, or false when it gives
@@ -107,6 +112,18 @@ bool FirstRowName(CDatabase& db, const CString& statement, DvnString& name) {
     if (rs.IsEOF()) return false;
     name = rs.m_NAME.c_str();
     return true;
+}
+
+// The DESCRIPTION of a family's row: "Description" cut to 254 characters,
+// NULL when the entity gives none.
+template <class Set>
+void SetDescription(Set& row, DvnfEntity& entity) {
+    auto description = entity.AttributeData()("Description");
+    if (description.IsDefined())
+        DvnStored::SetText(row, row.m_DESCRIPTION,
+                           DvnStored::Cut(description.AsString("").c_str(), DvnStored::DescriptionChars));
+    else
+        row.SetFieldNull(&row.m_DESCRIPTION);
 }
 
 template <class Set>
@@ -163,7 +180,7 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
         if (refused > LevelOk) return refused;
     }
     std::cout << family.progress << name << "...\n" << std::endl;
-    DVN_TRACE(3, 1, family.progress << name << "...\n");
+    DVN_TRACE(3, 1, (family.progressTrace ? family.progressTrace : family.progress) << name << "...\n");
 
     Set row(&db);
     row.m_strFilter = family.filter ? family.filter(name)
@@ -252,9 +269,15 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
                 }
             }
             if (m_nSourceMark == MarkClean) {
+                // The key is quoted: a family keyed by its name may hold any text there.
                 const CString statement = CString("DELETE FROM ") + m_strTablePrefix + family.table + " WHERE " +
-                                          family.keyColumn + " = '" + key + "'";
+                                          family.keyColumn + " = " +
+                                          ReturnQuotedString(DvnString(key.c_str()), "'", "'").c_str();
                 row.Close();
+                if (family.deleteDependents) {
+                    level = family.deleteDependents(*this, db, key);
+                    if (level > LevelOk) return level;
+                }
                 level = DeleteObject(db, statement, family.table);
                 if (level == LevelOk) Report(msg.deleted, name);
                 if (level == LevelOk && family.afterDelete) level = family.afterDelete(*this, db, key);

@@ -34,6 +34,10 @@ namespace DvnStored {
 template <class Set>
 struct Setting;
 }
+// lists and tool sets
+class DvnListSet;
+class DvnWListSet;
+class DvnToolDefaultSet;
 
 class DvnConvCoreDbFe {
 public:
@@ -85,6 +89,18 @@ public:
     void DvDomains(DvnString const& id);
     void SystemGroups(DvnString const& id);
     void Systems(DvnString const& id);
+    // ---- lists (staff/lists.cpp) and tool sets (topology/toolset.cpp)
+    // The lists of all four kinds (id empty), or the list of that key in
+    // whichever table holds it; the not-found messages of all four only
+    // when none does.
+    void Lists(DvnString const& id);
+    void WorkList(DvnString const& id);
+    // kind 0 activity instance, 1 process instance, 2 process template lists.
+    void OtherLists(int kind, DvnString const& id);
+    // The columns all four tables share, into "Description" and "ListCommon".
+    void GetListSettings(DvnListSet* row, DvnfEntity& list);
+    // Every tool set (name empty) or the one of that name; each with a new key.
+    void ToolSet(DvnString const& name);
 
 protected:
     // ================================================================ frame
@@ -110,8 +126,10 @@ protected:
 
     // Every row of the kind (id empty) or the row of that key, each made an
     // entity of the core data and filled. A database exception goes up.
+    // The number of rows; reportNotFound false leaves the not-found message
+    // to the caller.
     template <class Set>
-    void LoadKind(const Kind<Set>& kind, const DvnString& id);
+    long LoadKind(const Kind<Set>& kind, const DvnString& id, bool reportNotFound = true);
 
     // Opens rs read-only on the statement and calls onRow for each row; the
     // number of rows. A database exception goes up (rs closes itself).
@@ -266,6 +284,13 @@ protected:
     template <class Set>
     void LinkThroughRow(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
                         const char* keyColumn, const CRecordset& row, const CString& member);
+    // ---- lists and tool sets
+    int ListRow(DvnListSet& row, DvnfEntity& list);
+    int WorkListRow(DvnWListSet& row, DvnfEntity& list);
+    int ToolSetRow(DvnToolDefaultSet& row, DvnfEntity& toolSet);
+    static const Kind<DvnWListSet> WorkListKind;
+    static const Kind<DvnListSet> OtherListKinds[3];
+    static const Kind<DvnToolDefaultSet> ToolSetKind;
 
     DvnfTRXData* m_pCoreData;
     bool m_bCallerData;
@@ -292,7 +317,7 @@ long DvnConvCoreDbFe::ReadRows(Set& rs, const CString& statement, OnRow onRow) {
 }
 
 template <class Set>
-void DvnConvCoreDbFe::LoadKind(const Kind<Set>& kind, const DvnString& id) {
+long DvnConvCoreDbFe::LoadKind(const Kind<Set>& kind, const DvnString& id, bool reportNotFound) {
     Set rs(m_pDatabase);
     const CString statement = id.IsNull() || id.str().empty()
                                   ? SelectFrom(kind.table)
@@ -307,5 +332,6 @@ void DvnConvCoreDbFe::LoadKind(const Kind<Set>& kind, const DvnString& id) {
         (this->*kind.fill)(row, entity);
     });
     DVN_TRACE(3, 1, "Number of " << kind.plural << " found: " << count);
-    if (count == 0 && !id.IsNull() && !id.str().empty()) Report(kind.notFound, id);
+    if (reportNotFound && count == 0 && !id.IsNull() && !id.str().empty()) Report(kind.notFound, id);
+    return count;
 }

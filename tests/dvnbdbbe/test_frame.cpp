@@ -39,6 +39,18 @@ const Store kStores[] = {
     // staff: the role's own second pass runs after each written row
     {"Role", "Role", "ROLE", "ROLE_ID", &DvnConvCoreDbBe::SaveRoles, 1, 51002, 51039, 51211, 51071, 51138, 51303,
      51335, "DELETE ROLE "},
+    // lists
+    {"ActivitiesList", "Activity Instance List", "ACT_INSTANCE_LIST", "LIST_ID",
+     &DvnConvCoreDbBe::SaveActInstanceLists, 1, 51006, 51042, 51214, 51074, 51141, 51306, 51338,
+     "DELETE ACTIVITIES_LIST "},
+    {"ProcessInstancesList", "Process Instance List", "PRC_INSTANCE_LIST", "LIST_ID",
+     &DvnConvCoreDbBe::SavePrcInstanceLists, 1, 51007, 51043, 51215, 51075, 51142, 51307, 51339,
+     "DELETE PROCESS_INSTANCES_LIST "},
+    {"TemplatesList", "Process Template List", "PRC_TEMPLATE_LIST", "LIST_ID",
+     &DvnConvCoreDbBe::SavePrcTemplateLists, 1, 51008, 51044, 51216, 51076, 51143, 51308, 51340,
+     "DELETE TEMPLATE_LIST "},
+    {"Worklist", "Work List", "WORK_LIST", "LIST_ID", &DvnConvCoreDbBe::SaveWorkLists, 1, 51009, 51045, 51217,
+     51077, 51144, 51309, 51341, "DELETE WORKLIST "},
 };
 
 class Frame : public StoreTest {};
@@ -237,6 +249,27 @@ TEST_P(Frame, AFamilyStatesItsFilterHeldTestAttributeFailuresStepsAfterTheRowAnd
         EXPECT_EQ(run.Messages(), (Lines{"51273|DELETE VARIED nowhere", "9|sales"}));
     }
     EXPECT_EQ(rows().size(), 3u);
+
+    // What hangs from a row deleted for good goes first; when it cannot, the
+    // row stays. A tombstone leaves it alone.
+    auto dependents = varied;
+    dependents.deleteDependents = [](DvnConvCoreDbBe&, CDatabase&, const CString& key) {
+        VariedBackEnd::after.push_back(std::string("drop ") + key.c_str());
+        return key == "V-warn" ? 8 : 0;
+    };
+    VariedBackEnd::after.clear();
+    {
+        VariedRun marking(false);
+        marking.Delete("Category", "sales");
+        EXPECT_EQ(marking.be.SaveFamily(Db(), true, dependents), 0);
+        VariedRun run(true);
+        run.Delete("Category", "new");
+        run.Delete("Category", "warn");
+        EXPECT_EQ(run.be.SaveFamily(Db(), true, dependents), 8);
+        EXPECT_EQ(run.Messages(), (Lines{"5|new"}));
+    }
+    EXPECT_EQ(VariedBackEnd::after, (Lines{"K1|1", "drop V-new", "drop V-warn"}));
+    EXPECT_EQ(rows(), (Lines{"K1|SALES|4|read", "V-warn|WARN|5|read"}));
 }
 
 TEST(FrameDefaults, SystemNamesComeFromTheProfileOrTheirFallbacksOnce) {

@@ -2,37 +2,13 @@
 // differences that docs/load.md lists.
 #include <gtest/gtest.h>
 
-#include "dvnbauth.h"
-#include "dvnbdbif.h"
-#include "dvnfffdn.h"
 #include "loadrun.h"
-#include "testenv.h"
+#include "roundtrip.h"
 
 namespace {
 
-class RoundTrip : public RepositoryTest {
+class RoundTrip : public RoundTripTest {
 protected:
-    void TearDown() override {
-        DvnBTAuthorization::DestroyInstance();
-        RepositoryTest::TearDown();
-    }
-    // Imports the text as an initial load; the level.
-    int Import(const std::string& text, bool sourceOption = true) {
-        DvnConvCoreDbIF facade;
-        testing::internal::CaptureStdout();
-        const int level = facade.ImportTRX(DvnString(m_files.Write(text)), DvnString(DataSource()), true,
-                                           sourceOption, true);
-        testing::internal::GetCapturedStdout();
-        return level;
-    }
-    // The text as the writer writes what the parser made of it.
-    static std::string Canonical(const std::string& text) {
-        DvnfCollectingMessageHandler handler;
-        DvnfTRXData data(DvnfTRXTypes::_instance, &handler);
-        std::string error;
-        EXPECT_EQ(DvnTRXFrontend(data, nullptr).ReadText(text, "expected", 0, nullptr, &error), 0) << error;
-        return DvnTRXWriter(data).Write();
-    }
     // Categories and structures of the repository, loaded into fresh core data and written.
     std::string Loaded() {
         LoadRun run(Db());
@@ -40,7 +16,6 @@ protected:
         run.fe.DataStructures(DvnString(""));
         return DvnTRXWriter(run.data).Write();
     }
-    TrxFiles m_files;
 };
 
 TEST_P(RoundTrip, CategoriesAndStructuresComeBackAsTheyWereWritten) {

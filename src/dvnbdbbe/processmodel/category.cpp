@@ -52,12 +52,7 @@ int DvnConvCoreDbBe::ReadCategoryAttributes(CDatabase&, DvnfEntity& entity, DvnC
         row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
     }
     DvnfAttributeData attributes = entity.AttributeData();
-    auto description = attributes("Description");
-    if (description.IsDefined())
-        DvnStored::SetText(row, row.m_DESCRIPTION,
-                           DvnStored::Cut(description.AsString("").c_str(), DvnStored::DescriptionChars));
-    else
-        row.SetFieldNull(&row.m_DESCRIPTION);
+    SetDescription(row, entity);
     auto documentation = attributes("Documentation");
     if (documentation.IsDefined())
         DvnStored::SetText(row, row.m_DOCUMENTATION, documentation.AsString("").c_str());

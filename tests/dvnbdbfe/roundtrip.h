@@ -1,0 +1,40 @@
+// A repository that a text is imported into (an initial load through the
+// facade) and loaded back from, and the canonical text of what a file says,
+// for the tests of round trips.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "dvnbauth.h"
+#include "dvnbdbif.h"
+#include "dvnfffdn.h"
+#include "repositorydb.h"
+#include "testenv.h"
+
+class RoundTripTest : public RepositoryTest {
+protected:
+    void TearDown() override {
+        DvnBTAuthorization::DestroyInstance();
+        RepositoryTest::TearDown();
+    }
+    // Imports the text as an initial load, overwriting; the level.
+    int Import(const std::string& text, bool sourceOption = true) {
+        DvnConvCoreDbIF facade;
+        testing::internal::CaptureStdout();
+        const int level = facade.ImportTRX(DvnString(m_files.Write(text)), DvnString(DataSource()), true,
+                                           sourceOption, true);
+        testing::internal::GetCapturedStdout();
+        return level;
+    }
+    // The text as the writer writes what the parser made of it.
+    static std::string Canonical(const std::string& text) {
+        DvnfCollectingMessageHandler handler;
+        DvnfTRXData data(DvnfTRXTypes::_instance, &handler);
+        std::string error;
+        EXPECT_EQ(DvnTRXFrontend(data, nullptr).ReadText(text, "expected", 0, nullptr, &error), 0) << error;
+        return DvnTRXWriter(data).Write();
+    }
+    TrxFiles m_files;
+};
