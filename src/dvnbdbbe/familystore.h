@@ -72,6 +72,9 @@ struct DvnConvCoreDbBe::Family {
     // After the row is written and closed (insert, update, tombstone; not a
     // physical delete): what hangs from the row. Its level counts.
     int (*afterWrite)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, const CString& key, bool tombstone) = nullptr;
+    // After the row was deleted for good (source mark 0): what hung from it
+    // goes too. Its level counts; the deleted message is reported first.
+    int (*afterDelete)(DvnConvCoreDbBe&, CDatabase&, const CString& key) = nullptr;
 };
 
 // The name of the first row that the statement gives, or false when it gives
@@ -199,6 +202,7 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
                 row.Close();
                 level = DeleteObject(db, statement, family.table);
                 if (level == LevelOk) Report(msg.deleted, name);
+                if (level == LevelOk && family.afterDelete) level = family.afterDelete(*this, db, key);
                 return level;
             }
         }
