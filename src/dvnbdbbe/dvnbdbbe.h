@@ -312,6 +312,9 @@ protected:
     // exception's text, the trace "Exception <action> table <table>: rc =...",
     // the exception freed, the recordset closed when it is open. Gives 8.
     int ReportDbException(CDBException* e, const char* action, const char* table, CRecordset* rs = nullptr);
+    // An icon name into its column: at most 8 characters; a longer one is
+    // 51118 with the text, null, and 4. Not defined: the column is not touched.
+    int StoreIcon(CRecordset& row, CString& member, const DvnfAttributeDataReader& icon);
     // Prefix + bare table name.
     CString Table(const char* bareName) const { return m_strTablePrefix + bareName; }
     // The mark of a row that a save updates (families without a second

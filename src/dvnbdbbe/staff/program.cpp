@@ -276,18 +276,8 @@ int DvnConvCoreDbBe::ReadProgramAttributes(CDatabase& db, DvnfEntity& entity,
     SetFlag(row, row.m_OUTPUT_ACCESS, attributes("OutputContainerAccess"), -1);
     SetFlag(row, row.m_TRUST_MODE, attributes("Trusted"), -1);
 
-    const auto icon = attributes("Icon");
     row.SetFieldNull(&row.m_USER_DEFINED_ICON);
-    if (icon.IsDefined()) {
-        const DvnString text = icon.AsString("");
-        if (text.Length() > 8) {
-            Report(51118, text);
-            level = std::max(level, static_cast<int>(LevelWarning));
-        } else {
-            DvnStored::SetText(row, row.m_USER_DEFINED_ICON, text.str());
-        }
-    }
-    return level;
+    return std::max(level, StoreIcon(row, row.m_USER_DEFINED_ICON, attributes("Icon")));
 }
 
 // ------------------------------------------------------------------ what hangs from the row
