@@ -184,6 +184,21 @@ int DvnConvCoreDbBe::LoadTRX(const DvnString& file) {
 
 // ------------------------------------------------------------------ version
 
+namespace {
+
+bool VersionRowExists(CDatabase& db, const CString& table) {
+    try {
+        DvnVersionSet row(&db);
+        row.Open(CRecordset::snapshot, table, CRecordset::none);
+        return !row.IsEOF();
+    } catch (CDBException* e) {
+        e->Delete();
+        return false;
+    }
+}
+
+}  // namespace
+
 int DvnConvCoreDbBe::SaveVersion(CDatabase& db) {
     std::cout << "Version, Release, Level" << std::endl;
     DvnVersionSet row(&db);
@@ -204,7 +219,13 @@ int DvnConvCoreDbBe::SaveVersion(CDatabase& db) {
                 row.m_MOD_LEVEL = 0;
                 row.Update();
             } catch (CDBException* e) {
-                return ReportDbException(e, "updating", "VERSION", &row);
+                // Another initial load may have written the row since the
+                // snapshot was read; the table keeps one row (a unique index),
+                // so this insert failed. The row wanted is there: no error.
+                row.Close();
+                if (!VersionRowExists(db, Table("VERSION"))) return ReportDbException(e, "updating", "VERSION", &row);
+                e->Delete();
+                return level;
             }
         }
     }

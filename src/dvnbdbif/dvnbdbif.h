@@ -47,6 +47,8 @@ public:
 
     // The connect string both open operations use: "DSN=" name ";UID=" user
     // ";PWD=" password; a null user or password leaves its value empty.
+    // A user or password holding ';' (or beginning with '{', or with blanks
+    // at either end) goes in braces, each '}' doubled.
     static CString BuildConnectString(const CString& dataSource, const CString& user, const CString& password);
     // A data source name for an SQLite database file that needs no ODBC
     // configuration: it names the driver library itself.

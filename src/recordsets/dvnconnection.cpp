@@ -43,10 +43,26 @@ void Connect(const CString& dataSource, CDatabase& db, const CString& user, cons
     }
 }
 
+// A value as the connect string must carry it: as it is, unless it holds a
+// ';', begins with '{' or has blanks at either end; then in braces, with each
+// '}' doubled. A password "a;b" would otherwise end at the ';' and give the
+// driver an attribute "b".
+std::string ConnectValue(const std::string& value) {
+    const bool blankEnd = !value.empty() && (value.front() == ' ' || value.back() == ' ');
+    if (value.find(';') == std::string::npos && (value.empty() || value.front() != '{') && !blankEnd) return value;
+    std::string braced = "{";
+    for (char c : value) {
+        braced += c;
+        if (c == '}') braced += '}';
+    }
+    return braced + "}";
+}
+
 }  // namespace
 
 CString DvnConnection::BuildConnectString(const CString& dataSource, const CString& user, const CString& password) {
-    return "DSN=" + dataSource + ";UID=" + user + ";PWD=" + password;
+    return CString("DSN=" + dataSource.str() + ";UID=" + ConnectValue(user.str()) + ";PWD=" +
+                   ConnectValue(password.str()));
 }
 
 std::string DvnConnection::EmbeddedDriverPath() {

@@ -53,7 +53,9 @@ const std::vector<DvnSchema::Table> kTables = {
     {"ACT_BY_ROLE_F_CONT", Make<DvnActByRoleContMSet>, {"AID"}, {}},
     {"ACT_HAS_SUP_TOOL", Make<DvnSupportToolsSet>, {"AID,PROGRAM_ID"}, {}},
     {"TEXT_ANNOTATION", Make<DvnTextAnnotationSet>, {"PID,INSIDE_BLOCK"}, {}},
-    {"VERSION", Make<DvnVersionSet>, {}, {}},
+    // One row: a second initial load that inserts it at the same moment
+    // meets the index and finds the row there.
+    {"VERSION", Make<DvnVersionSet>, {"UNIQUE VERSION"}, {}},
     // staff and lists
     {"PERSON", Make<DvnPersonSet>, {"PERSON_ID", "UNIQUE USERID", "ORGANIZATION_ID", "SYSTEM"}, {}},
     {"ROLE", Make<DvnRoleSet>, {"ROLE_ID", "UNIQUE NAME"}, {}},

@@ -36,6 +36,20 @@ std::string TrimCopy(const std::string& s) {
     return s.substr(b, e - b + 1);
 }
 
+// The closing brace of a value that opens at `open`: the first '}' that is
+// not doubled ("}}" stands for a brace in the value); npos when none.
+size_t ClosingBrace(const std::string& in, size_t open) {
+    for (size_t i = open + 1; i < in.size(); ++i) {
+        if (in[i] != '}') continue;
+        if (i + 1 < in.size() && in[i + 1] == '}') {
+            ++i;
+            continue;
+        }
+        return i;
+    }
+    return std::string::npos;
+}
+
 // Splits a connect string into its attributes; a value in braces may hold ';'.
 std::vector<std::string> ConnectAttributes(const std::string& in) {
     std::vector<std::string> parts;
@@ -45,7 +59,7 @@ std::vector<std::string> ConnectAttributes(const std::string& in) {
         size_t end = in.find(';', pos);
         if (eq != std::string::npos && (end == std::string::npos || eq < end) && eq + 1 < in.size() &&
             in[eq + 1] == '{') {
-            size_t close = in.find('}', eq);
+            size_t close = ClosingBrace(in, eq + 1);
             end = close == std::string::npos ? std::string::npos : in.find(';', close);
         }
         if (end == std::string::npos) end = in.size();

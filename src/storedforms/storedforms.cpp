@@ -1,6 +1,10 @@
 #include "storedforms.h"
 
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
 
 namespace DvnStored {
 
@@ -65,6 +69,83 @@ std::string TimeEvent(std::optional<long> every, std::optional<long> on, std::op
         }
     }
     return text.empty() ? std::string("ANYTIME") : text;
+}
+
+// ---------------------------------------------------------------- loads
+
+ColorParts UnpackedColor(long value) {
+    char digits[32];
+    std::snprintf(digits, sizeof digits, "%09ld", value);
+    const std::string text(digits);
+    auto part = [&](size_t from) { return std::atol(text.substr(from, 3).c_str()); };
+    return {part(0), part(3), part(6)};
+}
+
+FontParts FontSetting(long size, long style, const std::string& descriptor) {
+    FontParts parts;
+    if (size != -1) parts.size = size;
+    if (style == 1 || style == 2) parts.style = style;
+    if (!descriptor.empty()) parts.descriptor = descriptor;
+    return parts;
+}
+
+PeriodParts Period(long value) {
+    if (value == 0) return {0, std::nullopt};
+    if (value == 999999999) return {1, std::nullopt};
+    return {2, value};
+}
+
+namespace {
+
+// When text begins with word: cuts it and the blank behind it, true.
+bool CutWord(std::string& text, const char* word) {
+    const size_t length = std::strlen(word);
+    if (text.compare(0, length, word) != 0) return false;
+    text.erase(0, length);
+    if (!text.empty() && text[0] == ' ') text.erase(0, 1);
+    return true;
+}
+
+}  // namespace
+
+TimeEventParts ParsedTimeEvent(std::string text) {
+    TimeEventParts parts;
+    text.erase(0, text.find_first_not_of(" \t\r\n"));
+    if (text.compare(0, 7, "ANYTIME") == 0) {
+        parts.anyTimeWord = true;
+        return parts;
+    }
+    if (CutWord(text, "EVERY")) {
+        // Each test sees what the one before left.
+        static const std::pair<const char*, long> periods[] = {{"DAY", 1}, {"WEEK", 3}, {"MONTH", 2}, {"YEAR", 4}};
+        for (const auto& [word, every] : periods) {
+            if (CutWord(text, word)) {
+                parts.anyTime = false;
+                parts.every = every;
+            }
+        }
+    }
+    if (CutWord(text, "ON")) {
+        static const char* const weekdays[] = {"MONDAY", "TUESDAY", "WEDNESDAY", "THURSDAY",
+                                               "FRIDAY", "SATURDAY", "SUNDAY"};
+        for (long day = 1; day <= 7; ++day) {
+            if (CutWord(text, weekdays[day - 1])) {
+                parts.anyTime = false;
+                parts.on = day;
+            }
+        }
+    }
+    if (CutWord(text, "AT")) {
+        parts.anyTime = false;
+        // Two characters or fewer are too few for a time.
+        if (text.size() > 2) {
+            const size_t separator = text.find_first_of(".:");
+            parts.atHours = std::atol(text.substr(0, separator).c_str());
+            text.erase(0, separator == std::string::npos ? text.size() : separator + 1);
+            if (text.size() >= 2) parts.atMinutes = std::atol(text.substr(0, 2).c_str());
+        }
+    }
+    return parts;
 }
 
 }  // namespace DvnStored

@@ -47,4 +47,40 @@ long PackedColor(long red, long green, long blue);
 std::string TimeEvent(std::optional<long> every, std::optional<long> on, std::optional<long> atHours,
                       std::optional<long> atMinutes);
 
+// ---------------------------------------------------------------- loads
+// The stored forms undone, for the loads.
+
+// The three parts of a stored colour: its value written with "%09ld", the
+// first three digits red, the next three green, the three after them blue.
+struct ColorParts {
+    long red, green, blue;
+};
+ColorParts UnpackedColor(long value);
+
+// The parts of a font that a load sets besides its name: the size unless
+// -1 (NULL), the style when it is 1 or 2, the descriptor unless empty.
+struct FontParts {
+    std::optional<long> size, style;
+    std::optional<std::string> descriptor;
+};
+FontParts FontSetting(long size, long style, const std::string& descriptor);
+
+// A stored period: 0 none ("Type" 0), 999999999 unlimited ("Type" 1),
+// anything else "Type" 2 with the seconds.
+struct PeriodParts {
+    long type;
+    std::optional<long> seconds;
+};
+PeriodParts Period(long value);
+
+// A stored time event read back. "ANYTIME" gives anyTimeWord (the other
+// parts are then to be removed); otherwise each part is set when its word
+// was met. A text that matches nothing gives nothing.
+struct TimeEventParts {
+    bool anyTimeWord = false;
+    std::optional<bool> anyTime;
+    std::optional<long> every, on, atHours, atMinutes;
+};
+TimeEventParts ParsedTimeEvent(std::string text);
+
 }  // namespace DvnStored

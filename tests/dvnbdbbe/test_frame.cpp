@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <chrono>
+#include <thread>
 
 #include "backendrun.h"
 #include "dvnprocsets.h"
@@ -252,6 +254,34 @@ TEST(FrameDefaults, SystemNamesComeFromTheProfileOrTheirFallbacksOnce) {
     DvnConvCoreDbBe be;
     EXPECT_EQ(be.DefaultSystem().str(), "DVNSYS");
     EXPECT_EQ(be.DefaultSysGrp().str(), "SYS_GRP");
+}
+
+TEST_P(Frame, TwoInitialLoadsAtOnceKeepOneVersionRowAndNeitherFails) {
+    // The other load has inserted the row and not committed yet: this one
+    // reads an empty table, inserts, waits for the other, and meets the
+    // table's one-row index when it commits.
+    auto other = OpenSecondConnection();
+    other->BeginTrans();
+    ExecAll(*other, {"INSERT INTO DVBT.VERSION (VERSION, RELEASE, MOD_LEVEL) VALUES (3, 3, 0)"});
+    BackEndRun run(false);
+    CDatabase& db = Db();
+    int level = -1;
+    std::thread first([&] { level = run.be.SaveVersion(db); });
+    if (IsPostgres()) {
+        auto watcher = OpenSecondConnection();
+        const std::string waiting =
+            "SELECT COUNT(*) FROM pg_stat_activity WHERE wait_event_type = 'Lock' AND datname = current_database()";
+        for (int i = 0; i < 200 && QueryValue(*watcher, waiting) == "0"; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_EQ(QueryValue(*watcher, waiting), "1") << "the insert never waited for the other load";
+    } else {
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    }
+    other->CommitTrans();
+    first.join();
+    EXPECT_EQ(level, 0);
+    EXPECT_EQ(run.Messages(), Lines{});
+    EXPECT_EQ(QueryRows(Db(), "SELECT VERSION, RELEASE, MOD_LEVEL FROM DVBT.VERSION"), Lines{"3|3|0"});
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(Frame);

@@ -96,7 +96,10 @@ TEST_P(Open, TheUserAndPasswordGivenAreUsedAndThePasswordIsNeverShown) {
             DvnString password;
             std::string reason;
         } cases[] = {{DvnString(("wrong" + role.password).c_str()), refusal},
-                     {DvnString(), "no password supplied"}};
+                     {DvnString(), "no password supplied"},
+                     // Unbraced, the ';' would end the password and hand the
+                     // driver a port of its own.
+                     {DvnString(("wrong;Port=1;" + role.password).c_str()), refusal}};
         for (const Case& c : cases) {
             CDatabase refused;
             EXPECT_EQ(DvnConvCoreDbIF::OpenDatabaseFromFile(DataSource().c_str(), refused, DvnString(role.user),
@@ -130,3 +133,20 @@ TEST(TablePrefix, OnlyExactlyMSAccessGetsTheFlatPrefix) {
 }
 
 }  // namespace
+
+TEST(ConnectString, AUserOrPasswordThatWouldEndTheAttributeGoesInBraces) {
+    struct Case {
+        const char* password;
+        const char* expected;
+    } cases[] = {{"", "DSN=d;UID=u;PWD="},
+                 {"plain}x", "DSN=d;UID=u;PWD=plain}x"},
+                 {"a;b", "DSN=d;UID=u;PWD={a;b}"},
+                 {"a}b;c", "DSN=d;UID=u;PWD={a}}b;c}"},
+                 {"{x", "DSN=d;UID=u;PWD={{x}"},
+                 {" x", "DSN=d;UID=u;PWD={ x}"}};
+    for (const Case& c : cases)
+        EXPECT_EQ(DvnConvCoreDbIF::BuildConnectString("d", "u", c.password).str(), c.expected) << c.password;
+    EXPECT_EQ(DvnConvCoreDbIF::BuildConnectString("d", "a;b", "p").str(), "DSN=d;UID={a;b};PWD=p");
+    // What may be printed of it hides the whole braced value.
+    EXPECT_EQ(RedactPassword(DvnConvCoreDbIF::BuildConnectString("d", "u", "a}b;c")).str(), "DSN=d;UID=u;PWD=********");
+}

@@ -1,0 +1,204 @@
+// DvnConvCoreDbFe: the front end. It reads the tables that the stores write
+// and builds in the core model the entities, attributes and links that a TRX
+// file would have given. This header is the frame shared by every load; the
+// loads themselves live in src/dvnbdbfe/processmodel, staff and topology,
+// with the same file names as their stores. The front end knows the core
+// model, the recordsets and the stored forms, never the store or the facade.
+#pragma once
+
+#include <string>
+
+#include "dvnfcorn.h"
+#include "dvnkernn.h"
+#include "odbcframe.h"
+
+class DvnCategorySet;
+class DvnDataStructureSet;
+class DvnDataStructureMbrSet;
+
+class DvnConvCoreDbFe {
+public:
+    // Result levels, as the stores have them.
+    enum Level { LevelOk = 0, LevelWarning = 4, LevelError = 8, LevelFatal = 12 };
+
+    // data null: core data of the object's own, deleted with it; otherwise
+    // the caller's, never deleted.
+    DvnConvCoreDbFe(CDatabase* db, DvnfTRXData* data);
+    virtual ~DvnConvCoreDbFe();
+    DvnConvCoreDbFe(const DvnConvCoreDbFe&) = delete;
+    DvnConvCoreDbFe& operator=(const DvnConvCoreDbFe&) = delete;
+
+    // Put in front of every table name; the facade sets it before any load.
+    void SetTablePrefix(CString prefix) { m_strTablePrefix = prefix; }
+    CString GetTablePrefix() { return m_strTablePrefix; }
+    DvnfTRXData* CoreData() const { return m_pCoreData; }
+
+    // The entity state of a row mark (CHECKED_OUT): 1 and 3 changed, 2 and 5
+    // new, 4 deleted (a tombstone), anything else unchanged.
+    static DvnfObject::State_t GetState(int rowMark);
+
+    // The stored forms undone, into the attribute group given.
+    // "Red", "Green", "Blue" from the nine digits RRRGGGBBB.
+    void GetColor(long value, DvnfAttributeData target);
+    // "Name"; "Size" unless -1; "Style" when 1 or 2; "Descriptor" unless empty.
+    void GetFontSetting(CString const& name, long size, long style, CString const& descriptor,
+                        DvnfAttributeData target);
+    // "Type" 0 (none), 1 (unlimited) or 2 with "Seconds".
+    void GetTimePeriod(long value, DvnfAttributeData target);
+    // "AnyTime", "Every", "On", "AtHours", "AtMinutes" from the stored text.
+    void GetTimeEvent(CString& text, DvnfAttributeData target);
+
+    // ---- process categories (processmodel/category.cpp)
+    // Every category (id empty) or the one of that key.
+    void Categories(DvnString const& id);
+    // Fills a category that the core model holds by key; 0 also when no live
+    // row has that key (the entity stays as it is), 8 on a database failure.
+    int CategoryToCore(DvnfEntity& category);
+
+    // ---- data structures (processmodel/datastructure.cpp)
+    void DataStructures(DvnString const& id);
+    // Fills a structure that the core model holds as a skeleton, by name when
+    // it has a name and no state, otherwise by key; 8 when no live row is found.
+    int DsToCore(DvnfEntity& structure);
+
+protected:
+    // ================================================================ frame
+    // What a load of a whole kind needs to know of its table: the read of a
+    // table, the "already loaded" test, the messages and the entity from the
+    // row. Set is the recordset class; its key and name come through the two
+    // functions (a key need not be a text column).
+    template <class Set>
+    struct Kind {
+        const char* typeName;    // entity type, "Category"
+        const char* table;       // "CATEGORY", without prefix
+        const char* keyColumn;   // "CATID"
+        const char* plural;      // in the count trace: "Number of Categories found:"
+        long progress;           // message for each row, the name as argument
+        long notFound;           // message when a key was asked for and no row came
+        bool lookFirst;          // pass over a row whose object is loaded already
+        CString (*key)(const Set& row);
+        CString (*name)(const Set& row);
+        // Sets the state and the attributes of the entity made from the row.
+        int (DvnConvCoreDbFe::*fill)(Set& row, DvnfEntity& entity);
+        bool quoteKey = true;    // the key is compared as a text literal
+    };
+
+    // Every row of the kind (id empty) or the row of that key, each made an
+    // entity of the core data and filled. A database exception goes up.
+    template <class Set>
+    void LoadKind(const Kind<Set>& kind, const DvnString& id);
+
+    // Opens rs read-only on the statement and calls onRow for each row; the
+    // number of rows. A database exception goes up (rs closes itself).
+    template <class Set, class OnRow>
+    long ReadRows(Set& rs, const CString& statement, OnRow onRow);
+
+    // "SELECT * FROM " + prefix + table, and " WHERE [KEY] ='key'" when a key
+    // is given (without quotes when quoted is false).
+    CString SelectFrom(const char* table, const char* keyColumn = nullptr, const CString& key = CString(),
+                       bool quoted = true) const;
+    CString Table(const char* table) const { return m_strTablePrefix + table; }
+    // The live row (no tombstone) whose column equals the literal, which the
+    // caller quotes: "SELECT * FROM " + prefix + table + " WHERE [COLUMN] = "
+    // + literal + " AND CHECKED_OUT <> 4".
+    CString SelectLive(const char* table, const char* column, const CString& literal) const;
+    // A key or name as an SQL string literal, a quote inside doubled.
+    static CString Literal(const DvnString& text) { return ReturnQuotedString(text, "'", "'").c_str(); }
+
+    // True when the core data holds the entity of that key in a state above
+    // 1: it was loaded in this run, and the row is passed over.
+    bool AlreadyLoaded(const char* typeName, const CString& key);
+
+    // Sets the entity's state from the row mark when the entity is valid.
+    // False for a tombstone: the row ends there and the entity stays bare.
+    bool TakeState(DvnfEntity& entity, int rowMark);
+    // For an entity without a row mark of its own (activities, sources,
+    // sinks, connectors, containers): the state of the process or block that
+    // holds it, when the entity is valid.
+    void TakeParentState(DvnfEntity& entity, const DvnfEntity& parent);
+
+    // The null rule: a column is copied only when it is not NULL.
+    void CopyText(const CRecordset& row, const CString& member, DvnfAttributeData target);
+    void CopyLong(const CRecordset& row, const long& member, DvnfAttributeData target);
+    void CopyLong(const CRecordset& row, const int& member, DvnfAttributeData target);
+    // "Description" and "Documentation", each unless NULL.
+    void CopyTexts(const CRecordset& row, const CString& description, const CString& documentation,
+                   DvnfAttributeData target);
+    // A flag column: true when not 0, nothing when NULL.
+    void CopyFlag(const CRecordset& row, const long& member, DvnfAttributeData target);
+    void CopyFlag(const CRecordset& row, const int& member, DvnfAttributeData target);
+
+    // A reference column as a link: by key, or by name where the column holds
+    // a name; the target need not exist yet (a skeleton stands for it). A
+    // NULL or empty column makes no link. True when a link was made.
+    bool LinkByOID(DvnfEntity& entity, const char* linkName, const char* targetType, const CRecordset& row,
+                   const CString& member);
+    bool LinkByName(DvnfEntity& entity, const char* linkName, const char* targetType, const CRecordset& row,
+                    const CString& member);
+
+    // Messages to the handler of the core data.
+    void Report(long number, const DvnString& a1 = DvnString(), const DvnString& a2 = DvnString(),
+                const DvnString& a3 = DvnString(), const DvnString& a4 = DvnString(),
+                const DvnString& a5 = DvnString(), const DvnString& a6 = DvnString(),
+                const DvnString& a7 = DvnString());
+    // A caught database exception, traced at level 1, category 2, as
+    // context, return code, "Error: ", text, "State: ", origin (detail, when
+    // given, after the context), and deleted.
+    void TraceDbException(const char* context, CDBException* e, const char* detail = nullptr);
+    // The same after message 51368 with the driver's text; gives 8.
+    int ReportDbException(const char* context, CDBException* e, const char* detail = nullptr);
+
+    // ================================================================ loads
+    // ---- categories
+    int Category(DvnCategorySet& row, DvnfEntity& category);
+    static const Kind<DvnCategorySet> CategoryKind;
+
+    // ---- data structures
+    int DataStructure(DvnDataStructureSet& row, DvnfEntity& structure);
+    // The members of a structure, in their stored order.
+    void DataStructureMember(CString dsid, DvnfEntity* structure);
+    void SubStructure(DvnDataStructureMbrSet& row, DvnfAttributeData member, DvnfEntity& object);
+    static const Kind<DvnDataStructureSet> DataStructureKind;
+
+    DvnfTRXData* m_pCoreData;
+    bool m_bCallerData;
+    CDatabase* m_pDatabase;
+    CString m_strTablePrefix;
+};
+
+// ------------------------------------------------------------ templates
+
+template <class Set, class OnRow>
+long DvnConvCoreDbFe::ReadRows(Set& rs, const CString& statement, OnRow onRow) {
+    rs.Open(CRecordset::snapshot, statement, CRecordset::readOnly);
+    if (rs.IsEOF()) {
+        rs.Close();
+        return 0;
+    }
+    long count = 0;
+    for (rs.MoveFirst(); !rs.IsEOF(); rs.MoveNext()) {
+        ++count;
+        onRow(rs);
+    }
+    rs.Close();
+    return count;
+}
+
+template <class Set>
+void DvnConvCoreDbFe::LoadKind(const Kind<Set>& kind, const DvnString& id) {
+    Set rs(m_pDatabase);
+    const CString statement = id.IsNull() || id.str().empty()
+                                  ? SelectFrom(kind.table)
+                                  : SelectFrom(kind.table, kind.keyColumn, CString(id.c_str()), kind.quoteKey);
+    const long count = ReadRows(rs, statement, [&](Set& row) {
+        const CString key = kind.key(row);
+        if (kind.lookFirst && AlreadyLoaded(kind.typeName, key)) return;
+        const CString name = kind.name(row);
+        Report(kind.progress, DvnString(name.c_str()));
+        DvnfEntity& entity =
+            m_pCoreData->CreateEntity(DvnfString(kind.typeName), DvnfString(key.c_str()), DvnfString(name.c_str()));
+        (this->*kind.fill)(row, entity);
+    });
+    DVN_TRACE(3, 1, "Number of " << kind.plural << " found: " << count);
+    if (count == 0 && !id.IsNull() && !id.str().empty()) Report(kind.notFound, id);
+}

@@ -1,0 +1,43 @@
+// One run of the front end on core data of the test's own, whose messages
+// are collected, over a repository of the test.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "backendrun.h"
+#include "dvnbdbfe.h"
+
+// The protected parts of the frame, for the tests.
+class TestableFe : public DvnConvCoreDbFe {
+public:
+    using DvnConvCoreDbFe::DvnConvCoreDbFe;
+    using DvnConvCoreDbFe::DataStructureMember;
+    using DvnConvCoreDbFe::TakeParentState;
+    using DvnConvCoreDbFe::TakeState;
+};
+
+struct LoadRun {
+    DvnfCollectingMessageHandler handler;
+    DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
+    TestableFe fe;
+
+    explicit LoadRun(CDatabase& db) : fe(&db, &data) { fe.SetTablePrefix("DVBT."); }
+    std::vector<std::string> Messages() const { return MessageLines(handler); }
+    DvnfEntity& Get(const char* type, const char* oid) {
+        return data.GetEntityByOID(DvnfString(type), DvnfString(oid), false);
+    }
+    size_t Count(const char* type) { return data.GetEntities(DvnfString(type)).size(); }
+};
+
+// The attributes of a group that are defined, as "Name=value" joined by ' '.
+inline std::string Defined(const DvnfAttributeDataReader& group, std::initializer_list<const char*> names) {
+    std::string out;
+    for (const char* name : names) {
+        auto value = group(name);
+        if (!value.IsDefined()) continue;
+        if (!out.empty()) out += ' ';
+        out += std::string(name) + "=" + value.Value().str();
+    }
+    return out;
+}

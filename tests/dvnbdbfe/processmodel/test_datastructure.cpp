@@ -1,0 +1,136 @@
+// Load of data structures: members in their stored order with their kinds,
+// sub-structures by key, a structure met twice, tombstones, and the fill of
+// a skeleton by name or by key.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "../loadrun.h"
+#include "odbccall.h"
+#include "testenv.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class DataStructureLoad : public RepositoryTest {
+protected:
+    // Order's members are inserted out of their order; Gone is a tombstone
+    // whose member rows stayed.
+    void Rows() {
+        ExecAll(Db(), {"INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT, DESCRIPTION) VALUES "
+                       "('S1', 'Order', 0, 'an order'), ('S2', 'Address', 3, NULL), ('S3', 'Gone', 4, 'x')",
+                       "INSERT INTO DVBT.DATA_STRUCTURE_MBR (MEMBER, DSID, SEQUENCE_NO, TYPE_DS, DATA_TYPE, "
+                       "ARRAY_SIZE, LENGTH, DESCRIPTION, DOCUMENTATION) VALUES "
+                       "('Lines', 'S1', 4, NULL, 6, 20, 8, 'the lines', NULL), "
+                       "('Number', 'S1', 1, NULL, 5, NULL, 4, NULL, 'docs'), "
+                       "('ShipTo', 'S1', 3, 'S2', 7, NULL, NULL, NULL, NULL), "
+                       "('Note', 'S1', 2, NULL, 1, NULL, NULL, NULL, NULL), "
+                       "('Ghost', 'S1', 5, 'NOWHERE', 7, 2, NULL, NULL, NULL), "
+                       "('Flag', 'S1', 6, NULL, 3, NULL, NULL, NULL, NULL), "
+                       "('Odd', 'S1', 7, NULL, 9, NULL, NULL, NULL, NULL), "
+                       "('Street', 'S2', 1, NULL, 1, NULL, NULL, NULL, NULL), "
+                       "('Left', 'S3', 1, NULL, 1, NULL, NULL, NULL, NULL)"});
+    }
+    // Each member as name|attributes|sub-structure link target.
+    static Lines Members(const DvnfEntity& structure) {
+        Lines out;
+        DvnfDataSetIterator members = structure.AttributeData()("Members").ElementsOfSet();
+        for (DvnfAttributeDataReader m = members.First(); m.IsValid(); m = members.Next()) {
+            const DvnfEntity& object = m.AsEntity();
+            std::string line = object.Name().str() + "|" +
+                               Defined(m, {"Name", "Type", "Cardinality", "Description", "Documentation"});
+            const DvnfLink& sub = object.FirstLinkOfType("HasSubStructure");
+            if (sub.IsValid()) line += "|" + sub.Target().OID().str() + "=" + sub.Target().Name().str();
+            out.push_back(line);
+        }
+        return out;
+    }
+    const Lines kOrder = {
+        "Number|Name=Number Type=1 Documentation=docs",
+        "Note|Name=Note Type=0",
+        "ShipTo|Name=ShipTo Type=4|S2=Address",
+        "Lines|Name=Lines Type=2 Cardinality=20 Description=the lines",
+        "Ghost|Name=Ghost Cardinality=2",  // its structure is not there: no "Type"
+        "Flag|Name=Flag Type=3",
+        "Odd|Name=Odd Type=0",
+    };
+};
+
+TEST_P(DataStructureLoad, MembersComeInTheirStoredOrderWithTheirKindsAndSubStructures) {
+    Rows();
+    LoadRun run(Db());
+    run.fe.DataStructures(DvnString(""));
+    Lines messages = run.Messages();
+    std::sort(messages.begin(), messages.end());
+    EXPECT_EQ(messages, (Lines{"51515|Address", "51515|Default Data Structure", "51515|Gone", "51515|Order"}));
+
+    const DvnfEntity& order = run.Get("DataStructure", "S1");
+    EXPECT_EQ(order.State(), DvnfObject::StateUnchanged);
+    EXPECT_EQ(Defined(order.AttributeData(), {"Description", "Documentation"}), "Description=an order");
+    EXPECT_EQ(Members(order), kOrder);
+    EXPECT_EQ(run.Get("DataStructure", "S2").State(), DvnfObject::StateChanged);
+    EXPECT_EQ(Members(run.Get("DataStructure", "S2")), Lines{"Street|Name=Street Type=0"});
+    // A tombstone is bare, though its member rows stayed.
+    const DvnfEntity& gone = run.Get("DataStructure", "S3");
+    EXPECT_EQ(gone.State(), DvnfObject::StateDeleted);
+    EXPECT_FALSE(gone.AttributeData()("Members").IsDefined());
+    EXPECT_FALSE(gone.AttributeData()("Description").IsDefined());
+
+    // Met again, by key or with all: no member twice, no second entity.
+    run.fe.DataStructures(DvnString("S1"));
+    run.fe.DataStructures(DvnString(""));
+    EXPECT_EQ(Members(order), kOrder);
+    EXPECT_EQ(run.Count("DataStructure"), 4u);
+    run.fe.DataStructures(DvnString("NOPE"));
+    EXPECT_EQ(run.Messages().back(), "51551|NOPE");
+}
+
+TEST_P(DataStructureLoad, ASkeletonIsFilledByNameOrByKeyAndATombstoneOrNoRowGivesEight) {
+    Rows();
+    LoadRun run(Db());
+    // By name: the skeleton takes the key of the row.
+    DvnfEntity& byName = run.data.GetEntityByName(DvnfString("DataStructure"), DvnfString("Order"), true);
+    EXPECT_EQ(run.fe.DsToCore(byName), 0);
+    EXPECT_EQ(byName.OID().str(), "S1");
+    EXPECT_EQ(byName.State(), DvnfObject::StateUnchanged);
+    EXPECT_EQ(Members(byName), kOrder);
+    // The sub-structure it names is a skeleton with its name, filled by key.
+    DvnfEntity& address = run.Get("DataStructure", "S2");
+    EXPECT_EQ(address.State(), DvnfObject::StateNone);
+    EXPECT_EQ(address.Name().str(), "Address");
+    EXPECT_EQ(run.fe.DsToCore(address), 0);
+    EXPECT_EQ(Members(address), Lines{"Street|Name=Street Type=0"});
+    // Once loaded it is read again by its key, and holds each member once.
+    DvnfEntity& again = run.data.GetEntityByName(DvnfString("DataStructure"), DvnfString("Order"), false);
+    EXPECT_EQ(&again, &byName);
+    EXPECT_EQ(run.fe.DsToCore(again), 0);
+    EXPECT_EQ(Members(byName), kOrder);
+
+    for (const char* name : {"Gone", "Nothing"}) {
+        DvnfEntity& skeleton = run.data.GetEntityByName(DvnfString("DataStructure"), DvnfString(name), true);
+        EXPECT_EQ(run.fe.DsToCore(skeleton), 8) << name;
+        EXPECT_EQ(skeleton.State(), DvnfObject::StateNone) << name;
+    }
+    DvnfEntity& byKey = run.data.GetEntityByOID(DvnfString("DataStructure"), DvnfString("S3"), true);
+    EXPECT_EQ(run.fe.DsToCore(byKey), 8);
+    EXPECT_EQ(run.Messages(), Lines{});
+}
+
+TEST_P(DataStructureLoad, AFailedReadOfTheMembersIsTracedAndEndsThem) {
+    Rows();
+    TraceCapture trace;
+    LoadRun run(Db());
+    DvnfEntity& order = run.data.CreateEntity(DvnfString("DataStructure"), DvnfString("S1"), DvnfString("Order"));
+    DvnOdbcFaults::Reset();
+    DvnOdbcFaults::FailCall(1, "08S01");
+    run.fe.DataStructureMember("S1", &order);
+    EXPECT_TRUE(DvnOdbcFaults::Fired());
+    DvnOdbcFaults::Reset();
+    EXPECT_EQ(Members(order), Lines{});
+    EXPECT_NE(trace.Text().find("Exception In DataStructureMember: rc = -1"), std::string::npos);
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(DataStructureLoad);
+
+}  // namespace

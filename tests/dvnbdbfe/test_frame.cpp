@@ -1,0 +1,156 @@
+// The frame of the loads: row marks to states, the stored forms undone
+// (colours, fonts, periods, time events) and who owns the core data.
+#include <gtest/gtest.h>
+
+#include "loadrun.h"
+#include "storedforms.h"
+
+namespace {
+
+// A scratch group to convert into.
+struct Scratch {
+    DvnfTRXData data{DvnfTRXTypes::_instance, nullptr};
+    DvnConvCoreDbFe fe{nullptr, &data};
+    DvnfEntity& entity = data.CreateEntity(DvnfString("Category"), DvnfString(""), DvnfString("scratch"));
+    DvnfAttributeData Group(const char* name) { return entity.AttributeData()(name); }
+    std::string Read(const char* name, std::initializer_list<const char*> names) {
+        return Defined(static_cast<const DvnfEntity&>(entity).AttributeData()(name), names);
+    }
+};
+
+TEST(LoadFrame, RowMarksBecomeStates) {
+    const std::pair<int, DvnfObject::State_t> cases[] = {
+        {0, 3}, {1, 4}, {2, 2}, {3, 4}, {4, 1}, {5, 2}, {9, 3}, {6, 3}, {-1, 3},
+    };
+    DvnfTRXData data;
+    TestableFe fe(nullptr, &data);
+    for (const auto& [mark, state] : cases) {
+        EXPECT_EQ(DvnConvCoreDbFe::GetState(mark), state) << "mark " << mark;
+        // An entity made from a row takes it, and only a tombstone ends the row.
+        DvnfEntity& entity = data.CreateEntity(DvnfString("Process"), DvnfString(""), DvnfString("P"));
+        EXPECT_EQ(fe.TakeState(entity, mark), state != DvnfObject::StateDeleted);
+        EXPECT_EQ(entity.State(), state);
+        // What a process holds has its state.
+        DvnfEntity& activity = data.CreateProgramActivityByOID(entity.AttributeData()("Diagram"), DvnfString(""));
+        fe.TakeParentState(activity, entity);
+        EXPECT_EQ(activity.State(), state);
+    }
+    // The undefined entity keeps its state and the row goes on.
+    EXPECT_TRUE(fe.TakeState(DvnfEntity::undefined, 4));
+    EXPECT_EQ(DvnfEntity::undefined.State(), 0);
+}
+
+TEST(LoadFrame, ColoursComeBackFromTheirNineDigits) {
+    const struct {
+        long value;
+        const char* parts;
+    } cases[] = {
+        {255000128, "Red=255 Green=0 Blue=128"},
+        {0, "Red=0 Green=0 Blue=0"},
+        {255, "Red=0 Green=0 Blue=255"},  // below 1000: still nine digits
+        {1002003, "Red=1 Green=2 Blue=3"},
+    };
+    Scratch s;
+    for (const auto& c : cases) {
+        s.fe.GetColor(c.value, s.Group("Color"));
+        EXPECT_EQ(s.Read("Color", {"Red", "Green", "Blue"}), c.parts) << c.value;
+    }
+    // Every colour the store packs comes back.
+    for (long red : {0L, 7L, 255L, 999L})
+        for (long blue : {0L, 99L, 128L}) {
+            const auto parts = DvnStored::UnpackedColor(DvnStored::PackedColor(red, 40, blue));
+            EXPECT_EQ(std::make_tuple(parts.red, parts.green, parts.blue), std::make_tuple(red, 40L, blue));
+        }
+}
+
+TEST(LoadFrame, AFontSetsOnlyWhatItsColumnsHold) {
+    const struct {
+        long size, style;
+        const char* descriptor;
+        const char* expected;
+    } cases[] = {
+        {-1, -1, "", "Name=Arial"},  // size and style NULL
+        {10, 1, "bold", "Name=Arial Size=10 Style=1 Descriptor=bold"},
+        {0, 2, "", "Name=Arial Size=0 Style=2"},
+        {12, 3, "", "Name=Arial Size=12"},  // a style other than 1 and 2 is not set
+    };
+    for (const auto& c : cases) {
+        Scratch s;
+        s.fe.GetFontSetting("Arial", c.size, c.style, c.descriptor, s.Group("Font"));
+        EXPECT_EQ(s.Read("Font", {"Name", "Size", "Style", "Descriptor"}), c.expected) << c.size << "/" << c.style;
+    }
+}
+
+TEST(LoadFrame, PeriodsComeBackAsSeconds) {
+    const std::pair<long, const char*> cases[] = {
+        {0, "Type=0"}, {999999999, "Type=1"}, {3600, "Type=2 Seconds=3600"},
+    };
+    for (const auto& [value, expected] : cases) {
+        Scratch s;
+        s.fe.GetTimePeriod(value, s.Group("Period"));
+        EXPECT_EQ(s.Read("Period", {"Type", "Seconds"}), expected) << value;
+    }
+}
+
+TEST(LoadFrame, TimeEventsAreReadWordByWord) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"EVERY MONTH ON FRIDAY AT 9.30", "AnyTime=false Every=2 On=5 AtHours=9 AtMinutes=30"},
+        {" AT 7.05", "AnyTime=false AtHours=7 AtMinutes=5"},
+        {"AT 30", "AnyTime=false"},  // two characters are too few for a time
+        {"AT 12:15", "AnyTime=false AtHours=12 AtMinutes=15"},
+        {"EVERY DAY", "AnyTime=false Every=1"},
+        {"EVERY WEEK ON SUNDAY", "AnyTime=false Every=3 On=7"},
+        {"EVERY YEAR AT 23.5", "AnyTime=false Every=4 AtHours=23"},  // one digit left: no minutes
+        {"ANYTIME", "AnyTime=true"},
+        {"", ""},
+        {"SOMETIMES", ""},
+        // The store's text for a weekday without a period: no word after
+        // "EVERY" is a period, and "ON" is not at the front.
+        {"EVERY WEDNESDAY", ""},
+    };
+    const std::initializer_list<const char*> names = {"AnyTime", "Every", "On", "AtHours", "AtMinutes"};
+    for (const auto& [text, expected] : cases) {
+        Scratch s;
+        CString stored(text);
+        s.fe.GetTimeEvent(stored, s.Group("Event"));
+        EXPECT_EQ(s.Read("Event", names), expected) << '"' << text << '"';
+    }
+    // "ANYTIME" removes what was there.
+    Scratch s;
+    DvnfAttributeData event = s.Group("Event");
+    event("Every") = 2L;
+    event("AtHours") = 8L;
+    CString anytime("ANYTIME");
+    s.fe.GetTimeEvent(anytime, event);
+    EXPECT_EQ(s.Read("Event", names), "AnyTime=true");
+    // What the store writes comes back.
+    for (long every : {1L, 2L, 3L, 4L})
+        for (long on : {1L, 7L}) {
+            Scratch r;
+            CString text(DvnStored::TimeEvent(every, on, 14, 5));
+            r.fe.GetTimeEvent(text, r.Group("Event"));
+            EXPECT_EQ(r.Read("Event", names), "AnyTime=false Every=" + std::to_string(every) +
+                                                  " On=" + std::to_string(on) + " AtHours=14 AtMinutes=5")
+                << text;
+        }
+}
+
+TEST(LoadFrame, OwnCoreDataDiesWithTheObjectAndTheCallersStays) {
+    DvnfTRXData data;
+    {
+        DvnConvCoreDbFe fe(nullptr, &data);
+        EXPECT_EQ(fe.CoreData(), &data);
+        EXPECT_EQ(fe.GetTablePrefix(), "");
+        fe.SetTablePrefix("DVBT.");
+        EXPECT_EQ(fe.GetTablePrefix(), "DVBT.");
+    }
+    data.CreateEntity(DvnfString("Category"), DvnfString(""), DvnfString("still here"));
+    EXPECT_EQ(data.GetEntities(DvnfString("Category")).size(), 1u);
+    // Its own core data is made with a handler and freed (the sanitizer run
+    // would find a leak).
+    DvnConvCoreDbFe own(nullptr, nullptr);
+    ASSERT_NE(own.CoreData(), nullptr);
+    EXPECT_NE(own.CoreData()->MessageHandler(), nullptr);
+}
+
+}  // namespace
