@@ -29,16 +29,9 @@
 
 namespace {
 
-double Seconds(const std::function<void()>& run) {
-    auto start = std::chrono::steady_clock::now();
-    run();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-struct Discard : std::streambuf {
-    int overflow(int c) override { return c; }
-    std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
-};
+using bench::Discard;
+using bench::QueryCount;
+using bench::Seconds;
 
 std::string WritePrograms(int n) {
     const std::string path = (std::filesystem::temp_directory_path() /
@@ -58,18 +51,6 @@ std::string WritePrograms(int n) {
             << "  NK2 { Type = 1; PathAndFilename = \"" << name << ".cmd\"; Autoclose = false; }\n}\n";
     }
     return path;
-}
-
-long QueryCount(CDatabase& db, const std::string& sql) {
-    SQLHSTMT stmt = SQL_NULL_HSTMT;
-    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &stmt);
-    std::string text = sql;
-    bench::Check(SQLExecDirect(stmt, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), SQL_HANDLE_STMT, stmt);
-    SQLBIGINT value = 0;
-    SQLLEN indicator = 0;
-    if (SQLFetch(stmt) == SQL_SUCCESS) SQLGetData(stmt, 1, SQL_C_SBIGINT, &value, 0, &indicator);
-    SQLFreeHandle(SQL_HANDLE_STMT, stmt);
-    return static_cast<long>(value);
 }
 
 // The rows of programs as they stand in the tables now.
