@@ -89,7 +89,9 @@ void DvnConvCoreDbFe::GetProgramSetting(DvnfAttributeData attributes, CString pr
     }
     auto read = [&](auto& rs, auto reader) {
         rs.m_strFilter = CString("PROGRAM_ID = ") + Literal(DvnString(programId.c_str()));
-        ReadRows(rs, Table(platform->table), [&](auto& row) { (this->*reader)(target, &row, platform->number); });
+        const long count =
+            ReadRows(rs, Table(platform->table), [&](auto& row) { (this->*reader)(target, &row, platform->number); });
+        if (count == 0) attributes.Reset(platform->group);  // not even an empty group
     };
     switch (platform->reader) {
         case Reader::W: {

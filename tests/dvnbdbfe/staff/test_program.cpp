@@ -83,6 +83,8 @@ Program "Bare" { WINNT { Type = 2; PathAndFilename = "b.exe"; } }
     // with its extras neutral; an unknown user is traced.
     DvnfEntity& bare = ByName(run, "Bare");
     EXPECT_EQ(Groups(bare), (Lines{"WINNT|Type=2 PathAndFilename=b.exe Style=0 Foreground=false"}));
+    for (const char* absent : {"WIN95", "NK2", "KRX", "HPUX", "Solaris", "TR880"})
+        EXPECT_FALSE(bare.AttributeData()(absent).IsValid()) << absent;
     EXPECT_FALSE(bare.AttributeData()("ExecutionUser").IsValid());
     EXPECT_NE(trace.Text().find("Error in ProgramSetting: Unknown EXECUTION_USER"), std::string::npos);
     // Both have the default structure.
