@@ -65,11 +65,9 @@
 
 namespace {
 
-double Seconds(const std::function<void()>& run) {
-    auto start = std::chrono::steady_clock::now();
-    run();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
+using bench::Discard;
+using bench::QueryCount;
+using bench::Seconds;
 
 // A file to import: its objects, the rows they become, and how many rows
 // the store writes in one transaction.
@@ -106,12 +104,6 @@ bool ResetPeakMemory() {
     out.close();
     return static_cast<bool>(out);
 }
-
-// A stream buffer that drops what is written to it.
-struct Discard : std::streambuf {
-    int overflow(int c) override { return c; }
-    std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
-};
 
 // What one import measured, for the summary lines.
 struct Result {
@@ -302,19 +294,6 @@ Workload Kinds(int n) {
     }
     DvnTRXWriter(data).WriteFile(w.path.c_str());
     return w;
-}
-
-// A single number the query gives (its first column of its first row).
-long QueryCount(CDatabase& db, const std::string& sql) {
-    SQLHSTMT stmt = SQL_NULL_HSTMT;
-    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &stmt);
-    std::string text = sql;
-    bench::Check(SQLExecDirect(stmt, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), SQL_HANDLE_STMT, stmt);
-    SQLBIGINT value = 0;
-    SQLLEN indicator = 0;
-    if (SQLFetch(stmt) == SQL_SUCCESS) SQLGetData(stmt, 1, SQL_C_SBIGINT, &value, 0, &indicator);
-    SQLFreeHandle(SQL_HANDLE_STMT, stmt);
-    return static_cast<long>(value);
 }
 
 // The rows a process import writes, as they stand in the tables now.

@@ -7,9 +7,11 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <streambuf>
 #include <string>
 
 #include "dvnbdbif.h"
@@ -87,6 +89,33 @@ inline void RawInsertInBatches(CDatabase& db, int n, int perTransaction, bool lo
 // with commitEach, each row is a transaction of its own.
 inline void RawInsert(CDatabase& db, int n, bool commitEach, bool lookup) {
     RawInsertInBatches(db, n, commitEach || n < 1 ? 1 : n, lookup);
+}
+
+// Wall-clock seconds of run.
+inline double Seconds(const std::function<void()>& run) {
+    auto start = std::chrono::steady_clock::now();
+    run();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// A stream buffer that drops what is written to it: progress lines and
+// messages go nowhere while the clock runs.
+struct Discard : std::streambuf {
+    int overflow(int c) override { return c; }
+    std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
+};
+
+// A single number the query gives (its first column of its first row).
+inline long QueryCount(CDatabase& db, const std::string& sql) {
+    SQLHSTMT stmt = SQL_NULL_HSTMT;
+    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &stmt);
+    std::string text = sql;
+    Check(SQLExecDirect(stmt, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), SQL_HANDLE_STMT, stmt);
+    SQLBIGINT value = 0;
+    SQLLEN indicator = 0;
+    if (SQLFetch(stmt) == SQL_SUCCESS) SQLGetData(stmt, 1, SQL_C_SBIGINT, &value, 0, &indicator);
+    SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+    return static_cast<long>(value);
 }
 
 // Runs work on a fresh SQLite file and, when $DVNBT_TEST_PG_DSN is set, on a

@@ -56,6 +56,13 @@ class DvnListSet;
 class DvnWListSet;
 class DvnToolDefaultSet;
 class DvnToolIconSet;
+// programs
+class DvnProgramSet;
+class DvnPlatformSet;
+class DvnWPlatformSet;
+class DvnOPlatformSet;
+class DvnXPlatformSet;
+class DvnExternalService;
 
 class DvnConvCoreDbBe {
 public:
@@ -151,6 +158,36 @@ public:
     int SaveDataStructureMbr(CDatabase& db, const DvnfAttributeDataReader& member, const CString& key, long sequence);
     int ReadDataStructureMbrAttributes(CDatabase& db, const DvnfAttributeDataReader& member,
                                        DvnDataStructureMbrSet& row, const CString& key, long sequence);
+
+    // ---- programs (staff/program.cpp): the row of PROGRAM, then its rows
+    // per platform and its external services, written at once.
+    // The platform rows and services of a written row (the row's first-pass
+    // mark 9 ends here; an older row has its rows cleared and rewritten).
+    int SaveProgram2(CDatabase& db, const DvnfAttributeDataReader& attributes, const CString& programId);
+    int ReadProgramAttributes(CDatabase& db, DvnfEntity& entity, const DvnfAttributeDataReader& attributes,
+                              DvnProgramSet& row, bool isNew);
+    // One group ("WINNT", ...) into its table; 8 when it is not written.
+    int SavePlatformSettings(CDatabase& db, const DvnfAttributeDataReader& group, const CString& programId,
+                             const CString& table);
+    int ReadPlatformSettings(CDatabase& db, const DvnfAttributeDataReader& group, DvnPlatformSet& row,
+                             const CString& programId);
+    int ReadOPlatformSettings(CDatabase& db, const DvnfAttributeDataReader& group, DvnOPlatformSet& row,
+                              const CString& programId);
+    int ReadWPlatformSettings(CDatabase& db, const DvnfAttributeDataReader& group, DvnWPlatformSet& row,
+                              const CString& programId);
+    int ReadXPlatformSettings(CDatabase& db, const DvnfAttributeDataReader& group, DvnXPlatformSet& row,
+                              const CString& programId);
+    // "External" of a group into EXTERNAL_SERVICE under its platform number.
+    int SaveExternalServices(CDatabase& db, const DvnfAttributeDataReader& external, const CString& programId,
+                             int platform);
+    int ReadExternalServices(CDatabase& db, const DvnfAttributeDataReader& external, DvnExternalService& row,
+                             const CString& programId, int platform);
+    // All rows of the program in one table (one statement each).
+    int DeletePlatformSettings(CDatabase& db, const CString& programId, const CString& table);
+    int DeleteWPlatformSettings(CDatabase& db, const CString& programId, const CString& table);
+    int DeleteXPlatformSettings(CDatabase& db, const CString& programId, const CString& table);
+    int DeleteOPlatformSettings(CDatabase& db, const CString& programId);
+    int DeleteExternalService(CDatabase& db, const CString& programId);
 
     // ==== processes: the row, its containers, its diagram of activities with
     // their attributes and staff assignment (processmodel/process.cpp,
@@ -479,6 +516,13 @@ protected:
     // The icons of a written tool set, and those of one deleted for good.
     int SaveToolSetIcons(CDatabase& db, DvnfEntity& entity);
     int DeleteToolSetIcons(CDatabase& db, const CString& toolSet);
+    // programs
+    static const Family<DvnProgramSet> ProgramFamily;
+    // The refusal before a program is deleted: 0, or 4 after 51243 when an
+    // activity runs it or has it as a support tool.
+    int ProgramInUse(CDatabase& db, DvnfEntity& entity, const CString& key);
+    // Every platform row and service of the program.
+    int DeleteProgramRows(CDatabase& db, const CString& programId);
 
     // The message handler of the core data; unused arguments stay null.
     void Report(long number, const DvnString& a1 = DvnString(), const DvnString& a2 = DvnString(),
@@ -489,6 +533,9 @@ protected:
     // exception's text, the trace "Exception <action> table <table>: rc =...",
     // the exception freed, the recordset closed when it is open. Gives 8.
     int ReportDbException(CDBException* e, const char* action, const char* table, CRecordset* rs = nullptr);
+    // An icon name into its column: at most 8 characters; a longer one is
+    // 51118 with the text, null, and 4. Not defined: the column is not touched.
+    int StoreIcon(CRecordset& row, CString& member, const DvnfAttributeDataReader& icon);
     // Prefix + bare table name.
     CString Table(const char* bareName) const { return m_strTablePrefix + bareName; }
     // The mark of a row that a save updates (families without a second

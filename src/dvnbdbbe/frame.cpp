@@ -7,6 +7,7 @@
 
 #include "dvnfffdn.h"
 #include "dvnprocsets.h"
+#include "storedforms.h"
 
 const DvnConvCoreDbBe::Right DvnConvCoreDbBe::ModelingRight = {51165, "No process modeling authorization"};
 const DvnConvCoreDbBe::Right DvnConvCoreDbBe::StaffRight = {51166, "No staff definition authorization"};
@@ -45,6 +46,18 @@ int DvnConvCoreDbBe::NotStoredYet(DvnfEntity& entity, const char* kind) {
     Report(51900, entity.Name(), DvnString(kind));
     DVN_TRACE(1, 2, kind << " " << entity.Name() << " cannot be stored yet");
     return LevelError;
+}
+
+int DvnConvCoreDbBe::StoreIcon(CRecordset& row, CString& member, const DvnfAttributeDataReader& icon) {
+    if (!icon.IsDefined()) return LevelOk;
+    const DvnString text = icon.AsString("");
+    if (text.Length() > 8) {
+        Report(51118, text);
+        row.SetFieldNull(&member);
+        return LevelWarning;
+    }
+    DvnStored::SetText(row, member, text.str());
+    return LevelOk;
 }
 
 int DvnConvCoreDbBe::MarkForUpdate(int current) const {

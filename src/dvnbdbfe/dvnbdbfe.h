@@ -38,6 +38,12 @@ struct Setting;
 class DvnListSet;
 class DvnWListSet;
 class DvnToolDefaultSet;
+// programs
+class DvnProgramSet;
+class DvnPlatformSet;
+class DvnWPlatformSet;
+class DvnOPlatformSet;
+class DvnXPlatformSet;
 
 class DvnConvCoreDbFe {
 public:
@@ -101,6 +107,13 @@ public:
     void GetListSettings(DvnListSet* row, DvnfEntity& list);
     // Every tool set (name empty) or the one of that name; each with a new key.
     void ToolSet(DvnString const& name);
+    // ---- programs (staff/program.cpp)
+    // Every program (id empty) or the one of that key, with its platform
+    // groups and services.
+    void Programs(DvnString const& id);
+    // Fills a program that the core model holds as a skeleton, by name when
+    // it has a name and no state, otherwise by key; 8 when no live row is found.
+    int ProgramToCore(DvnfEntity& program);
 
 protected:
     // ================================================================ frame
@@ -291,6 +304,21 @@ protected:
     static const Kind<DvnWListSet> WorkListKind;
     static const Kind<DvnListSet> OtherListKinds[3];
     static const Kind<DvnToolDefaultSet> ToolSetKind;
+    // ---- programs
+    int Program(DvnProgramSet& row, DvnfEntity& program);
+    // One platform by its code (0 KRX, 1 HPUX, 2 NK2, 3 WIN95, 4 WINNT,
+    // 5 TR880, 6 Solaris) into its group, read anew.
+    void GetProgramSetting(DvnfAttributeData attributes, CString programId, long code);
+    // The columns every platform table shares; false when the group is of
+    // the external type, which has nothing further.
+    bool GetGeneralSetting(DvnfAttributeData target, DvnPlatformSet* row, long platform);
+    void GetNK2_Setting(DvnfAttributeData target, DvnOPlatformSet* row, long platform);
+    void GetUNIX_Setting(DvnfAttributeData target, DvnXPlatformSet* row, long platform);
+    void GetWIN_Setting(DvnfAttributeData target, DvnWPlatformSet* row, long platform);
+    // "External" of the group from the service of that platform; true when
+    // there is one.
+    bool GetExternalServices(DvnfAttributeData target, CString const& programId, long platform);
+    static const Kind<DvnProgramSet> ProgramKind;
 
     DvnfTRXData* m_pCoreData;
     bool m_bCallerData;

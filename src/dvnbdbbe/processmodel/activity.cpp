@@ -269,17 +269,8 @@ long DvnConvCoreDbBe::ReadActivityInitAttributes(CDatabase& db, DvnfEntity& acti
     const DvnfAttributeDataReader start = attributes("Start");
     row.m_START_CONDITION = start.IsValid() && start("Condition").AsString("") == "AND" ? 2 : 1;
 
-    const DvnfAttributeDataReader icon = attributes("Icon");
     row.SetFieldNull(&row.m_USER_DEFINED_ICON);
-    if (icon.IsDefined()) {
-        const DvnString text = icon.AsString("");
-        if (text.Length() > 8) {
-            Report(51118, text);
-            level = std::max(level, static_cast<int>(LevelWarning));
-        } else {
-            DvnStored::SetText(row, row.m_USER_DEFINED_ICON, text.str());
-        }
-    }
+    level = std::max(level, StoreIcon(row, row.m_USER_DEFINED_ICON, attributes("Icon")));
     DvnStored::SetText(row, row.m_INSIDE_BLOCK, blockAid.str());
     return type;
 }

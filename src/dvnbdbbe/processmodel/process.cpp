@@ -559,17 +559,8 @@ int DvnConvCoreDbBe::ReadProcessInitAttributes(CDatabase& db, DvnfEntity& entity
     if (output.IsEmpty()) return LevelError;
     row.m_INPUT_DS = input;
     row.m_OUTPUT_DS = output;
-    const DvnfAttributeDataReader icon = static_cast<const DvnfEntity&>(entity).AttributeData()("Icon");
-    if (icon.IsDefined()) {
-        const DvnString text = icon.AsString("");
-        if (text.Length() > 8) {
-            Report(51118, text);
-            row.SetFieldNull(&row.m_USER_DEFINED_ICON);
-            level = std::max(level, static_cast<int>(LevelWarning));
-        } else {
-            DvnStored::SetText(row, row.m_USER_DEFINED_ICON, text.str());
-        }
-    }
+    level = std::max(level, StoreIcon(row, row.m_USER_DEFINED_ICON,
+                                      static_cast<const DvnfEntity&>(entity).AttributeData()("Icon")));
     row.m_CHECKED_OUT = mark;
     return level;
 }
