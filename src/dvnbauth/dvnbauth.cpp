@@ -300,3 +300,9 @@ void DvnBTAuthorization::SetUser(DvnMessageTarget& target, const DvnString& syst
     }
     CloseConnection(target, db);
 }
+
+void DvnBTAuthorization::GrantDefinitionRights() {
+    SetAuthForProcessModeling(true);
+    SetAuthForStaff(true);
+    SetAuthForTopology(true);
+}
