@@ -55,9 +55,20 @@ DvnfString DvnODBCReader::GetOID(DvnfEntity& entity) {
 
 DvnfExportFrontend::~DvnfExportFrontend() = default;
 
+// What one object read brings can name further objects (a structure's
+// sub-structures hold their own): the types are walked again until a walk
+// reads nothing new.
 void DvnfExportFrontend::ExportDeep(DvnfTRXData& data) {
-    for (const char* type : {"Process", "Category", "Program", "DataStructure"})
-        data.ReadAllEntities(DvnfString(type), *this);
+    const char* types[] = {"Process", "Category", "Program", "DataStructure"};
+    auto read = [&] {
+        long count = 0;
+        for (const char* type : types)
+            for (const auto& [name, object] : data.GetEntities(DvnfString(type)))
+                count += object->State() != DvnfObject::StateNone;
+        return count;
+    };
+    for (long before = -1, now = read(); now != before; before = now, now = read())
+        for (const char* type : types) data.ReadAllEntities(DvnfString(type), *this);
 }
 
 namespace {
@@ -74,7 +85,8 @@ CString FirstKey(CDatabase* db, const CString& statement, CString Set::*key) {
 }  // namespace
 
 void DvnfExportFrontend::ReadEntity(DvnfTRXData&, DvnfEntity& entity) {
-    if (!m_pFrontEnd || !entity.IsValid()) return;
+    // What was read already (in this export or by this walk) is not read again.
+    if (!m_pFrontEnd || !entity.IsValid() || entity.State() != DvnfObject::StateNone) return;
     CDatabase* db = m_pFrontEnd->Database();
     const CString from = CString("SELECT * FROM ") + m_pFrontEnd->GetTablePrefix();
     const CString oid = ReturnQuotedString(entity.OID(), "'", "'").c_str();

@@ -47,10 +47,11 @@ public:
     // The front end whose connection and prefix the reads use.
     void GetClassPtr(DvnConvCoreDbFe* frontEnd) { m_pFrontEnd = frontEnd; }
     // Reads what the entities of the types "Process", "Category", "Program"
-    // and "DataStructure" of data stand for, in that order.
+    // and "DataStructure" of data stand for, in that order, and again while
+    // a walk brings objects that name further ones.
     void ExportDeep(DvnfTRXData& data);
-    // The row of the entity (a process by name, the others by key): when
-    // there is one, the front end reads that object.
+    // The row of an entity not read yet (state 0; a process by name, the
+    // others by key): when there is one, the front end reads that object.
     void ReadEntity(DvnfTRXData& data, DvnfEntity& entity) override;
 
 private:
