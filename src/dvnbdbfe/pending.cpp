@@ -9,24 +9,7 @@
 #include <algorithm>
 
 #include "dvnbdbfe.h"
-
-namespace {
-
-// SELECT COUNT(*): one number.
-class CountSet : public CRecordset {
-public:
-    explicit CountSet(CDatabase* db) : CRecordset(db) {
-        m_nFields = 1;
-        m_nDefaultType = snapshot;
-    }
-    void DoFieldExchange(CFieldExchange* pFX) override {
-        pFX->SetFieldType(CFieldExchange::outputColumn);
-        RFX_Long(pFX, "[N]", m_N);
-    }
-    long m_N = 0;
-};
-
-}  // namespace
+#include "dvnlookup.h"
 
 #define DVN_PENDING_SECTION(Section, kind, key, ...) \
     void DvnConvCoreDbFe::Section(DvnString const& id) { Pending({kind, key, {__VA_ARGS__}}, id); }
@@ -64,8 +47,8 @@ void DvnConvCoreDbFe::Pending(const PendingKind& kind, DvnString const& id) {
     for (const char* table : kind.tables) {
         CString statement = CString("SELECT COUNT(*) AS N FROM ") + Table(table);
         if (!all) statement += CString(" WHERE ") + kind.keyColumn + " = " + Literal(id);
-        CountSet rs(m_pDatabase);
-        ReadRows(rs, statement, [&](CountSet& row) { objects += row.m_N; });
+        DvnCountSet rs(m_pDatabase);
+        ReadRows(rs, statement, [&](DvnCountSet& row) { objects += row.m_N; });
     }
     it->objects += objects;
     if (all) {
