@@ -275,6 +275,41 @@ TEST_P(Export, AnImportTakesWhatAFileOnlyNamesFromTheRepositoryWithoutTouchingIt
     EXPECT_EQ(QueryRows(Db(), "SELECT CHECKED_OUT FROM DVBT.DATA_STRUCTURE WHERE DSID = 'D1'"), Lines{"0"});
 }
 
+TEST_P(Export, AServerNameWithoutSystemIsLookedForUnderTheProfileSystemThenDvnsysThenTheFirst) {
+    ExecAll(Db(), {"INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME) VALUES ('S1', 'DVNSYS')",
+                   "INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME) VALUES ('S2', 'Other')",
+                   "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM) VALUES ('K1', 'PES1', 'S1')",
+                   "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM) VALUES ('K2', 'PES2', 'S2')"});
+    AllRights();
+    // Each name alone: the server kind cannot be read yet, so a server found
+    // is counted (51910), one not found is reported (51568).
+    auto found = [&](const char* name) {
+        DvnfTRXData scratch{DvnfTRXTypes::_instance, &handler};
+        DvnConvCoreDbIF facade(&scratch);
+        DvnCmdVisitor::Command command(DvnEntityType::Server, {DvnString(name)}, false, false, DvnSvrKind::PEServer);
+        EXPECT_EQ(facade.ExportByCommand(Source(), command), 0);
+        const Lines lines = Messages();
+        return lines == Lines{"51910|PEServer|1"} ? "found" : lines == Lines{"51568"} ? "not found" : "?";
+    };
+    struct Case {
+        const char* profile;  // the profile's "System"; null: none
+        bool dvnsys;          // the system DVNSYS exists
+        const char* pes1;
+        const char* pes2;
+    };
+    for (const Case& c : {Case{"Other", true, "not found", "found"}, Case{nullptr, true, "found", "not found"},
+                          Case{nullptr, false, "not found", "found"}}) {
+        SCOPED_TRACE(std::string(c.profile ? c.profile : "no profile") + (c.dvnsys ? ", DVNSYS" : ""));
+        ProfileFile profile(c.profile ? std::string("current = Work\n[Work]\nSystem = ") + c.profile + "\n"
+                                      : std::string("current = Work\n[Work]\n"));
+        if (!c.dvnsys) ExecAll(Db(), {"DELETE FROM DVBT.SYSTEM WHERE SYSTEM_ID = 'S1'"});
+        EXPECT_EQ(std::string(found("PES1")), c.pes1);
+        EXPECT_EQ(std::string(found("PES2")), c.pes2);
+        // With the system named, the profile plays no part.
+        EXPECT_EQ(std::string(found("PES2.Other")), "found");
+    }
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(Export);
 
 }  // namespace
