@@ -71,8 +71,9 @@ const Section* SectionOf(int group) {
     return nullptr;
 }
 
-// The whole repository, in this order; 0 stands for the servers of every
-// kind. GetNamesOfAll follows processes and programs when they were read.
+// The whole repository, in this order; kAllServers stands for the servers
+// of every kind. GetNamesOfAll follows processes and programs when they were read.
+constexpr int kAllServers = -1;
 struct AllStep {
     int group;
     bool namesAfter;
@@ -82,7 +83,7 @@ const AllStep kAll[] = {
     {EXPORT_PROGRAMS, true},    {EXPORT_LEVELS, false},       {EXPORT_PERSONS, false},
     {EXPORT_ROLES, false},      {EXPORT_ORGANIZATIONS, false}, {EXPORT_ACT_INSTANCE_LISTS, false},
     {EXPORT_TOOL_SETS, false},  {EXPORT_DOMAINS, false},      {EXPORT_SYSTEM_GROUPS, false},
-    {EXPORT_SYSTEMS, false},    {0, false},                   {EXPORT_PE_AGENTS, false},
+    {EXPORT_SYSTEMS, false},    {kAllServers, false},                   {EXPORT_PE_AGENTS, false},
     {EXPORT_NODES, false},      {EXPORT_QUEUE_MANAGERS, false},
 };
 
@@ -248,7 +249,7 @@ int DvnConvCoreDbIF::RunExport(const DvnString& dataSource, const char* guardedN
 }
 
 int DvnConvCoreDbIF::ReadGroup(DvnConvCoreDbFe& fe, const DvnString& id, int group) {
-    if (group == 0) {
+    if (group == kAllServers) {
         if (!MayRead(Topology)) return 0;
         fe.Servers(id);
         return 1;
