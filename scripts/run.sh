@@ -3,7 +3,8 @@
 # fresh repository in an SQLite database file (default ./dvnbt.db, or the
 # first argument), imports the team of examples/team.trx into it as the
 # initial load, logs in as one of its persons to import
-# examples/categories.trx, and shows what was stored.
+# examples/categories.trx, shows what was stored and exports the repository
+# into dvnbt-export.trx beside the database.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 bash "$root/scripts/setup.sh"
@@ -16,3 +17,4 @@ DVNBT_USER=anna DVNBT_PASSWORD=anna-pw "$dvnbt" --db "$db" import "$root/example
 sqlite3 -header -column "$db" \
   "SELECT USERID, LEVEL_ID, STAFF_AUTH, PROC_DEF_AUTH FROM PERSON ORDER BY USERID;
    SELECT NAME, CHECKED_OUT, DESCRIPTION FROM CATEGORY ORDER BY NAME; SELECT * FROM VERSION;"
+DVNBT_USER=anna DVNBT_PASSWORD=anna-pw "$dvnbt" --db "$db" export -o "$(dirname "$db")/dvnbt-export.trx"

@@ -99,20 +99,6 @@ bool FindSystemGroup(DvnMessageTarget& target, CDatabase& db, const CString& pre
     }
 }
 
-// One number: the first column of a statement such as "SELECT COUNT(*)".
-class DvnCountSet : public CRecordset {
-public:
-    explicit DvnCountSet(CDatabase* db) : CRecordset(db) {
-        m_nFields = 1;
-        m_nDefaultType = snapshot;
-    }
-    void DoFieldExchange(CFieldExchange* pFX) override {
-        pFX->SetFieldType(CFieldExchange::outputColumn);
-        RFX_Long(pFX, "[N]", m_N);
-    }
-    long m_N = 0;
-};
-
 // Whether PERSON holds a live row: one row of one number, whatever the
 // number of persons, and a row without a key counts too. A database
 // exception is reported, and gives false.
@@ -299,4 +285,10 @@ void DvnBTAuthorization::SetUser(DvnMessageTarget& target, const DvnString& syst
         SetDBUser(dbUser, dbPassword);
     }
     CloseConnection(target, db);
+}
+
+void DvnBTAuthorization::GrantDefinitionRights() {
+    SetAuthForProcessModeling(true);
+    SetAuthForStaff(true);
+    SetAuthForTopology(true);
 }

@@ -58,6 +58,11 @@ public:
     void SetUser(DvnMessageTarget& target, const DvnString& systemGroup, const DvnString& userId,
                  const DvnString& dbUser, const DvnString& dbPassword, const DvnString& dataSource);
 
+    // Every right of definition (process modelling, staff, topology), for work
+    // on a repository that has no persons yet and so nobody to log in: an
+    // export of it runs as an initial load does.
+    void GrantDefinitionRights();
+
 protected:
     DvnBTAuthorization();
 

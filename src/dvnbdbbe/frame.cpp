@@ -83,6 +83,10 @@ int DvnConvCoreDbBe::SaveLoop(CDatabase& db, const char* typeName, bool authoriz
     for (auto& [name, object] : entities) {
         DvnfEntity& entity = object->Entity();
         if (!entity.IsValid() || object->State() == StateNone) continue;
+        // In an import only the on-demand reader leaves an entity unchanged:
+        // it was read from the database because the file only names it, and
+        // it is neither saved nor refused.
+        if (!m_bCallerData && object->State() == StateUnchanged) continue;
         if (!authorized) {
             Report(right.message, DvnString(kind));
             DVN_TRACE(1, 8, right.trace);
@@ -102,6 +106,7 @@ int DvnConvCoreDbBe::SecondPassLoop(CDatabase& db, const char* typeName,
     for (auto& [name, object] : entities) {
         DvnfEntity& entity = object->Entity();
         if (!entity.IsValid() || object->State() <= StateDeleted) continue;
+        if (!m_bCallerData && object->State() == StateUnchanged) continue;
         db.BeginTrans();
         level = std::max(level, save2(entity));
         db.CommitTrans();

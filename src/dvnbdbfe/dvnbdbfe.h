@@ -115,6 +115,48 @@ public:
     // it has a name and no state, otherwise by key; 8 when no live row is found.
     int ProgramToCore(DvnfEntity& program);
 
+    // ---- staff (staff/*.cpp): every object (id empty) or the one of that
+    // key; a link is made only to a row that exists, and the rows of a
+    // relation come in the order of their key. Levels and Persons trace a
+    // database exception and end there.
+    void Levels(DvnString const& id);
+    void Persons(DvnString const& id);
+    void Roles(DvnString const& id);
+    void Orgs(DvnString const& id);
+
+    // ---- the sections of an export whose loads come later (pending.cpp).
+    // Until a kind's load exists, its section reads nothing; the objects it
+    // leaves out are counted and said once per kind by ReportPending.
+    void Processes(DvnString const& id);
+    void PeAgent(DvnString const& id);
+    void Nodes(DvnString const& id);
+    void QueueManager(DvnString const& id);
+    // The servers of one kind, by the export group of the kind (21 to 26,
+    // 30, 32); a group of no server kind reads nothing.
+    void Servers(int group, DvnString const& id);
+    // Every kind, in the order of ServerKinds.
+    void Servers(DvnString const& id);
+    // The server kinds: export group, the kind number the loads pass on,
+    // the table and the TRX kind name; in the order in which all are read.
+    struct ServerKindRow {
+        int group;
+        int kind;
+        const char* table;
+        const char* typeName;
+    };
+    static const ServerKindRow ServerKinds[8];
+    // Reports, once per kind and in the order met, how many objects the
+    // sections of kinds without a load left out (those with rows only).
+    // Gives the number of kinds reported.
+    int ReportPending();
+
+    // The connection the loads read through.
+    CDatabase* Database() const { return m_pDatabase; }
+
+    // ---- deep export (with the reader, src/dvnbdbrd): what the processes,
+    // categories, programs and structures read so far refer to.
+    void DeepProcesses();
+
 protected:
     // ================================================================ frame
     // What a load of a whole kind needs to know of its table: the read of a
@@ -216,14 +258,7 @@ protected:
     void SubStructure(DvnDataStructureMbrSet& row, DvnfAttributeData member, DvnfEntity& object);
     static const Kind<DvnDataStructureSet> DataStructureKind;
 
-    // ---- staff: roles, organizations, levels, persons (staff/*.cpp). Every
-    // object (id empty) or the one of that key; a link is made only to a row
-    // that exists, and the rows of a relation come in the order of their key.
-    void Roles(DvnString const& id);
-    void Orgs(DvnString const& id);
-    // Levels and Persons trace a database exception and end there.
-    void Levels(DvnString const& id);
-    void Persons(DvnString const& id);
+    // ---- staff: roles, organizations, levels, persons (staff/*.cpp)
     int Role(DvnRoleSet& row, DvnfEntity& role);
     int Organization(DvnOrganizationSet& row, DvnfEntity& organization);
     int Level(DvnStaffLevelSet& row, DvnfEntity& level);
@@ -319,6 +354,22 @@ protected:
     // there is one.
     bool GetExternalServices(DvnfAttributeData target, CString const& programId, long platform);
     static const Kind<DvnProgramSet> ProgramKind;
+
+    // ---- kinds without a load (pending.cpp)
+    struct PendingKind {
+        const char* kind;              // in the message: "Person"
+        const char* keyColumn;         // compared with a key asked for
+        std::vector<const char*> tables;
+    };
+    // Counts what the section leaves out, once per kind and key.
+    void Pending(const PendingKind& kind, DvnString const& id);
+    struct PendingCount {
+        std::string kind;
+        long objects = 0;
+        bool all = false;               // every row counted already
+        std::vector<std::string> keys;  // keys counted already
+    };
+    std::vector<PendingCount> m_pending;
 
     DvnfTRXData* m_pCoreData;
     bool m_bCallerData;

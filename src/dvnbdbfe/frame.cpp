@@ -169,3 +169,16 @@ int DvnConvCoreDbFe::ReportDbException(const char* context, CDBException* e, con
     TraceDbException(context, e, detail);
     return LevelError;
 }
+
+// ------------------------------------------------------------------ servers
+
+const DvnConvCoreDbFe::ServerKindRow DvnConvCoreDbFe::ServerKinds[8] = {
+    {23, 3, "EXECUTION_SERVER", "ExecutionServer"},   {26, 6, "SCHEDULING_SERVER", "SchedulingServer"},
+    {25, 5, "MODELLING_SERVER", "ModellingServer"},   {24, 4, "GATEWAY_SERVER", "GatewayServer"},
+    {22, 2, "DISTRIBUTION_SRV", "DistributionServer"}, {21, 1, "CLEANUP_SERVER", "CleanupServer"},
+    {30, 7, "PE_SERVER", "PEServer"},                 {32, 8, "USER_PE_SERVER", "UserPEServer"},
+};
+
+void DvnConvCoreDbFe::Servers(DvnString const& id) {
+    for (const ServerKindRow& row : ServerKinds) Servers(row.group, id);
+}

@@ -1,15 +1,17 @@
-// DvnODBCReader: the reader that the core model calls back when it meets an
-// object that a file or a loaded row only names. Each read runs through a
+// The readers that the core model calls back when it meets an object that it
+// knows only by a name or a key.
+//
+// DvnODBCReader reads one entity from the database: it stands behind the
+// parse of a TRX file and the process cleaner. Each read runs through a
 // facade of its own, and so a connection of its own, always to the data
 // source of the machine profile: it never shares the connection of the
-// operation that it interrupts.
+// operation that it interrupts. Categories and data structures are read;
+// processes, activities, programs and servers cannot be read yet: their
+// entities stay as they are (programs and servers say so, 51911).
 //
-// What it can fill depends on the loads that exist. None of the single-object
-// loads (processes, categories, programs, data structures, execution units,
-// blocks) is there yet: until they are, ReadEntity and ReadBlock leave the
-// entity as it is, GetName and GetOID answer with an empty string, which is
-// how the reader says that the object is not in the database. The parse of
-// a file goes on with what the file itself holds.
+// DvnfExportFrontend is the reader of the deep export: through the front end
+// and the connection of the export, it pulls in what the processes,
+// categories, programs and structures read so far refer to.
 #pragma once
 
 #include "dvnbdbif.h"
@@ -22,12 +24,36 @@ public:
     ~DvnODBCReader() override;
 
     // data is not used: the reader works on the data given to the constructor.
+    // Fills name or key (GetName), then reads the entity by its type; a new
+    // entity that was read counts as unchanged (state 3).
     void ReadEntity(DvnfTRXData& data, DvnfEntity& entity) override;
+    // The facade's GetName.
     DvnfString GetName(DvnfEntity& entity) override;
-    virtual void ReadBlock(DvnfTRXData& data, DvnfEntity& block, bool deep);
-    virtual DvnfString GetOID(DvnfEntity& entity);
+    // The inner diagram of a block activity of the process.
+    void ReadBlock(DvnfTRXData& data, DvnfEntity& block, bool deep) override;
+    // The stored key of a data structure; empty for every other type.
+    DvnfString GetOID(DvnfEntity& entity) override;
 
 private:
     DvnConvCoreDbIF m_facade;
     DvnfEntity* _process;
+};
+
+class DvnConvCoreDbFe;
+
+class DvnfExportFrontend : public DvnfFrontendReader {
+public:
+    ~DvnfExportFrontend() override;
+    // The front end whose connection and prefix the reads use.
+    void GetClassPtr(DvnConvCoreDbFe* frontEnd) { m_pFrontEnd = frontEnd; }
+    // Reads what the entities of the types "Process", "Category", "Program"
+    // and "DataStructure" of data stand for, in that order, and again while
+    // a walk brings objects that name further ones.
+    void ExportDeep(DvnfTRXData& data);
+    // The row of an entity not read yet (state 0; a process by name, the
+    // others by key): when there is one, the front end reads that object.
+    void ReadEntity(DvnfTRXData& data, DvnfEntity& entity) override;
+
+private:
+    DvnConvCoreDbFe* m_pFrontEnd = nullptr;
 };

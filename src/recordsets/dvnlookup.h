@@ -7,6 +7,20 @@
 
 #include "odbcframe.h"
 
+// One number: the first column of a statement such as "SELECT COUNT(*)".
+class DvnCountSet : public CRecordset {
+public:
+    explicit DvnCountSet(CDatabase* db) : CRecordset(db) {
+        m_nFields = 1;
+        m_nDefaultType = snapshot;
+    }
+    void DoFieldExchange(CFieldExchange* pFX) override {
+        pFX->SetFieldType(CFieldExchange::outputColumn);
+        RFX_Long(pFX, "[N]", m_N);
+    }
+    long m_N = 0;
+};
+
 namespace dvnlookup {
 
 // The filter with " AND CHECKED_OUT <> 4" behind it unless tombstones count.

@@ -29,6 +29,10 @@ enum class LoginFor {
     // program says so on standard error), and the persons it loads become
     // the users; on a repository with users it needs a system administrator.
     InitialLoad,
+    // An export, under the user's own rights. On a repository without any
+    // person nobody can log in: the export runs with every right, and the
+    // program says so on standard error.
+    Export,
     // Work that replaces the whole repository (init --recreate): without
     // persons it runs without a login, with users it needs a system
     // administrator.

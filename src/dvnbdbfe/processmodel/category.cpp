@@ -27,11 +27,21 @@ int DvnConvCoreDbFe::Category(DvnCategorySet& row, DvnfEntity& category) {
 
 int DvnConvCoreDbFe::CategoryToCore(DvnfEntity& category) {
     DvnCategorySet row(m_pDatabase);
+    // A skeleton that a file only names has a name and no key: it is read by
+    // its name, as DsToCore reads a structure, and takes the row's key.
+    const DvnString name = category.Name();
+    const bool byName = category.State() == DvnfObject::StateNone && !name.str().empty();
+    const CString statement = byName ? SelectLive("CATEGORY", "NAME", Literal(name))
+                                     : SelectLive("CATEGORY", "CATID", Literal(category.OID()));
     try {
-        ReadRows(row, SelectLive("CATEGORY", "CATID", Literal(category.OID())), [&](DvnCategorySet& found) {
-                     Category(found, category);
-                     if (category.IsValid()) category.State(DvnfObject::StateUnchanged);
-                 });
+        ReadRows(row, statement, [&](DvnCategorySet& found) {
+            DvnfEntity* target = &category;
+            if (byName)
+                target = &m_pCoreData->CreateEntity(DvnfString("Category"), DvnfString(found.m_CATID.c_str()),
+                                                    DvnfString(found.m_NAME.c_str()));
+            Category(found, *target);
+            if (target->IsValid()) target->State(DvnfObject::StateUnchanged);
+        });
     } catch (CDBException* e) {
         TraceDbException("Exception In CategoryToCore: rc =", e);
         return LevelError;

@@ -1,0 +1,316 @@
+// The exports, the loads and lookups of single objects and the readers,
+// through the facade on both databases. What dvnbt makes of them:
+// tests/dvnbt/test_export.cpp.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "backendrun.h"
+#include "dvnbauth.h"
+#include "dvnbdbfe.h"
+#include "dvnbdbif.h"
+#include "dvnbdbrd.h"
+#include "dvnfffdn.h"
+#include "repositorydb.h"
+#include "testenv.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class Export : public RepositoryTest {
+protected:
+    void SetUp() override {
+        RepositoryTest::SetUp();
+        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
+    }
+    void TearDown() override {
+        DvnBTAuthorization::DestroyInstance();
+        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
+        RepositoryTest::TearDown();
+    }
+    static void AllRights() { DvnBTAuthorization::GetInstance()->GrantDefinitionRights(); }
+    DvnString Source() const { return DvnString(DataSource()); }
+    // Two structures, Order holding an Address; the key of each.
+    void Structures() {
+        ExecAll(Db(), {"INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT) VALUES ('D1', 'Address', 0)",
+                       "INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT) VALUES ('D2', 'Order', 0)",
+                       "INSERT INTO DVBT.DATA_STRUCTURE_MBR (DSID, MEMBER, SEQUENCE_NO, DATA_TYPE) "
+                       "VALUES ('D1', 'Street', 1, 1)",
+                       "INSERT INTO DVBT.DATA_STRUCTURE_MBR (DSID, MEMBER, SEQUENCE_NO, DATA_TYPE, TYPE_DS) "
+                       "VALUES ('D2', 'ShipTo', 1, 7, 'D1')"});
+    }
+    // Entities of the type in a state other than 0, by name.
+    Lines Read(const char* type) {
+        Lines names;
+        for (const auto& [name, object] : data.GetEntities(DvnfString(type)))
+            if (object->State() != DvnfObject::StateNone)
+                names.push_back(name.str() + "|" + std::to_string(object->State()));
+        return names;
+    }
+    Lines Messages() {
+        Lines lines = MessageLines(handler);
+        handler.Clear();
+        return lines;
+    }
+    DvnfCollectingMessageHandler handler;
+    DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
+};
+
+TEST_P(Export, WithoutRightsEverySectionIsRefusedAndNothingIsRead) {
+    AddCategory(Db(), "C1", "Sales");
+    DvnBTAuthorization::GetInstance();  // a user without any right
+    DvnConvCoreDbIF facade(&data);
+    EXPECT_EQ(facade.ExportAll(Source()), 0);
+    // Seventeen sections, in their order, each refused by its right.
+    Lines expected;
+    for (const char* right : {"51533", "51533", "51533", "51533", "51534", "51534", "51534", "51534", "51534",
+                              "51533", "51535", "51535", "51535", "51535", "51535", "51535", "51535"})
+        expected.push_back(right);
+    EXPECT_EQ(Messages(), expected);
+    EXPECT_EQ(data.NumberOfEntities(), 0);
+
+    // A group without a section reads nothing and refuses nothing.
+    for (int group : {0, 10, 11, 14, 20, 31, 33})
+        EXPECT_EQ(facade.ExportGroups(Source(), DvnString(""), static_cast<EXPORT_GROUPS>(group), false), 0);
+    EXPECT_EQ(Messages(), Lines{});
+    // A kind without a right: ToolSet and the lists need none.
+    DvnCmdVisitor::Command lists(DvnEntityType::Worklist, {DvnString("Mine")});
+    EXPECT_EQ(facade.ExportByCommand(Source(), lists), 0);
+    EXPECT_EQ(Messages(), Lines{"51543"});
+}
+
+TEST_P(Export, NamesAreLookedUpOneByOneAndATombstoneIsFound) {
+    AddCategory(Db(), "C1", "Sales");
+    AddCategory(Db(), "C2", "O''Brien");
+    AddCategory(Db(), "C3", "Gone", 4);
+    AllRights();
+    DvnConvCoreDbIF facade(&data);
+    DvnCmdVisitor::Command command(DvnEntityType::Category,
+                                   {DvnString("Sales"), DvnString("Nope"), DvnString("O'Brien"), DvnString("Gone")});
+    EXPECT_EQ(facade.ExportByCommand(Source(), command), 0);
+    EXPECT_EQ(Messages(), (Lines{"51513|Sales", "51549", "51513|O'Brien", "51513|Gone"}));
+    // The tombstone is a bare entity to delete.
+    EXPECT_EQ(Read("Category"), (Lines{"Gone|1", "O'Brien|3", "Sales|3"}));
+
+    // All of a kind reads the table once.
+    DvnfTRXData all;
+    DvnConvCoreDbIF again(&all);
+    DvnCmdVisitor::Command every(DvnEntityType::Category, {DvnString("ignored")}, true);
+    EXPECT_EQ(again.ExportByCommand(Source(), every), 0);
+    EXPECT_EQ(all.GetEntities(DvnfString("Category")).size(), 3u);
+}
+
+TEST_P(Export, AKindWithoutALoadSaysOnceHowManyObjectsItLeavesOut) {
+    AddRole(Db(), "R1", "Clerk");
+    AddRole(Db(), "R2", "Boss");
+    AddCategory(Db(), "C1", "Sales");
+    AllRights();
+    {
+        DvnConvCoreDbIF facade(&data);
+        EXPECT_EQ(facade.ExportAll(Source()), 0);
+    }
+    // Roles hold rows; every other table without a load is empty and says nothing.
+    Lines roles;
+    for (const std::string& line : Messages())
+        if (line.compare(0, 5, "51513") != 0 && line.compare(0, 5, "51515") != 0) roles.push_back(line);
+    EXPECT_EQ(roles, Lines{"51912|Role|2"});
+    EXPECT_EQ(Read("Category"), Lines{"Sales|3"});
+
+    // The four list groups read the same tables: said once. A key asked
+    // twice is counted once.
+    DvnConvCoreDbIF facade(&data);
+    DvnCmdVisitor::Command named(DvnEntityType::Role, {DvnString("Clerk"), DvnString("Clerk"), DvnString("Nope")});
+    EXPECT_EQ(facade.ExportByCommand(Source(), named), 0);
+    EXPECT_EQ(Messages(), (Lines{"51537", "51912|Role|1"}));
+}
+
+TEST_P(Export, ADeepExportPullsInWhatTheStructuresReferTo) {
+    Structures();
+    AllRights();
+    DvnConvCoreDbIF facade(&data);
+    EXPECT_EQ(facade.ExportGroups(Source(), DvnString("D2"), EXPORT_DATA_STRUCTURES, false), 0);
+    EXPECT_EQ(Read("DataStructure"), Lines{"Order|3"});  // Address: a skeleton with its name
+    EXPECT_EQ(facade.ExportGroups(Source(), DvnString("D2"), EXPORT_DATA_STRUCTURES, true), 0);
+    EXPECT_EQ(Read("DataStructure"), (Lines{"Address|3", "Order|3"}));
+    // The members of Order are read once although it was read twice.
+    EXPECT_EQ(data.GetEntityByOID(DvnfString("DataStructure"), DvnfString("D2")).AttributeData()("Members").NumberOfElements(),
+              1);
+
+    // A category group has no deep step.
+    DvnfTRXData other;
+    DvnConvCoreDbIF categories(&other);
+    other.CreateEntity(DvnfString("DataStructure"), DvnfString("D1"), DvnfString(""))
+        .State(DvnfObject::StateNone);
+    EXPECT_EQ(categories.ExportGroups(Source(), DvnString(""), EXPORT_CATEGORIES, true), 0);
+    EXPECT_EQ(other.GetEntityByOID(DvnfString("DataStructure"), DvnfString("D1")).State(), DvnfObject::StateNone);
+}
+
+TEST_P(Export, TheDeepReaderReadsByKeyAndAProcessByItsQuotedName) {
+    AddCategory(Db(), "C1", "Sales");
+    ExecAll(Db(), {"INSERT INTO DVBT.PROCESS (PID, NAME, CHECKED_OUT) VALUES ('P1', 'O''Neil', 0)"});
+    DvnConvCoreDbFe fe(&Db(), &data);
+    fe.SetTablePrefix("DVBT.");
+    data.GetEntityByOID(DvnfString("Category"), DvnfString("C1"), true);
+    data.GetEntityByName(DvnfString("Process"), DvnfString("O'Neil"), true);
+    data.GetEntityByName(DvnfString("Process"), DvnfString("Gone"), true);  // no row
+    fe.DeepProcesses();
+    EXPECT_EQ(Read("Category"), Lines{"Sales|3"});
+    // Processes cannot be read yet: the one found is counted, the one gone is not.
+    EXPECT_EQ(fe.ReportPending(), 1);
+    EXPECT_EQ(Messages(), (Lines{"51513|Sales", "51912|Process|1"}));
+    EXPECT_EQ(data.GetEntityByName(DvnfString("Process"), DvnfString("Gone")).State(), DvnfObject::StateNone);
+}
+
+TEST_P(Export, SingleLoadsAndLookups) {
+    Structures();
+    ExecAll(Db(), {"INSERT INTO DVBT.PROCESS (PID, NAME, CHECKED_OUT) VALUES ('P1', 'O''Neil', 0)"});
+    DvnConvCoreDbIF facade(&data);
+    // A second read of a structure does not double its members.
+    DvnfEntity& order = data.GetEntityByOID(DvnfString("DataStructure"), DvnfString("D2"), true);
+    EXPECT_EQ(facade.LoadDataStructure(order), 0);
+    EXPECT_EQ(facade.LoadDataStructure(order), 0);
+    EXPECT_EQ(order.AttributeData()("Members").NumberOfElements(), 1);
+
+    EXPECT_EQ(facade.FindProcess(DvnString("O'Neil")).str(), "P1");
+    EXPECT_EQ(facade.FindProcess(DvnString("Nobody")).str(), "");
+    DvnfEntity& address = data.GetEntityByName(DvnfString("DataStructure"), DvnfString("Address"), true);
+    EXPECT_EQ(facade.GetDataStructureID(address).str(), "D1");
+
+    // Loads whose reads do not exist yet say so and give 8.
+    DvnfEntity& program = data.CreateEntity(DvnfString("Program"), DvnfString(""), DvnfString("Edit"));
+    Messages();
+    EXPECT_EQ(facade.LoadProgram(program), 8);
+    EXPECT_EQ(Messages(), Lines{"51911|Program|Edit"});
+}
+
+TEST_P(Export, TheOnDemandReaderFillsCategoriesAndStructuresAndLeavesOthers) {
+    AddCategory(Db(), "C1", "Sales");
+    ExecAll(Db(), {"UPDATE DVBT.CATEGORY SET DESCRIPTION = 'Orders' WHERE CATID = 'C1'"});
+    Structures();
+    DvnODBCReader reader(data, nullptr);
+
+    // A category a file only names: read by its name, it takes the row's key.
+    DvnfEntity& sales = data.GetEntityByName(DvnfString("Category"), DvnfString("Sales"), true);
+    reader.ReadEntity(data, sales);
+    EXPECT_EQ(sales.State(), DvnfObject::StateUnchanged);
+    EXPECT_EQ(sales.OID().str(), "C1");
+    EXPECT_EQ(sales.AttributeData()("Description").AsString("").str(), "Orders");
+
+    // A name without a row stays a skeleton.
+    DvnfEntity& none = data.GetEntityByName(DvnfString("Category"), DvnfString("Nope"), true);
+    reader.ReadEntity(data, none);
+    EXPECT_EQ(none.State(), DvnfObject::StateNone);
+
+    // A structure known by key gets its name and its members.
+    DvnfEntity& order = data.GetEntityByOID(DvnfString("DataStructure"), DvnfString("D2"), true);
+    reader.ReadEntity(data, order);
+    EXPECT_EQ(order.Name().str(), "Order");
+    EXPECT_EQ(order.State(), DvnfObject::StateUnchanged);
+
+    // A type the reader does not read keeps its state; its name stays.
+    DvnfEntity& node = data.GetEntityByName(DvnfString("Node"), DvnfString("N1"), true);
+    reader.ReadEntity(data, node);
+    EXPECT_EQ(node.State(), DvnfObject::StateNone);
+    EXPECT_EQ(node.Name().str(), "N1");
+
+    // GetOID: structures only.
+    DvnfEntity& address = data.GetEntityByName(DvnfString("DataStructure"), DvnfString("Address"), true);
+    EXPECT_EQ(reader.GetOID(address).str(), "D1");
+    DvnfEntity& program = data.GetEntityByName(DvnfString("Program"), DvnfString("Edit"), true);
+    EXPECT_EQ(reader.GetOID(program).str(), "");
+
+    // An invalid entity opens no connection: with the profile pointing
+    // nowhere, nothing is traced or reported.
+    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString("no_such_source"));
+    Messages();
+    TraceCapture trace;
+    reader.ReadEntity(data, DvnfEntity::undefined);
+    EXPECT_EQ(trace.Text().find("Open database failed"), std::string::npos);
+    EXPECT_EQ(trace.Text().find("GetName"), std::string::npos);
+    EXPECT_EQ(Messages(), Lines{});
+}
+
+TEST_P(Export, AnImportTakesWhatAFileOnlyNamesFromTheRepositoryWithoutTouchingIt) {
+    AddCategory(Db(), "C1", "Sales");
+    ExecAll(Db(), {"UPDATE DVBT.CATEGORY SET DESCRIPTION = 'Orders' WHERE CATID = 'C1'"});
+    Structures();
+    AddSystemGroup(Db(), "G1", "SYS_GRP");
+    AddPerson(Db(), {.id = "P1", .userId = "CLERK", .systemGroup = "G1", .password = "pw"});
+    DvnMessageTarget target;
+    DvnBTAuthorization::GetInstance()->SetUser(target, DvnString("G1"), DvnString("CLERK"), DvnString(),
+                                               DvnString(), Source());
+    TrxFiles files;
+    // The person names a category that only the repository holds. Without
+    // the modelling right it is not refused, and the parse finds it.
+    const std::string file = files.Write("Person \"ADMIN\" { PersonIsAuthorizedFor -> \"Sales\"; }\n");
+    std::ostringstream printed;
+    DvnfMessageHandler::DefaultOutput(&printed);
+    {
+        DvnConvCoreDbIF facade;
+        testing::internal::CaptureStdout();
+        facade.ImportTRX(DvnString(file), Source(), true, true, false);
+        testing::internal::GetCapturedStdout();
+    }
+    DvnfMessageHandler::DefaultOutput(nullptr);
+    EXPECT_EQ(printed.str().find("52009"), std::string::npos) << printed.str();
+    EXPECT_EQ(printed.str().find(DvnfMessageHandler::Format(51165, DvnString("Category")).str()), std::string::npos)
+        << printed.str();
+    EXPECT_NE(printed.str().find("51166"), std::string::npos) << printed.str();  // the person, for the staff right
+    EXPECT_EQ(QueryRows(Db(), "SELECT CATID, NAME, CHECKED_OUT, DESCRIPTION FROM DVBT.CATEGORY"),
+              Lines{"C1|Sales|0|Orders"});
+
+    // With the right, a structure naming one of the repository is stored
+    // with the key of the repository's.
+    DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
+    const std::string invoice = files.Write(
+        "DataStructure \"Invoice\" { Members [ DataStructureMember \"To\" { Name = \"To\"; Type = 4; "
+        "HasSubStructure -> \"Address\"; } ] }\n");
+    DvnConvCoreDbIF second;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(second.ImportTRX(DvnString(invoice), Source(), true, true, false), 0);
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(QueryRows(Db(), "SELECT m.MEMBER, m.TYPE_DS FROM DVBT.DATA_STRUCTURE_MBR m JOIN DVBT.DATA_STRUCTURE s "
+                              "ON s.DSID = m.DSID WHERE s.NAME = 'Invoice'"),
+              Lines{"To|D1"});
+    EXPECT_EQ(QueryRows(Db(), "SELECT CHECKED_OUT FROM DVBT.DATA_STRUCTURE WHERE DSID = 'D1'"), Lines{"0"});
+}
+
+TEST_P(Export, AServerNameWithoutSystemIsLookedForUnderTheProfileSystemThenDvnsysThenTheFirst) {
+    ExecAll(Db(), {"INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME) VALUES ('S1', 'DVNSYS')",
+                   "INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME) VALUES ('S2', 'Other')",
+                   "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM) VALUES ('K1', 'PES1', 'S1')",
+                   "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM) VALUES ('K2', 'PES2', 'S2')"});
+    AllRights();
+    // Each name alone: the server kind cannot be read yet, so a server found
+    // is counted (51912), one not found is reported (51568).
+    auto found = [&](const char* name) {
+        DvnfTRXData scratch{DvnfTRXTypes::_instance, &handler};
+        DvnConvCoreDbIF facade(&scratch);
+        DvnCmdVisitor::Command command(DvnEntityType::Server, {DvnString(name)}, false, false, DvnSvrKind::PEServer);
+        EXPECT_EQ(facade.ExportByCommand(Source(), command), 0);
+        const Lines lines = Messages();
+        return lines == Lines{"51912|PEServer|1"} ? "found" : lines == Lines{"51568"} ? "not found" : "?";
+    };
+    struct Case {
+        const char* profile;  // the profile's "System"; null: none
+        bool dvnsys;          // the system DVNSYS exists
+        const char* pes1;
+        const char* pes2;
+    };
+    for (const Case& c : {Case{"Other", true, "not found", "found"}, Case{nullptr, true, "found", "not found"},
+                          Case{nullptr, false, "not found", "found"}}) {
+        SCOPED_TRACE(std::string(c.profile ? c.profile : "no profile") + (c.dvnsys ? ", DVNSYS" : ""));
+        ProfileFile profile(c.profile ? std::string("current = Work\n[Work]\nSystem = ") + c.profile + "\n"
+                                      : std::string("current = Work\n[Work]\n"));
+        if (!c.dvnsys) ExecAll(Db(), {"DELETE FROM DVBT.SYSTEM WHERE SYSTEM_ID = 'S1'"});
+        EXPECT_EQ(std::string(found("PES1")), c.pes1);
+        EXPECT_EQ(std::string(found("PES2")), c.pes2);
+        // With the system named, the profile plays no part.
+        EXPECT_EQ(std::string(found("PES2.Other")), "found");
+    }
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(Export);
+
+}  // namespace

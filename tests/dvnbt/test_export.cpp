@@ -1,0 +1,212 @@
+// dvnbt export on both databases: TRX only on standard output, the file
+// written whole or not at all, exit statuses, and the round trip of
+// categories and structures through export and import.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "dvnfcorn.h"
+#include "repositorydb.h"
+#include "testenv.h"
+
+namespace {
+
+const char* kCorpus = R"(
+Category "Sales" { Description = "Customer orders"; Documentation = "Line one\nLine two"; }
+Category "Empty";
+Category "O'Brien" { Description = "\xC3\xA9t\xC3\xA9"; }
+DataStructure "Address" {
+  Description = "Where";
+  Members [
+    DataStructureMember "Street" { Name = "Street"; Type = 0; Cardinality = 2; Description = "s"; }
+    DataStructureMember "Zip" { Name = "Zip"; Type = 1; }
+  ]
+}
+DataStructure "Order" {
+  Members [
+    DataStructureMember "Customer" { Name = "Customer"; Type = 4; HasSubStructure -> "Party"; }
+    DataStructureMember "Amount" { Name = "Amount"; Type = 3; }
+    DataStructureMember "ShipTo" { Name = "ShipTo"; Type = 4; HasSubStructure -> "Address"; }
+  ]
+}
+DataStructure "Party" {
+  Members [ DataStructureMember "Orders" { Name = "Orders"; Type = 4; Cardinality = 10; HasSubStructure -> "Order"; } ]
+}
+)";
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+class DvnbtExport : public RepositoryTest {
+protected:
+    void TearDown() override {
+        std::error_code ec;
+        std::filesystem::remove_all(m_dir, ec);
+        RepositoryTest::TearDown();
+    }
+    // dvnbt on this test's database, logged in as user (password "pw") when given.
+    CliResult Run(std::vector<std::string> args, const std::string& user = "") {
+        if (!user.empty()) args.insert(args.begin(), {"--user", user});
+        return RunDvnbt(DvnbtArgs(args), {"DVNBT_PASSWORD=pw"});
+    }
+    // A fresh SQLite repository of its own (dvnbt init); its file.
+    std::string FreshFile() {
+        if (m_dir.empty()) {
+            char pattern[] = "/tmp/dvnexport-XXXXXX";
+            m_dir = mkdtemp(pattern);
+        }
+        const std::string file = m_dir + "/repo" + std::to_string(++m_count) + ".db";
+        EXPECT_EQ(RunDvnbt({"--db", file, "init"}).status, 0);
+        return file;
+    }
+    void Users() {
+        AddSystemGroup(Db(), "G1", "SYS_GRP");
+        AddPerson(Db(), {.id = "P1", .userId = "NOBODY", .systemGroup = "G1", .password = "pw"});
+        AddPerson(Db(), {.id = "P2", .userId = "MODELER", .systemGroup = "G1", .password = "pw", .processModeling = 1});
+    }
+    static std::string Line(long number, const char* a1 = nullptr, const char* a2 = nullptr) {
+        return DvnfMessageHandler::Format(number, DvnString(a1), DvnString(a2)).str() + "\n";
+    }
+    TrxFiles files;
+    std::string m_dir;
+    int m_count = 0;
+};
+
+TEST_P(DvnbtExport, CategoriesAndStructuresGoRoundUnchanged) {
+    const std::string corpus = files.Write(kCorpus);
+    // This database, then a fresh file.
+    ASSERT_EQ(Run({"import", "--initial-load", corpus}).status, 0);
+    CliResult first = Run({"export"});
+    ASSERT_EQ(first.status, 0) << first.err;
+    EXPECT_NE(first.out.find("DataStructure \"Party\""), std::string::npos) << first.out;
+    const std::string fresh = FreshFile();
+    ASSERT_EQ(RunDvnbt({"--db", fresh, "import", "--initial-load", files.Write(first.out)}).status, 0);
+    CliResult second = RunDvnbt({"--db", fresh, "export"});
+    ASSERT_EQ(second.status, 0) << second.err;
+    EXPECT_EQ(second.out, first.out);
+
+    // From an SQLite file into this database (PostgreSQL in its run):
+    // the same text again.
+    const std::string other = FreshFile();
+    ASSERT_EQ(RunDvnbt({"--db", other, "import", "--initial-load", corpus}).status, 0);
+    CliResult fromFile = RunDvnbt({"--db", other, "export", "Category"});
+    ASSERT_EQ(fromFile.status, 0) << fromFile.err;
+    ASSERT_EQ(Run({"import", "--initial-load", files.Write(fromFile.out)}).status, 0);
+    EXPECT_EQ(Run({"export", "Category"}).out, fromFile.out);
+    EXPECT_EQ(fromFile.out.find("DataStructure"), std::string::npos);
+
+    // The list: kind and name per object, in the order of the text.
+    CliResult list = Run({"export", "--list", "--quiet", "category"});
+    EXPECT_EQ(list.out, "Category\tEmpty\nCategory\tO'Brien\nCategory\tSales\n");
+    EXPECT_EQ(list.err, "dvnbt: the repository has no users yet: exporting with all rights\n" +
+                            Line(51513, "Empty") + Line(51513, "O'Brien") + Line(51513, "Sales"));
+
+    // --deep with a structure brings what it holds, at any depth.
+    CliResult deep = Run({"export", "--deep", "--list", "--quiet", "DataStructure", "Party"});
+    EXPECT_EQ(deep.out, "DataStructure\tAddress\nDataStructure\tOrder\nDataStructure\tParty\n") << deep.err;
+}
+
+TEST_P(DvnbtExport, StandardOutputHoldsTheTextAndTheFileIsWrittenWholeOrNotAtAll) {
+    ASSERT_EQ(Run({"import", "--initial-load", files.Write("Category \"Sales\" {}\n")}).status, 0);
+    CliResult shown = Run({"export"});
+    EXPECT_EQ(shown.status, 0);
+    EXPECT_EQ(shown.out,
+              "Category \"Sales\" {}\n\nDataStructure \"Default Data Structure\" {}\n");
+    // Progress and messages: standard error.
+    EXPECT_NE(shown.err.find(Line(51513, "Sales")), std::string::npos) << shown.err;
+    EXPECT_NE(shown.err.find("Category: 1\nDataStructure: 1\n"), std::string::npos) << shown.err;
+
+    // -o: the same text in the file, nothing on standard output; an existing
+    // file is replaced.
+    const std::string out = files.Folder() + "/out.trx";
+    { std::ofstream(out) << "old"; }
+    CliResult written = Run({"export", "-o", out, "--quiet"});
+    EXPECT_EQ(written.status, 0) << written.err;
+    EXPECT_EQ(written.out, "");
+    EXPECT_EQ(ReadFile(out), shown.out);
+
+    // A failed export leaves the file as it was: no such folder, a database
+    // that cannot be opened.
+    { std::ofstream(out) << "old"; }
+    CliResult noFolder = Run({"export", "-o", files.Folder() + "/none/out.trx"});
+    EXPECT_EQ(noFolder.status, 1);
+    EXPECT_NE(noFolder.err.find("cannot write"), std::string::npos) << noFolder.err;
+    CliResult noDb = RunDvnbt({"--db", files.Folder() + "/missing.db", "export", "-o", out});
+    EXPECT_EQ(noDb.status, 1);
+    EXPECT_EQ(ReadFile(out), "old");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(files.Folder()), {}), 2);  // out.trx and the import
+}
+
+TEST_P(DvnbtExport, ExitStatusesSayWhatWasLeftOut) {
+    ASSERT_EQ(Run({"import", "--initial-load", files.Write("Category \"Sales\" {}\n")}).status, 0);
+    AddCategory(Db(), "C9", "Gone", 4);
+    Users();
+
+    // No rights: every section refused, nothing written, warnings.
+    CliResult none = Run({"export"}, "nobody");
+    EXPECT_EQ(none.status, 3) << none.err;
+    EXPECT_EQ(none.out, "");
+    EXPECT_NE(none.err.find(Line(51533)), std::string::npos);
+    EXPECT_NE(none.err.find(Line(51535)), std::string::npos);
+
+    // An unknown name between two good ones: the good ones, and warnings.
+    AddCategory(Db(), "C2", "Empty");
+    CliResult named = Run({"export", "--list", "--quiet", "Category", "Sales", "Nope", "Empty"}, "modeler");
+    EXPECT_EQ(named.status, 3);
+    EXPECT_EQ(named.out, "Category\tEmpty\nCategory\tSales\n");
+    EXPECT_NE(named.err.find(Line(51549)), std::string::npos) << named.err;
+
+    // A tombstone is found by its name but written only when asked for.
+    CliResult tomb = Run({"export", "Category", "Gone"}, "modeler");
+    EXPECT_EQ(tomb.status, 0) << tomb.err;
+    EXPECT_EQ(tomb.out, "");
+    CliResult deletion = Run({"export", "--with-deletions", "Category", "Gone"}, "modeler");
+    EXPECT_EQ(deletion.out, "delete Category \"Gone\";\n");
+
+    // A kind that cannot be read yet: errors, and how many it leaves out.
+    AddRole(Db(), "R1", "Clerk");
+    AddRole(Db(), "R2", "Boss");
+    CliResult pending = Run({"export", "--quiet", "Role"}, "modeler");
+    EXPECT_EQ(pending.status, 3) << pending.err;  // the modelling user has no staff right
+    EXPECT_NE(pending.err.find(Line(51534)), std::string::npos) << pending.err;
+    AddPerson(Db(), {.id = "P3", .userId = "STAFF", .systemGroup = "G1", .password = "pw", .staff = 1});
+    CliResult left = Run({"export", "--group", "4"}, "staff");
+    EXPECT_EQ(left.status, 4) << left.err;
+    EXPECT_NE(left.err.find(Line(51912, "Role", "2")), std::string::npos) << left.err;
+
+    // Wrong command lines.
+    for (const auto& args : std::vector<std::vector<std::string>>{{"export", "Bogus"},
+                                                                  {"export", "--id", "X"},
+                                                                  {"export", "--deep", "Category"},
+                                                                  {"export", "--group", "roles", "Role"},
+                                                                  {"export", "--group", "nothing"},
+                                                                  {"export", "--server-kind", "pe", "Category"},
+                                                                  {"export", "-o"},
+                                                                  {"export", "--bogus"}})
+        EXPECT_EQ(Run(args, "modeler").status, 2) << testing::PrintToString(args);
+}
+
+TEST_P(DvnbtExport, AnImportIntoTheDatabaseGivenFindsWhatOnlyThatDatabaseHolds) {
+    // The profile names a data source that does not exist; the structure a
+    // file names is read from the database of the command line.
+    ASSERT_EQ(Run({"import", "--initial-load", files.Write(kCorpus)}).status, 0);
+    ProfileFile profile("current = Work\n[Work]\nBTODBCDataSourceName = no_such_source\n");
+    CliResult r = Run({"import", "--initial-load",
+                       files.Write("DataStructure \"Invoice\" { Members [ DataStructureMember \"To\" { Name = \"To\"; "
+                                   "Type = 4; HasSubStructure -> \"Address\"; } ] }\n")});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err.find("52009"), std::string::npos) << r.err;
+    EXPECT_EQ(QueryRows(Db(), "SELECT t.NAME FROM DVBT.DATA_STRUCTURE_MBR m JOIN DVBT.DATA_STRUCTURE s ON s.DSID = "
+                              "m.DSID JOIN DVBT.DATA_STRUCTURE t ON t.DSID = m.TYPE_DS WHERE s.NAME = 'Invoice'"),
+              std::vector<std::string>{"Address"});
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtExport);
+
+}  // namespace
