@@ -170,15 +170,15 @@ TEST_P(DvnbtExport, ExitStatusesSayWhatWasLeftOut) {
     EXPECT_EQ(deletion.out, "delete Category \"Gone\";\n");
 
     // A kind that cannot be read yet: errors, and how many it leaves out.
-    AddRole(Db(), "R1", "Clerk");
-    AddRole(Db(), "R2", "Boss");
-    CliResult pending = Run({"export", "--quiet", "Role"}, "modeler");
-    EXPECT_EQ(pending.status, 3) << pending.err;  // the modelling user has no staff right
-    EXPECT_NE(pending.err.find(Line(51534)), std::string::npos) << pending.err;
-    AddPerson(Db(), {.id = "P3", .userId = "STAFF", .systemGroup = "G1", .password = "pw", .staff = 1});
-    CliResult left = Run({"export", "--group", "4"}, "staff");
+    ExecAll(Db(), {"INSERT INTO DVBT.NODE (NODE_ID, NAME, CHECKED_OUT) VALUES ('N1', 'Front', 0)",
+                   "INSERT INTO DVBT.NODE (NODE_ID, NAME, CHECKED_OUT) VALUES ('N2', 'Back', 0)"});
+    CliResult pending = Run({"export", "--quiet", "Node"}, "modeler");
+    EXPECT_EQ(pending.status, 3) << pending.err;  // the modelling user has no topology right
+    EXPECT_NE(pending.err.find(Line(51535)), std::string::npos) << pending.err;
+    AddPerson(Db(), {.id = "P3", .userId = "TOPO", .systemGroup = "G1", .password = "pw", .topology = 1});
+    CliResult left = Run({"export", "--group", "12"}, "topo");
     EXPECT_EQ(left.status, 4) << left.err;
-    EXPECT_NE(left.err.find(Line(51912, "Role", "2")), std::string::npos) << left.err;
+    EXPECT_NE(left.err.find(Line(51912, "Node", "2")), std::string::npos) << left.err;
 
     // Wrong command lines.
     for (const auto& args : std::vector<std::vector<std::string>>{{"export", "Bogus"},
