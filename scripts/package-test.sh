@@ -54,9 +54,13 @@ dvnbt="$(command -v dvnbt)" || fail "dvnbt is not on the PATH"
 echo "== the main job with $dvnbt"
 cd "$tmp"
 dvnbt --version
+examples=/usr/share/dvnbdbbe/examples
 dvnbt --db dvnbt.db init --recreate
-dvnbt --db dvnbt.db import --initial-load /usr/share/dvnbdbbe/examples/categories.trx
+dvnbt --db dvnbt.db import --initial-load "$examples/team.trx"
+DVNBT_USER=anna DVNBT_PASSWORD=anna-pw dvnbt --db dvnbt.db import "$examples/categories.trx"
 got="$(sqlite3 dvnbt.db "SELECT NAME FROM CATEGORY ORDER BY NAME" | tr '\n' '|')"
 [ "$got" = "Human Resources|Purchasing|Sales|" ] || fail "categories stored: $got"
 sqlite3 -header -column dvnbt.db "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM CATEGORY ORDER BY NAME"
+DVNBT_USER=anna DVNBT_PASSWORD=anna-pw dvnbt --db dvnbt.db export -o dvnbt-export.trx
+grep -q '^Category "Sales" {' dvnbt-export.trx || fail "the export holds no category Sales"
 echo "== package test passed"
