@@ -14,7 +14,7 @@
 // per person and the figure would measure the hash, not the store.
 //
 // At a tenth of N (1x) and at N (10x), each into a database of its own; the
-// last lines compare the cost per person (per object made, for a load):
+// last lines compare the cost per person, also of the loads:
 //   person <database> <run> 1x=<us> 10x=<us> growth=<10x / 1x>
 //
 // usage: bench_staff [N] (default 1000)
