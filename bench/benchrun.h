@@ -7,11 +7,13 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <functional>
 #include <iostream>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "dvnbauth.h"
@@ -90,28 +92,34 @@ inline double TimeLoad(CDatabase& db, const Load& load, long& objects) {
     return seconds;
 }
 
-// The cost per object in microseconds, by database, run and size; Print
+// The cost per object in microseconds of wall-clock and of processor time
+// (of this process: on SQLite all of the work but the waits for the disk,
+// on PostgreSQL the client's part), by database, run and size; Print
 // compares the smallest size with the largest:
-//   <what> <database> <run> 1x=<us> 10x=<us> growth=<10x / 1x>
+//   <what> <database> <run> 1x=<us> 10x=<us> growth=<10x / 1x> cpu 1x=<us> 10x=<us> growth=<10x / 1x>
+// On a loaded machine the wall-clock growth moves with the other programs;
+// the processor time much less.
 class Growth {
 public:
-    void Add(const std::string& backend, const std::string& run, int size, double us) {
-        m_us[backend][run][size] = us;
+    void Add(const std::string& backend, const std::string& run, int size, double us, double cpuUs) {
+        m_us[backend][run][size] = {us, cpuUs};
     }
     void Print(const char* what) const {
         for (const auto& [backend, byRun] : m_us) {
             std::string name;
             for (char c : backend) name += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
             for (const auto& [run, bySize] : byRun) {
-                const double small = bySize.begin()->second, large = bySize.rbegin()->second;
-                std::printf("%s %s %s 1x=%.0fus 10x=%.0fus growth=%.2f\n", what, name.c_str(), run.c_str(), small,
-                            large, small > 0 ? large / small : 0);
+                const auto [small, smallCpu] = bySize.begin()->second;
+                const auto [large, largeCpu] = bySize.rbegin()->second;
+                std::printf("%s %s %s 1x=%.0fus 10x=%.0fus growth=%.2f cpu 1x=%.0fus 10x=%.0fus growth=%.2f\n", what,
+                            name.c_str(), run.c_str(), small, large, small > 0 ? large / small : 0, smallCpu, largeCpu,
+                            smallCpu > 0 ? largeCpu / smallCpu : 0);
             }
         }
     }
 
 private:
-    std::map<std::string, std::map<std::string, std::map<int, double>>> m_us;
+    std::map<std::string, std::map<std::string, std::map<int, std::pair<double, double>>>> m_us;
 };
 
 // A generated file and what to measure of it: the unit the figures are per
@@ -126,8 +134,8 @@ struct Workload {
 };
 
 inline void PrintHeader(const char* unit) {
-    std::printf("%-11s %-15s %7s %7s %10s %10s %11s %8s %8s\n", "database", "run", unit, "rows",
-                (std::string(unit) + "/s").c_str(), "rows/s", "raw rows/s", "run/raw", "us/unit");
+    std::printf("%-11s %-15s %7s %7s %10s %10s %11s %8s %8s %8s\n", "database", "run", unit, "rows",
+                (std::string(unit) + "/s").c_str(), "rows/s", "raw rows/s", "run/raw", "us/unit", "cpu us");
 }
 
 // The file imported into a fresh repository (run "new"), then again with
@@ -144,30 +152,35 @@ inline void ImportTwiceAndLoad(const char* backend, const std::string& dataSourc
     }
     DvnSchema::Create(db, true);
     CreateRawTable(db);
-    auto line = [&](const std::string& run, long units, long rows, double seconds, double raw, double us,
+    auto line = [&](const std::string& run, long units, long rows, double seconds, double cpu, double raw,
                     const std::string& tail) {
-        growth.Add(backend, run, n, us);
-        std::printf("%-11s %-15s %7ld %7ld %10.0f %10.0f %11.0f %8.2f %8.0f %s\n", backend, run.c_str(), units, rows,
-                    units / seconds, rows / seconds, rows / raw, raw / seconds, us, tail.c_str());
+        const double us = seconds * 1e6 / n;
+        growth.Add(backend, run, n, us, cpu * 1e6 / n);
+        std::printf("%-11s %-15s %7ld %7ld %10.0f %10.0f %11.0f %8.2f %8.0f %8.0f %s\n", backend, run.c_str(), units,
+                    rows, units / seconds, rows / seconds, rows / raw, raw / seconds, us, cpu * 1e6 / n, tail.c_str());
         std::fflush(stdout);
     };
     for (const char* run : {"new", "overwrite"}) {
         int level = 0;
+        const std::clock_t start = std::clock();
         const double import = ImportQuietly(path, dataSource, level);
+        const double cpu = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
         const long rows = CountRows(db, work.tables);
         ResetRawTable(db);
         const int perTransaction = static_cast<int>(std::max(1L, rows / std::max(1L, work.objects)));
         const double raw = Seconds([&] { RawInsertInBatches(db, static_cast<int>(rows), perTransaction, true); });
-        line(run, n, rows, import, raw, import * 1e6 / n, "level " + std::to_string(level));
+        line(run, n, rows, import, cpu, raw, "level " + std::to_string(level));
     }
     for (const Load& load : work.loads) {
         long objects = 0;
+        const std::clock_t start = std::clock();
         const double seconds = TimeLoad(db, load, objects);
+        const double cpu = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
         const long rows = CountRows(db, load.tables);
         ResetRawTable(db);
         RawInsert(db, static_cast<int>(rows), false, false);
         const double raw = Seconds([&] { RawLookup(db, static_cast<int>(rows)); });
-        line(std::string("load ") + load.name, objects, rows, seconds, raw, seconds * 1e6 / n, "");
+        line(std::string("load ") + load.name, objects, rows, seconds, cpu, raw, "");
     }
 }
 
