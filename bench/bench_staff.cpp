@@ -92,7 +92,6 @@ int main(int argc, char** argv) {
                                           [&](const char* backend, const std::string& ds, const std::string& path,
                                               int count) {
         const bench::Workload staff{
-            "persons",
             count + Orgs(count) + Roles(count) + kLevels,
             {"STAFF_LEVEL", "PERSON", "ORGANIZATION", "ROLE", "ROLE_INCL_PERSON", "PERS_AUTH_FOR_PERS",
              "PERS_HAS_PRC_AUTH", "PERS_SEL_PADM_AUTH"},

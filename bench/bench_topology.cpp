@@ -61,7 +61,7 @@ int main(int argc, char** argv) {
         const char* const settings[] = {"SYSTEM", "SYSTEM_PRC_ATTR", "SYSTEM_PRG_ATTR", "SYSTEM_SVS_ATTR",
                                         "SYSTEM_SVR_ATTR"};
         const std::vector<const char*> tables(std::begin(settings), std::end(settings));
-        const bench::Workload systems{"systems", count, tables,
+        const bench::Workload systems{count, tables,
                                       {{"Systems", &DvnConvCoreDbFe::Systems, "System", tables}}};
         bench::ImportTwiceAndLoad(backend, ds, path, count, systems, growth);
     });

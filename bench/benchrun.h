@@ -122,12 +122,10 @@ private:
     std::map<std::string, std::map<std::string, std::map<int, std::pair<double, double>>>> m_us;
 };
 
-// A generated file and what to measure of it: the unit the figures are per
-// (the file holds n of them), the objects of the file (each stored in
+// What to measure of a generated file: its objects (each stored in
 // transactions of its own), the tables the import writes, and the loads
 // that read them back.
 struct Workload {
-    const char* unit;  // "persons"
     long objects;
     std::vector<const char*> tables;
     std::vector<Load> loads;
