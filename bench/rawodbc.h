@@ -91,6 +91,17 @@ inline void RawInsert(CDatabase& db, int n, bool commitEach, bool lookup) {
     RawInsertInBatches(db, n, commitEach || n < 1 ? 1 : n, lookup);
 }
 
+// n rows of DVBT.BENCH looked for one by one by key with the prepared
+// SELECT, outside any transaction: the raw counterpart of a load. The number
+// found.
+inline int RawLookup(CDatabase& db, int n) {
+    RawStatements raw(db);
+    int found = 0;
+    for (int i = 0; i < n; ++i)
+        if (raw.Found(i)) ++found;
+    return found;
+}
+
 // Wall-clock seconds of run.
 inline double Seconds(const std::function<void()>& run) {
     auto start = std::chrono::steady_clock::now();

@@ -1,0 +1,70 @@
+// The systems through the whole road: the import of one domain, one system
+// group and N systems (parse, rights, the store's lookups, the SYSTEM row and
+// its settings rows), the same file again with overwrite on, and the load of
+// every system with its settings, each against the raw-ODBC baseline of as
+// many rows.
+//
+// Each system has an explicit identifier, a description and settings of
+// every family: eleven rows per system (SYSTEM, its process, program and
+// specific server rows, and seven common server rows), written in one
+// transaction per system.
+//
+// At a tenth of N (1x) and at N (10x), each into a database of its own; the
+// last lines compare the cost per system:
+//   system <database> <run> 1x=<us> 10x=<us> growth=<10x / 1x>
+//
+// usage: bench_topology [N] (default 1000)
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+#include "benchrun.h"
+
+namespace {
+
+std::string WriteSystems(int n) {
+    const std::string path = bench::TempFile("bench_topology", n, ".trx");
+    std::ofstream out(path);
+    out << "Domain \"domain\" { OperationDefault { MessageRetryLimit = 9; } }\n"
+           "SystemGroup \"SYS_GRP\" { GroupIsInDomain -> \"domain\"; }\n";
+    char name[16];
+    for (int i = 0; i < n; ++i) {
+        std::snprintf(name, sizeof name, "S%07d", i);  // eight characters: stored as given
+        out << "System \"" << name << "\" {\n  SystemIdentifier = " << i + 1
+            << "; SystemIsInSystemGroup -> \"SYS_GRP\"; Description = \"Generated system " << i << "\";\n"
+            << "  OperationDefault { MessageRetryLimit = " << i % 7 + 1
+            << "; OperationMode = 2; ResponseWaitTime { Minutes = 3; } }\n"
+            << "  ProcessDefault { Autonomy = 5; KeepProcesses { Type = 2; Days = 2; } }\n"
+            << "  ProgramDefault { Trusted = false; ExecutionMode = 2; }\n"
+            << "  ServerDefault { ExecutionServer { NavigationTransactionThreshold = 20;"
+            << " ServerCommon { CheckInterval { Minutes = 10; } NrOfInstances = 2; } }\n"
+            << "    CleanupServer { ServerCommon { ExternalControl = 2; } } }\n}\n";
+    }
+    return path;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    int n = 1000;
+    if (argc > 1) n = std::atoi(argv[1]);
+    if (n <= 0) {
+        std::fprintf(stderr, "usage: bench_topology [N]\n");
+        return 2;
+    }
+    std::printf("systems of eleven rows in a domain and a group, at %d and at %d\n", std::max(1, n / 10), n);
+    bench::PrintHeader("systems");
+    bench::Growth growth;
+    const int status = bench::ForTwoSizes("bench_topology", n, WriteSystems,
+                                          [&](const char* backend, const std::string& ds, const std::string& path,
+                                              int count) {
+        const char* const settings[] = {"SYSTEM", "SYSTEM_PRC_ATTR", "SYSTEM_PRG_ATTR", "SYSTEM_SVS_ATTR",
+                                        "SYSTEM_SVR_ATTR"};
+        const std::vector<const char*> tables(std::begin(settings), std::end(settings));
+        const bench::Workload systems{count, tables,
+                                      {{"Systems", &DvnConvCoreDbFe::Systems, "System", tables}}};
+        bench::ImportTwiceAndLoad(backend, ds, path, count, systems, growth);
+    });
+    growth.Print("system");
+    return status;
+}
