@@ -42,20 +42,25 @@ Person "anna" {
   PersonHasRole -> "Modelers";
   PersonHasRole -> "Readers";
   PersonHasRole -> "Testers";
+  PersonHasRole -> "Chef d'\xC3\xA9quipe";
   PersonIsInOrganization -> "Back office";
   PersonIsInSystem -> "EAST";
 }
 Person "clerk" { Password = "clerk-pw"; PersonHasRole -> "Modelers"; PersonIsInOrganization -> "Office"; }
 Person "Zoe" { PersonHasRole -> "Modelers"; PersonHasRole -> "Readers"; PersonIsInOrganization -> "Office";
   PersonIsAuthorizedFor -> "Sales"; PersonIsAuthorizedFor -> "Tools"; AuthorizedForWorklists [ "clerk" "Zoe" "anna" ] }
-Person "j\xC3\xBCrgen" { PersonHasRole -> "Readers"; }
+Person "j\xC3\xBCrgen" { PersonHasRole -> "Readers"; AuthorizedForAllCategories = 2; IsAbsent = true;
+  PersonIsInOrganization -> "O'Brien & Co"; }
 
 Organization "Office" { Description = "The whole team"; OrganizationHasManager -> "admin"; }
 Organization "Back office" { OrganizationHasManager -> "anna"; OrganizationHasParent -> "Office"; }
+Organization "O'Brien & Co" { Description = "Caf\xC3\xA9 \"quoted\""; OrganizationHasManager -> "Zoe";
+  OrganizationHasParent -> "Back office"; }
 
 Role "System administrator" { Description = "Holds every right"; }
 Role "Modelers" { RoleHasCoordinator -> "anna"; }
-Role "Readers";
+Role "Readers" { Documentation = "Line\\one\nLine two"; }
+Role "Chef d'\xC3\xA9quipe" { RoleHasCoordinator -> "j\xC3\xBCrgen"; }
 Role "Testers" { Description = "Stored first"; }
 
 DataStructure "Order" { Members [ DataStructureMember "Amount" { Name = "Amount"; Type = 3; } ] }
@@ -75,6 +80,7 @@ Program "Calc" {
   Solaris { PathAndFilename = "/usr/calc"; }
   TR880 { External { Service = "t"; SecurityChecking = false; Duration { Type = 1; } } }
 }
+Program "Don't" { WINNT { Type = 4; PathAndFilename = "lost"; External { Service = "s"; Duration { Type = 2; } } } }
 Program "Mail" { ExecutionUser = 0; WINNT { Type = 2; PathAndFilename = "mail.exe"; } ProgramHasOutputStr -> "Order"; }
 
 Worklist "Open" { Description = "Mine"; ListCommon { Type = 1; Owner = "anna"; Where = "STATE = 'READY'";
@@ -83,11 +89,12 @@ Worklist "Plain";
 ActivitiesList "Late" { ListCommon { Type = 2; Where = "X > 1"; Threshold = 5; } }
 ProcessInstancesList "Running" { ListCommon { Type = 1; Owner = "clerk"; OrderBy = "NAME"; } }
 TemplatesList "All" { Description = "Every template"; }
+Worklist "J\xC3\xBCrgen's" { ListCommon { Type = 1; Owner = "j\xC3\xBCrgen"; } }
 
 ToolSet "Editor" {
   Description = "Icons"; DefaultProcessActivityIcon = "proc"; DefaultProgramActivityIcon = "prog";
   ProcessActivityIcons [ "b" "a" ] BlockActivityIcons [ "blk" ] BundleActivityIcons [ "bun" ]
-  InfoActivityIcons [ "i" ] ProgramActivityIcons [ "p2" "p1" ]
+  InfoActivityIcons [ "i" ] ProgramActivityIcons [ "p2" "P1" "\xC3\xA9" "_x" ]
 }
 ToolSet "Bare";
 )";
@@ -143,7 +150,7 @@ TEST_P(DvnbtRoundTrip, TeamProgramsListsAndToolSetsGoRoundUnchanged) {
     EXPECT_EQ(third.out, first.out);
 
     // Every section holds what the file gave.
-    for (const char* kind : {"Level: 2\n", "Person: 5\n", "Role: 4\n", "Organization: 2\n", "Program: 2\n", "Worklist: 2\n", "ActivitiesList: 1\n", "ProcessInstancesList: 1\n",
+    for (const char* kind : {"Level: 2\n", "Person: 5\n", "Role: 5\n", "Organization: 3\n", "Program: 3\n", "Worklist: 3\n", "ActivitiesList: 1\n", "ProcessInstancesList: 1\n",
                              "TemplatesList: 1\n", "ToolSet: 2\n", "Domain: 1\n", "SystemGroup: 1\n", "System: 2\n"})
         EXPECT_NE(first.err.find(kind), std::string::npos) << kind << first.err;
     // Passwords travel in their stored form: the administrator logged in
