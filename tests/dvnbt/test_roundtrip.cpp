@@ -160,6 +160,26 @@ TEST_P(DvnbtRoundTrip, TeamProgramsListsAndToolSetsGoRoundUnchanged) {
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.PERSON WHERE PASSWORD LIKE 'pbkdf2-sha256$%'"), "5");
 }
 
+TEST_P(DvnbtRoundTrip, AProgramThatOnlyTheRepositoryHoldsIsReadForAnImport) {
+    ASSERT_EQ(RunDvnbt(DvnbtArgs({"import", "--initial-load",
+                                  files.Write("Program \"Calc\" { WINNT { Type = 1; PathAndFilename = \"c.exe\"; } }\n")}))
+                  .status,
+              0);
+    // The profile names a data source that does not exist: the program is
+    // read from the database of the command line, and left as it is.
+    ProfileFile profile("current = Work\n[Work]\nBTODBCDataSourceName = no_such_source\n");
+    CliResult r = RunDvnbt(DvnbtArgs({"import", "--initial-load",
+                                      files.Write("Process \"Order\" { Diagram { Activities [ Activity \"Run\" {\n"
+                                                  "  Implementation { Type = 1; AsProgram = ProgramImplementation {\n"
+                                                  "    ReferencesProgram -> \"Calc\"; } } } ] } }\n")}));
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err.find("52009"), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find("Program Calc"), std::string::npos) << r.err;
+    EXPECT_EQ(QueryRows(Db(), "SELECT p.NAME, w.PATH_AND_FILE_NAME FROM DVBT.PROGRAM_ACTIVITY a JOIN DVBT.PROGRAM p ON "
+                              "p.PROGRAM_ID = a.PROGRAM_ID JOIN DVBT.WINNT_EXTENT w ON w.PROGRAM_ID = p.PROGRAM_ID"),
+              std::vector<std::string>{"Calc|c.exe"});
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtRoundTrip);
 
 }  // namespace
