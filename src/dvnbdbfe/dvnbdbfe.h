@@ -276,10 +276,11 @@ protected:
     template <class Set>
     bool LinkToRow(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
                    const char* keyColumn, const CRecordset& row, const CString& member);
-    // A link by key to each of the keys whose row exists in table.
+    // A link by key to each of the keys whose row exists in table, in the
+    // order of the targets' names (the name column read through TargetSet).
     template <class TargetSet>
     void LinkEach(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
-                  const char* keyColumn, const std::vector<CString>& keys);
+                  const char* keyColumn, CString TargetSet::*name, const std::vector<CString>& keys);
     // The values of one column of the rows that the statement gives, read
     // through Set, in the order the statement says.
     template <class Set>

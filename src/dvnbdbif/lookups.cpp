@@ -71,6 +71,13 @@ int DvnConvCoreDbIF::LoadDataStructure(DvnfEntity& structure) {
                    });
 }
 
+// A skeleton by its name, any other program by its key; the platform groups
+// are read anew, so a program loaded twice holds them once.
+int DvnConvCoreDbIF::LoadProgram(DvnfEntity& program) {
+    return RunLoad(program, "Load program", "Program", "LoadProgram",
+                   [&](DvnConvCoreDbFe& fe) { return fe.ProgramToCore(program); });
+}
+
 int DvnConvCoreDbIF::LoadCategory(DvnfEntity& category) {
     return RunLoad(category, "Load Category ", "CategorytoCore", "LoadCategory",
                    [&](DvnConvCoreDbFe& fe) { return fe.CategoryToCore(category); });
@@ -85,13 +92,6 @@ int DvnConvCoreDbIF::LoadDataMapping(DvnfEntity& connector) {
     }
     return RunLoad(connector, "Load Data Mapping ", "DataMapping", "LoadDataMapping", [&](DvnConvCoreDbFe&) {
         Report(51911, DvnString("Data connector"), connector.Name());
-        return 8;
-    });
-}
-
-int DvnConvCoreDbIF::LoadProgram(DvnfEntity& program) {
-    return RunLoad(program, "Load program", "Program", "LoadProgram", [&](DvnConvCoreDbFe&) {
-        Report(51911, DvnString("Program"), program.Name());
         return 8;
     });
 }

@@ -5,9 +5,9 @@
 // parse of a TRX file and the process cleaner. Each read runs through a
 // facade of its own, and so a connection of its own, always to the data
 // source of the machine profile: it never shares the connection of the
-// operation that it interrupts. Categories and data structures are read;
-// processes, activities, programs and servers cannot be read yet: their
-// entities stay as they are (programs and servers say so, 51911).
+// operation that it interrupts. Categories, data structures and programs are
+// read; processes, activities and servers cannot be read yet: their entities
+// stay as they are (servers say so, 51911).
 //
 // DvnfExportFrontend is the reader of the deep export: through the front end
 // and the connection of the export, it pulls in what the processes,

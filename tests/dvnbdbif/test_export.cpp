@@ -176,11 +176,30 @@ TEST_P(Export, SingleLoadsAndLookups) {
     DvnfEntity& address = data.GetEntityByName(DvnfString("DataStructure"), DvnfString("Address"), true);
     EXPECT_EQ(facade.GetDataStructureID(address).str(), "D1");
 
-    // Loads whose reads do not exist yet say so and give 8.
-    DvnfEntity& program = data.CreateEntity(DvnfString("Program"), DvnfString(""), DvnfString("Edit"));
+    // A program known by its name takes the row's key; loaded again by key
+    // it holds the groups whose rows are there now, once. No row: 8, and
+    // the skeleton stays.
+    TrxFiles files;
+    ASSERT_EQ(RunDvnbt(DvnbtArgs({"import", "--initial-load",
+                                  files.Write("Program \"Edit\" { WINNT { Type = 1; PathAndFilename = \"e.exe\"; }\n"
+                                              "  KRX { Type = 2; PathAndFilename = \"/e\"; } }\n")}))
+                  .status,
+              0);
     Messages();
-    EXPECT_EQ(facade.LoadProgram(program), 8);
-    EXPECT_EQ(Messages(), Lines{"51911|Program|Edit"});
+    EXPECT_EQ(facade.LoadProgram(data.GetEntityByName(DvnfString("Program"), DvnfString("Edit"), true)), 0);
+    DvnfEntity& edit = data.GetEntityByName(DvnfString("Program"), DvnfString("Edit"));
+    EXPECT_EQ(edit.OID().str(), QueryValue(Db(), "SELECT PROGRAM_ID FROM DVBT.PROGRAM"));
+    EXPECT_EQ(edit.State(), DvnfObject::StateUnchanged);
+    EXPECT_EQ(edit.AttributeData()("KRX")("PathAndFilename").AsString("").str(), "/e");
+    ExecAll(Db(), {"DELETE FROM DVBT.KRX_EXTENT", "UPDATE DVBT.WINNT_EXTENT SET PATH_AND_FILE_NAME = 'f.exe'"});
+    EXPECT_EQ(facade.LoadProgram(edit), 0);
+    EXPECT_EQ(facade.LoadProgram(edit), 0);
+    EXPECT_FALSE(edit.AttributeData()("KRX").IsDefined());
+    EXPECT_EQ(edit.AttributeData()("WINNT")("PathAndFilename").AsString("").str(), "f.exe");
+    DvnfEntity& none = data.GetEntityByName(DvnfString("Program"), DvnfString("Nope"), true);
+    EXPECT_EQ(facade.LoadProgram(none), 8);
+    EXPECT_EQ(data.GetEntityByName(DvnfString("Program"), DvnfString("Nope")).State(), DvnfObject::StateNone);
+    EXPECT_EQ(Messages(), Lines{});
 }
 
 TEST_P(Export, TheOnDemandReaderFillsCategoriesAndStructuresAndLeavesOthers) {

@@ -24,9 +24,8 @@ int DvnConvCoreDbFe::Organization(DvnOrganizationSet& row, DvnfEntity& organizat
     LinkToRow<DvnOrganizationSet>(organization, "OrganizationHasParent", "Organization", "ORGANIZATION",
                                   "ORGANIZATION_ID", row, row.m_PARENT_ORG_ID);
     const CString key = row.m_ORGANIZATION_ID;
-    for (const CString& person : ColumnOf(SelectFrom("PERSON", "ORGANIZATION_ID", key) + " ORDER BY PERSON_ID",
-                                          &DvnPersonSet::m_PERSON_ID))
-        m_pCoreData->AddLinkByOID(organization, DvnfString("OrganizationHasPerson"), DvnfString("Person"),
-                                  DvnfString(person.c_str()));
+    LinkEach<DvnPersonSet>(organization, "OrganizationHasPerson", "Person", "PERSON", "PERSON_ID",
+                           &DvnPersonSet::m_USERID,
+                           ColumnOf(SelectFrom("PERSON", "ORGANIZATION_ID", key), &DvnPersonSet::m_PERSON_ID));
     return LevelOk;
 }

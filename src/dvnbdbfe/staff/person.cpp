@@ -50,9 +50,8 @@ int DvnConvCoreDbFe::Person(DvnPersonSet& row, DvnfEntity& person) {
     CopyText(row, row.m_SECONDPHONE, attributes("SecondPhone"));
     if (!row.IsFieldNull(&row.m_LEVEL_ID) && row.m_LEVEL_ID != 0) attributes("Level") = static_cast<long>(row.m_LEVEL_ID);
     LinkToRow<DvnPersonSet>(person, "HasSubstitute", "Person", "PERSON", "PERSON_ID", row, row.m_SUBSTITUTE);
-    LinkEach<DvnRoleSet>(person, "PersonHasRole", "Role", "ROLE", "ROLE_ID",
-                         ColumnOf(SelectFrom("ROLE_INCL_PERSON", "PERSON_ID", key) + " ORDER BY ROLE_ID",
-                                  &DvnRelRoleSet::m_ROLE_ID));
+    LinkEach<DvnRoleSet>(person, "PersonHasRole", "Role", "ROLE", "ROLE_ID", &DvnRoleSet::m_NAME,
+                         ColumnOf(SelectFrom("ROLE_INCL_PERSON", "PERSON_ID", key), &DvnRelRoleSet::m_ROLE_ID));
     LinkToRow<DvnOrganizationSet>(person, "PersonIsInOrganization", "Organization", "ORGANIZATION",
                                   "ORGANIZATION_ID", row, row.m_ORGANIZATION_ID);
 
@@ -76,9 +75,8 @@ int DvnConvCoreDbFe::Person(DvnPersonSet& row, DvnfEntity& person) {
         // Both tables have the same two columns.
         for (const auto& [table, link] : {std::pair{"PERS_SEL_PADM_AUTH", "PersonIsAuthorizedAsAdminFor"},
                                           std::pair{"PERS_HAS_PRC_AUTH", "PersonIsAuthorizedFor"}})
-            LinkEach<DvnCategorySet>(person, link, "Category", "CATEGORY", "CATID",
-                                     ColumnOf(SelectFrom(table, "PERSON_ID", key) + " ORDER BY CATID",
-                                              &DvnPersHasPrcAuthSet::m_CATID));
+            LinkEach<DvnCategorySet>(person, link, "Category", "CATEGORY", "CATID", &DvnCategorySet::m_NAME,
+                                     ColumnOf(SelectFrom(table, "PERSON_ID", key), &DvnPersHasPrcAuthSet::m_CATID));
     } else {
         if (global != 0) attributes("AuthorizedForAllCategories") = 2L;
         if (globalAdmin != 0) attributes("AuthorizedForAllCategories") = 1L;
@@ -88,13 +86,16 @@ int DvnConvCoreDbFe::Person(DvnPersonSet& row, DvnfEntity& person) {
     if (!row.IsFieldNull(&row.m_GLOBAL_PERS_AUTH)) {
         attributes("AuthorizedForWorklistsOfAll") = row.m_GLOBAL_PERS_AUTH != 0;
         if (row.m_GLOBAL_PERS_AUTH == 0) {
-            for (const CString& otherId :
-                 ColumnOf(SelectFrom("PERS_AUTH_FOR_PERS", "PERSON_ID", key) + " ORDER BY AUTH_FOR_PERSON",
-                          &DvnPersAut4PersSet::m_AUTH_FOR_PERSON)) {
-                const std::vector<CString> users = ColumnOf(SelectFrom("PERSON", "PERSON_ID", otherId),
-                                                            &DvnPersonSet::m_USERID);
-                if (!users.empty()) attributes("AuthorizedForWorklists").NewSetElement() = users.front().c_str();
+            // By user id, as the links are ordered (staffload.h).
+            std::vector<CString> users;
+            for (const CString& otherId : ColumnOf(SelectFrom("PERS_AUTH_FOR_PERS", "PERSON_ID", key),
+                                                   &DvnPersAut4PersSet::m_AUTH_FOR_PERSON)) {
+                const std::vector<CString> user = ColumnOf(SelectFrom("PERSON", "PERSON_ID", otherId),
+                                                           &DvnPersonSet::m_USERID);
+                users.insert(users.end(), user.begin(), user.end());
             }
+            std::sort(users.begin(), users.end());
+            for (const CString& user : users) attributes("AuthorizedForWorklists").NewSetElement() = user.c_str();
         }
     }
 

@@ -22,8 +22,7 @@ int DvnConvCoreDbFe::Role(DvnRoleSet& row, DvnfEntity& role) {
     CopyTexts(row, row.m_DESCRIPTION, row.m_DOCUMENTATION, role.AttributeData());
     // A member who is no longer a person is left out in silence.
     const CString key = row.m_ROLE_ID;
-    LinkEach<DvnPersonSet>(role, "RoleHasPerson", "Person", "PERSON", "PERSON_ID",
-                           ColumnOf(SelectFrom("ROLE_INCL_PERSON", "ROLE_ID", key) + " ORDER BY PERSON_ID",
-                                    &DvnRelRoleSet::m_PERSON_ID));
+    LinkEach<DvnPersonSet>(role, "RoleHasPerson", "Person", "PERSON", "PERSON_ID", &DvnPersonSet::m_USERID,
+                           ColumnOf(SelectFrom("ROLE_INCL_PERSON", "ROLE_ID", key), &DvnRelRoleSet::m_PERSON_ID));
     return LevelOk;
 }

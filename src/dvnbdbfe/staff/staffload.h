@@ -2,6 +2,9 @@
 // a relation in a fixed order. Internal header of the front end.
 #pragma once
 
+#include <algorithm>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "dvnbdbfe.h"
@@ -29,10 +32,20 @@ std::vector<CString> DvnConvCoreDbFe::ColumnOf(const CString& statement, CString
     return values;
 }
 
+// Names, not keys, give the order of the links: keys are drawn anew in every
+// repository, the names travel with the text, so a repository exported and
+// imported elsewhere loads its relations in the same order. Bytewise, the
+// same on every database.
 template <class TargetSet>
 void DvnConvCoreDbFe::LinkEach(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
-                               const char* keyColumn, const std::vector<CString>& keys) {
-    for (const CString& key : keys)
-        if (RowExists<TargetSet>(table, keyColumn, key))
-            m_pCoreData->AddLinkByOID(entity, DvnfString(linkName), DvnfString(targetType), DvnfString(key.c_str()));
+                               const char* keyColumn, CString TargetSet::*name, const std::vector<CString>& keys) {
+    std::vector<std::pair<std::string, CString>> targets;
+    for (const CString& key : keys) {
+        TargetSet rs(m_pDatabase);
+        ReadRows(rs, SelectFrom(table, keyColumn, key),
+                 [&](TargetSet& row) { targets.emplace_back((row.*name).c_str(), key); });
+    }
+    std::sort(targets.begin(), targets.end());  // by name, then by key
+    for (const auto& [targetName, key] : targets)
+        m_pCoreData->AddLinkByOID(entity, DvnfString(linkName), DvnfString(targetType), DvnfString(key.c_str()));
 }
