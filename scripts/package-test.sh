@@ -61,6 +61,6 @@ DVNBT_USER=anna DVNBT_PASSWORD=anna-pw dvnbt --db dvnbt.db import "$examples/cat
 got="$(sqlite3 dvnbt.db "SELECT NAME FROM CATEGORY ORDER BY NAME" | tr '\n' '|')"
 [ "$got" = "Human Resources|Purchasing|Sales|" ] || fail "categories stored: $got"
 sqlite3 -header -column dvnbt.db "SELECT NAME, CHECKED_OUT, DESCRIPTION FROM CATEGORY ORDER BY NAME"
-DVNBT_USER=anna DVNBT_PASSWORD=anna-pw dvnbt --db dvnbt.db export -o dvnbt-export.trx
+DVNBT_USER=admin DVNBT_PASSWORD=change-me dvnbt --db dvnbt.db export -o dvnbt-export.trx
 grep -q '^Category "Sales" {' dvnbt-export.trx || fail "the export holds no category Sales"
 echo "== package test passed"

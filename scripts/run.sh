@@ -17,4 +17,4 @@ DVNBT_USER=anna DVNBT_PASSWORD=anna-pw "$dvnbt" --db "$db" import "$root/example
 sqlite3 -header -column "$db" \
   "SELECT USERID, LEVEL_ID, STAFF_AUTH, PROC_DEF_AUTH FROM PERSON ORDER BY USERID;
    SELECT NAME, CHECKED_OUT, DESCRIPTION FROM CATEGORY ORDER BY NAME; SELECT * FROM VERSION;"
-DVNBT_USER=anna DVNBT_PASSWORD=anna-pw "$dvnbt" --db "$db" export -o "$(dirname "$db")/dvnbt-export.trx"
+DVNBT_USER=admin DVNBT_PASSWORD=change-me "$dvnbt" --db "$db" export -o "$(dirname "$db")/dvnbt-export.trx"
