@@ -272,7 +272,7 @@ TEST_P(ProcessLoad, ActivitiesBlocksAndBundlesReadBack) {
     EXPECT_EQ(Names(bundle.AttributeData()("Diagram"), "Activities"), "Pattern");
     EXPECT_EQ(Defined(bundle.AttributeData(), {"RestartOption", "PromptForPlanning", "InstantiatingMember",
                                                "NrOfInstances"}),
-              "RestartOption=2 PromptForPlanning=false InstantiatingMember=Items NrOfInstances=3");
+              "RestartOption=1 PromptForPlanning=false InstantiatingMember=Items NrOfInstances=3");
     EXPECT_EQ(Defined(attributes("BP")("Start"), {"Manual"}), "Manual=true");
     EXPECT_FALSE(attributes("E")("Implementation")("AsBundle").AsEntity().AttributeData()("Diagram").IsDefined());
 
