@@ -3,7 +3,10 @@
 // flow readings, the order of the sets and a second load by name.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "../loadrun.h"
+#include "odbccall.h"
 #include "dvnbauth.h"
 #include "repositorydb.h"
 #include "testenv.h"
@@ -394,6 +397,40 @@ TEST_P(ProcessLoad, StaffAssignmentsAndTheirLinksComeInTheOrderOfNames) {
     };
     for (const auto& [aid, expected] : cases) EXPECT_EQ(line(aid), expected) << aid;
     EXPECT_EQ(Defined(run.Get("Activity", "N5").AttributeData(), {"NotifyType"}), "NotifyType=5");
+}
+
+TEST_P(ProcessLoad, AFailedReadIsTracedOrReportedWhereTheLoadCatchesIt) {
+    AddProcess("P1", "Free", "0", nullptr);
+    TraceCapture trace;
+    LoadRun run(Db());
+    DvnfEntity& connector = run.data.CreateEntity(DvnfString("DataConnector"), DvnfString("D1"), DvnfString(""));
+    DvnfEntity& process = run.data.CreateEntity(DvnfString("Process"), DvnfString("P1"), DvnfString("Free"));
+    // Each load's first statement fails once. The loads that give a result
+    // give 8 and tell the user (51368); the others only trace.
+    struct Case {
+        std::string context;
+        std::function<int()> load;
+        int result;
+    };
+    const std::vector<Case> loads = {
+        {"Exception In Processes: rc =", [&] { run.fe.Processes(DvnString("")); return 0; }, 0},
+        {"Exception In ProcessByName: rc =", [&] { return run.fe.ProcessByName("Free").IsValid() ? 1 : 0; }, 0},
+        {"Exception In ProcessContainers: rc =",
+         [&] { return run.fe.ProcessContainers(process.AttributeData(), &process, "P1"); }, 8},
+        {"Exception In DataMapping: rc =", [&] { return run.fe.DataMapping(&connector, "D1"); }, 8},
+    };
+    for (const auto& [context, load, expected] : loads) {
+        run.handler.Clear();
+        DvnOdbcFaults::Reset();
+        DvnOdbcFaults::FailCall(1, "08S01");
+        const int result = load();
+        EXPECT_TRUE(DvnOdbcFaults::Fired()) << context;
+        DvnOdbcFaults::Reset();
+        EXPECT_NE(trace.Text().find(context), std::string::npos) << context;
+        EXPECT_EQ(result, expected) << context;
+        EXPECT_EQ(run.handler.Count(51368), expected == 8 ? 1u : 0u) << context;
+    }
+    EXPECT_EQ(QueryValue(Db(), "SELECT CHECKED_OUT_BY FROM DVBT.PROCESS"), "<null>");
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(ProcessLoad);
