@@ -275,7 +275,8 @@ int DvnConvCoreDbFe::ProcessAttributes(DvnfAttributeData attributes, DvnfEntity*
     try {
         found = ReadRows(topology, Table("PROCESS_TOPOL_ATTR"), [&](DvnProcessTopolAttrSet& t) {
             DvnfAttributeData defaults = attributes("ProcessDefault");
-            if (!t.IsFieldNull(&t.m_KEEP_FIN_WRKITM_TI)) GetTimePeriod(t.m_KEEP_FIN_WRKITM_TI, defaults("KeepWorkitems"));
+            if (!t.IsFieldNull(&t.m_KEEP_FIN_WRKITM_TI))
+                GetTimePeriod(t.m_KEEP_FIN_WRKITM_TI, defaults("KeepWorkitems"));
             if (!t.IsFieldNull(&t.m_KEEP_FIN_PRC_TIME)) GetTimePeriod(t.m_KEEP_FIN_PRC_TIME, defaults("KeepProcesses"));
             if (!t.IsFieldNull(&t.m_NOT_CONT_MEMBER))
                 attributes("NotificationFromInput") = t.m_NOT_CONT_MEMBER.c_str();
