@@ -6,6 +6,7 @@
 // its input.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -26,10 +27,11 @@ std::string ReadData(const std::string& name) {
 struct CorpusFile {
     const char* input;
     const char* expected;
+    int importLevel;  // 4: it names what another file defines
 };
 const CorpusFile kCorpus[] = {
-    {"diagram.trx", "diagram.expected.trx"},
-    {"staff.trx", "staff.expected.trx"},
+    {"diagram.trx", "diagram.expected.trx", 4},
+    {"staff.trx", "staff.expected.trx", 4},
 };
 
 // The facade with its core data.
@@ -46,7 +48,7 @@ protected:
         RoundTripTest::SetUp();
         DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
         DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
-        ASSERT_EQ(Import(ReadData("definitions.trx")), 0);
+        Store(ReadData("definitions.trx"));
         // No store writes servers yet: the program activities' server is a row.
         AddServer(Db(), "PE_SERVER", "PES-KEY-1", "PES1",
                   QueryValue(Db(), "SELECT SYSTEM_ID FROM DVBT.SYSTEM WHERE NAME = 'DVNSYS'"));
@@ -54,6 +56,26 @@ protected:
     void TearDown() override {
         DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
         RoundTripTest::TearDown();
+    }
+    // Imports the text as an initial load. A process file names persons,
+    // roles, organizations, systems and servers that it does not define,
+    // which the parser cannot read on demand: it warns (52009; 51911 for the
+    // server) and the import gives 4. Any other message but progress fails.
+    void Store(const std::string& text, int expectedLevel = 0) {
+        DvnConvCoreDbIF facade;
+        testing::internal::CaptureStdout();
+        const int level = facade.ImportTRX(DvnString(m_files.Write(text)), DvnString(DataSource()), true, true, true);
+        const std::string out = testing::internal::GetCapturedStdout();
+        ASSERT_EQ(level, expectedLevel) << out;
+        std::istringstream lines(out);
+        for (std::string line; std::getline(lines, line);) {
+            if (line.size() < 6 || line[5] != ':' || line.find_first_not_of("0123456789") != 5) continue;
+            const long number = std::stol(line.substr(0, 5));
+            auto ends = [&](const char* tail) { return line.size() > 8 && line.rfind(tail) == line.size() - std::strlen(tail); };
+            const bool progress =
+                ends(" added.") || ends(" saved.") || line.find(": Saving ") == 5 || number == 52010;
+            EXPECT_TRUE(progress || number == 52009 || number == 51911) << line;
+        }
     }
     // Every process whole, as an export reads them, with the names of what
     // they refer to.
@@ -86,7 +108,8 @@ protected:
         }
     }
     static std::vector<std::string> ProcessNames(const std::string& text) {
-        DvnfTRXData data;
+        DvnfCollectingMessageHandler quiet;
+        DvnfTRXData data(DvnfTRXTypes::_instance, &quiet);
         std::string error;
         EXPECT_EQ(DvnTRXFrontend(data, nullptr).ReadText(text, "corpus", 0, nullptr, &error), 0) << error;
         std::vector<std::string> names;
@@ -99,7 +122,7 @@ TEST_P(Corpus, EachFileLoadsAsItsExpectedTextWholeAndLevelByLevel) {
     for (const CorpusFile& file : kCorpus) {
         SCOPED_TRACE(file.input);
         const std::string input = ReadData(file.input);
-        ASSERT_EQ(Import(input), 0);
+        ASSERT_NO_FATAL_FAILURE(Store(input, file.importLevel));
         const std::string expected = Canonical(ReadData(file.expected));
         EXPECT_EQ(Exported(), expected);
         EXPECT_EQ(Edited(input), expected);
@@ -108,7 +131,7 @@ TEST_P(Corpus, EachFileLoadsAsItsExpectedTextWholeAndLevelByLevel) {
 
 TEST_P(Corpus, AnEditorCycleChangesOneActivityAndNothingElse) {
     const std::string input = ReadData("diagram.trx");
-    ASSERT_EQ(Import(input), 0);
+    ASSERT_NO_FATAL_FAILURE(Store(input, 4));
     {
         Loaded run;
         Open(run, "Shipment");
