@@ -14,7 +14,6 @@
 #include "dvnbdbif.h"
 #include "dvnbdbrd.h"
 #include "dvnprocsets.h"
-#include "editorloads.h"
 #include "loadframe.h"
 
 namespace {
@@ -69,7 +68,7 @@ DvnfEntity& DvnConvCoreDbIF::LoadProcess(const DvnString& name) {
     const int level = LoadFrame(
         name, "Load Process ", "ProcesstoCore", "LoadProcess",
         [&](DvnConvCoreDbFe& fe) {
-            process = &editorloads::ProcessByName(fe, name);
+            process = &fe.ProcessByName(name.c_str());
             GetNamesOfAll();
             return 0;
         },
@@ -83,7 +82,7 @@ int DvnConvCoreDbIF::LoadProcessAttributes(DvnfEntity& process) {
         [&](DvnConvCoreDbFe& fe) {
             return ReadAttributes<DvnProcessSet>(
                 *m_pDatabase, fe.GetTablePrefix(), kProcessRow, process, *m_pData->MessageHandler(),
-                [&](DvnProcessSet& row) { return editorloads::ProcessAttributes(fe, process, row); });
+                [&](DvnProcessSet& row) { return fe.ProcessAttributes(process.AttributeData(), &process, row); });
         },
         [] {});
 }
@@ -98,7 +97,7 @@ int DvnConvCoreDbIF::LoadActivityAttributes(DvnfEntity& activity) {
         [&](DvnConvCoreDbFe& fe) {
             return ReadAttributes<DvnActivitySet>(
                 *m_pDatabase, fe.GetTablePrefix(), kActivityRow, activity, *m_pData->MessageHandler(),
-                [&](DvnActivitySet& row) { return editorloads::ActivityAttributes(fe, activity, row); });
+                [&](DvnActivitySet& row) { return fe.ActivityAttributes(activity.AttributeData(), &activity, &row); });
         },
         [] {});
 }
@@ -118,12 +117,16 @@ int DvnConvCoreDbIF::LoadBlock(DvnfEntity& block, const DvnString& processId, bo
     return LoadFrame(
         block.Name(), "Load block ", nullptr, "LoadBlock",
         [&](DvnConvCoreDbFe& fe) {
+            auto read = [&](DvnfEntity& each, std::vector<DvnfEntity*>* blocks) {
+                DvnfAttributeData attributes = each.AttributeData();
+                fe.BlockActivity(attributes, &each, CString(each.OID().c_str()), pid, true, blocks != nullptr, blocks);
+            };
             if (!deep) {
-                editorloads::BlockActivity(fe, block, pid, nullptr);
+                read(block, nullptr);
             } else {
                 std::vector<DvnfEntity*> blocks;
-                editorloads::BlockActivity(fe, block, pid, &blocks);
-                for (size_t i = 0; i < blocks.size(); ++i) editorloads::BlockActivity(fe, *blocks[i], pid, &blocks);
+                read(block, &blocks);
+                for (size_t i = 0; i < blocks.size(); ++i) read(*blocks[i], &blocks);
             }
             GetNamesOfAll();
             return 0;

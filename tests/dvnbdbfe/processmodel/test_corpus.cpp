@@ -6,6 +6,7 @@
 // its input.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -122,10 +123,20 @@ TEST_P(Corpus, EachFileLoadsAsItsExpectedTextWholeAndLevelByLevel) {
     for (const CorpusFile& file : kCorpus) {
         SCOPED_TRACE(file.input);
         const std::string input = ReadData(file.input);
+        ExecAll(Db(), {"DELETE FROM DVBT.PROCESS"});  // the schema takes all below a process along
         ASSERT_NO_FATAL_FAILURE(Store(input, file.importLevel));
         const std::string expected = Canonical(ReadData(file.expected));
-        EXPECT_EQ(Exported(), expected);
-        EXPECT_EQ(Edited(input), expected);
+        const std::string exported = Exported(), edited = Edited(input);
+        EXPECT_EQ(exported, expected);
+        EXPECT_EQ(edited, expected);
+        // DVN_CORPUS_OUT=folder writes what was loaded there, and the
+        // canonical text of the input beside it, to compare by eye.
+        if (const char* out = std::getenv("DVN_CORPUS_OUT")) {
+            const std::string base = std::string(out) + "/" + BackendName(GetParam()) + "." + file.input;
+            std::ofstream(base + ".input") << Canonical(input);
+            std::ofstream(base + ".exported") << exported;
+            std::ofstream(base + ".edited") << edited;
+        }
     }
 }
 
