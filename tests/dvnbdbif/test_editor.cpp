@@ -161,6 +161,112 @@ TEST_P(Editor, ASaveStoresByKeyAndWarningsEndAsZero) {
     EXPECT_NE(trace.Text().find("Finished with Process Model Save.Warnings found."), std::string::npos);
 }
 
+// A process with a block three deep and an activity beside it, imported.
+const char* const kNested = R"(
+Process "Order" {
+  Description = "as imported";
+  Diagram {
+    Activities [
+      Activity "Check" { Description = "as imported"; Implementation { Type = 5; } }
+      Activity "Outer" { Implementation { Type = 3; AsBlock = BlockImplementation { Diagram { Activities [
+        Activity "Inner" { Implementation { Type = 3; AsBlock = BlockImplementation { Diagram { Activities [
+          Activity "Deepest" { Implementation { Type = 3; AsBlock = BlockImplementation { Diagram { Activities [
+            Activity "Leaf" { Implementation { Type = 5; } }
+          ] } } } }
+        ] } } } }
+      ] } } } }
+    ]
+  }
+}
+)";
+
+TEST_P(Editor, ABlockIsReadLevelByLevelOrWholeAndOnlyTheBlockGivenIsMarked) {
+    DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
+    TrxFiles files;
+    {
+        DvnConvCoreDbIF importer;
+        testing::internal::CaptureStdout();
+        ASSERT_EQ(importer.ImportTRX(DvnString(files.Write(kNested)), DvnString(DataSource()), true, true, true), 0);
+        testing::internal::GetCapturedStdout();
+    }
+    EditorFacade facade(&data);
+    DvnfEntity& order = facade.LoadProcess(DvnString("Order"));
+    ASSERT_TRUE(order.IsValid());
+    EXPECT_EQ(order.State(), DvnfObject::StateUnchanged);
+    EXPECT_FALSE(facade.ConnectionOpen());
+    auto activity = [&](const char* name) -> DvnfEntity& {
+        return data.GetEntityByName(DvnfString("Activity"), DvnfString(name));
+    };
+    // The first level: Outer is a shell.
+    DvnfEntity& outer = activity("Outer");
+    ASSERT_TRUE(outer.IsValid());
+    EXPECT_FALSE(outer.IsBlockContentInMemory());
+    EXPECT_FALSE(activity("Inner").IsValid());
+
+    // One level: Inner appears as a shell, and only Outer is marked.
+    const DvnString pid(order.OID().c_str());
+    EXPECT_EQ(facade.LoadBlock(outer, pid, false), 0);
+    EXPECT_FALSE(facade.ConnectionOpen());
+    DvnfEntity& inner = activity("Inner");
+    ASSERT_TRUE(inner.IsValid());
+    EXPECT_TRUE(outer.IsBlockContentInMemory());
+    EXPECT_FALSE(inner.IsBlockContentInMemory());
+    EXPECT_FALSE(activity("Deepest").IsValid());
+    // Outer is in memory: deep or not, nothing more is read through it.
+    EXPECT_EQ(facade.LoadBlock(outer, pid, true), 0);
+    EXPECT_FALSE(activity("Deepest").IsValid());
+
+    // Deep from Inner: the blocks found on the way are read in the same call.
+    EXPECT_EQ(facade.LoadBlock(inner, pid, true), 0);
+    EXPECT_TRUE(inner.IsBlockContentInMemory());
+    EXPECT_TRUE(activity("Deepest").IsValid());
+    EXPECT_TRUE(activity("Leaf").IsValid());
+    EXPECT_EQ(Messages(), Lines{});
+}
+
+TEST_P(Editor, ActivityAttributesAreReadOnceAndProcessAttributesAtEveryCall) {
+    DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
+    TrxFiles files;
+    {
+        DvnConvCoreDbIF importer;
+        testing::internal::CaptureStdout();
+        ASSERT_EQ(importer.ImportTRX(DvnString(files.Write(kNested)), DvnString(DataSource()), true, true, true), 0);
+        testing::internal::GetCapturedStdout();
+    }
+    EditorFacade facade(&data);
+    DvnfEntity& order = facade.LoadProcess(DvnString("Order"));
+    ASSERT_TRUE(order.IsValid());
+    DvnfEntity& check = data.GetEntityByName(DvnfString("Activity"), DvnfString("Check"));
+    // The editor's load reads the attributes of the first level already.
+    EXPECT_TRUE(order.IsAttributeDataAttrComplete());
+    EXPECT_TRUE(check.IsAttributeDataAttrComplete());
+    auto description = [](const DvnfEntity& e) { return e.AttributeData()("Description").Value().str(); };
+
+    ExecAll(Db(), {"UPDATE DVBT.PROCESS SET DESCRIPTION = 'changed'",
+                   "UPDATE DVBT.ACTIVITY SET DESCRIPTION = 'changed' WHERE NAME = 'Check'"});
+    // In memory: not read again.
+    EXPECT_EQ(facade.LoadActivityAttributes(check), 0);
+    EXPECT_EQ(description(check), "as imported");
+    // Not in memory: read, and marked; a second call reads no more.
+    check.SetFlags(DvnfEntity::FlagAttributesComplete, false);
+    EXPECT_EQ(facade.LoadActivityAttributes(check), 0);
+    EXPECT_EQ(description(check), "changed");
+    EXPECT_TRUE(check.IsAttributeDataAttrComplete());
+    ExecAll(Db(), {"UPDATE DVBT.ACTIVITY SET DESCRIPTION = 'again' WHERE NAME = 'Check'"});
+    EXPECT_EQ(facade.LoadActivityAttributes(check), 0);
+    EXPECT_EQ(description(check), "changed");
+
+    // The process's attributes are read whenever asked.
+    EXPECT_EQ(facade.LoadProcessAttributes(order), 0);
+    EXPECT_EQ(description(order), "changed");
+    ExecAll(Db(), {"UPDATE DVBT.PROCESS SET DESCRIPTION = 'again'"});
+    EXPECT_EQ(facade.LoadProcessAttributes(order), 0);
+    EXPECT_EQ(description(order), "again");
+    EXPECT_FALSE(facade.ConnectionOpen());
+    // No load stamps the process.
+    EXPECT_EQ(QueryValue(Db(), "SELECT CHECKED_OUT_BY FROM DVBT.PROCESS"), "<null>");
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(Editor);
 
 }  // namespace
