@@ -158,7 +158,7 @@ TEST_P(Export, TheDeepReaderReadsByKeyAndAProcessByItsQuotedName) {
     EXPECT_EQ(Read("Category"), Lines{"Sales|3"});
     // The process found is read by its key; the one gone stays a skeleton.
     EXPECT_EQ(fe.ReportPending(), 0);
-    EXPECT_EQ(Messages(), (Lines{"51513|Sales", "51508|O'Neil"}));
+    EXPECT_EQ(Messages(), (Lines{"51508|O'Neil", "51513|Sales"}));
     EXPECT_EQ(Read("Process"), Lines{"O'Neil|3"});
     EXPECT_EQ(data.GetEntityByName(DvnfString("Process"), DvnfString("Gone")).State(), DvnfObject::StateNone);
 }

@@ -346,7 +346,8 @@ void DvnConvCoreDbFe::BundleActivity(DvnfAttributeData& attributes, DvnfEntity* 
     DvnBundleActivitySet rs(m_pDatabase);
     ReadRows(rs, SelectFrom("BUNDLE_ACTIVITY", "AID", aid), [&](DvnBundleActivitySet& row) {
         DvnfAttributeData target = bundle.AttributeData();
-        target("RestartOption") = IsOne(row, row.m_RESTART_OPTION) ? 2L : 1L;
+        // Kept as the store writes it: 2 is 2, anything else 1.
+        target("RestartOption") = !row.IsFieldNull(&row.m_RESTART_OPTION) && row.m_RESTART_OPTION == 2 ? 2L : 1L;
         target("PromptForPlanning") = !row.IsFieldNull(&row.m_PROMPT_FOR_PLANG) && row.m_PROMPT_FOR_PLANG == 1;
         if (const auto mode = Value(row, row.m_PLANNING_MODE); mode && *mode >= 1 && *mode <= 3)
             target("PlanningMode") = *mode;

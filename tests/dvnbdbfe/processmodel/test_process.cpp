@@ -3,7 +3,10 @@
 // flow readings, the order of the sets and a second load by name.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "../loadrun.h"
+#include "odbccall.h"
 #include "dvnbauth.h"
 #include "repositorydb.h"
 #include "testenv.h"
@@ -272,7 +275,7 @@ TEST_P(ProcessLoad, ActivitiesBlocksAndBundlesReadBack) {
     EXPECT_EQ(Names(bundle.AttributeData()("Diagram"), "Activities"), "Pattern");
     EXPECT_EQ(Defined(bundle.AttributeData(), {"RestartOption", "PromptForPlanning", "InstantiatingMember",
                                                "NrOfInstances"}),
-              "RestartOption=2 PromptForPlanning=false InstantiatingMember=Items NrOfInstances=3");
+              "RestartOption=1 PromptForPlanning=false InstantiatingMember=Items NrOfInstances=3");
     EXPECT_EQ(Defined(attributes("BP")("Start"), {"Manual"}), "Manual=true");
     EXPECT_FALSE(attributes("E")("Implementation")("AsBundle").AsEntity().AttributeData()("Diagram").IsDefined());
 
@@ -332,6 +335,102 @@ TEST_P(ProcessLoad, SourcesSinksAndConnectorsReadBackInTheirOrder) {
     EXPECT_FALSE(run.data.GetEntityByName(DvnfString("TextAnnotation"), DvnfString("Early"))
                      .AttributeData()("Font")
                      .IsDefined());
+}
+
+TEST_P(ProcessLoad, StaffAssignmentsAndTheirLinksComeInTheOrderOfNames) {
+    AddProcess("S", "Staff", "0", nullptr);
+    // Keys run against the names: an order by key would show.
+    AddRole(Db(), "R1", "Zed");
+    AddRole(Db(), "R2", "Abe");
+    AddOrganization(Db(), "G1", "Shipping");
+    AddProgram(Db(), "T1", "zip");
+    AddProgram(Db(), "T2", "adder");
+    AddSystemGroup(Db(), "SG", "SYS_GRP");
+    AddPerson(Db(), {.id = "U1", .userId = "ZOE", .systemGroup = "SG", .password = "a"});
+    AddPerson(Db(), {.id = "U2", .userId = "ADA", .systemGroup = "SG", .password = "a"});
+    ExecAll(Db(), {
+        "INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, ACTIVITY_KIND, START_CONDITION) VALUES "
+        "('M1', 'Members', 'S', 2, 1), ('C2', 'Coordinator', 'S', 2, 1), ('P3', 'Persons', 'S', 2, 1), "
+        "('O11', 'Manager', 'S', 2, 1), ('F11', 'ManagerFromInput', 'S', 2, 1), ('N5', 'Notified', 'S', 2, 1)",
+        "INSERT INTO DVBT.ACTIVITY_EXTENT (AID, DONE_BY, ORGANIZATION, ORG_CONT_MEMBER, INCL_CHILD_ORG, MIN_LEVEL, "
+        "MAX_LVL_CONT_MBR, FIRST_NOT_TARGET, FIRST_NOT_ASSGMNT, NOTIFICATION_INTVL) VALUES "
+        "('M1', 1, 'G1', NULL, 2, 1, 'top', NULL, NULL, NULL), "
+        "('C2', 2, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
+        "('P3', 3, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
+        "('O11', 11, 'G1', NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
+        "('F11', 11, NULL, 'boss', 1, NULL, NULL, NULL, NULL, NULL), "
+        "('N5', 6, NULL, NULL, NULL, NULL, NULL, 4, 'U1', 30)",
+        "INSERT INTO DVBT.ACTIVITY_BY_ROLE (AID, ROLE) VALUES ('M1', 'R1'), ('M1', 'R2'), ('C2', 'R1'), ('C2', 'R2')",
+        "INSERT INTO DVBT.ACT_BY_ROLE_F_CONT (AID, CONTAINER_MEMBER) VALUES ('M1', 'z'), ('M1', 'a'), ('C2', 'y'), "
+        "('C2', 'b')",
+        "INSERT INTO DVBT.ACTIVITY_BY_PERSON (AID, PERSON_ID) VALUES ('P3', 'U1'), ('P3', 'U2')",
+        "INSERT INTO DVBT.ACT_BY_PERS_F_CONT (AID, CONTAINER_MEMBER) VALUES ('P3', 'q'), ('P3', 'c')",
+        "INSERT INTO DVBT.ACT_HAS_SUP_TOOL (AID, PROGRAM_ID) VALUES ('N5', 'T1'), ('N5', 'T2')",
+    });
+    LoadRun run(Db());
+    run.fe.Processes(DvnString("S"));
+    // Each activity: its assignment, the members from input, then the keys of its links.
+    auto line = [&](const char* aid) {
+        const DvnfEntity& activity = run.Get("Activity", aid);
+        const DvnfAttributeDataReader doneBy = activity.AttributeData()("DoneBy");
+        std::string out = Defined(doneBy, {"AssignType", "IncludeType", "CoordinatorFromInput", "OrganizationFromInput",
+                                           "MgrOrganizationFromInput", "LevelFrom", "LevelToFromInput"});
+        for (const char* set : {"MembersFromInput", "PersonsFromInput"}) {
+            DvnfDataSetIterator members = doneBy(set).ElementsOfSet();
+            for (DvnfAttributeDataReader m = members.First(); m.IsValid(); m = members.Next())
+                out += " " + m.Value().str();
+        }
+        for (const DvnfLink& link : activity.Links())
+            if (std::string(link.Type().Name().str()) != "ActivityHasInputStr" &&
+                std::string(link.Type().Name().str()) != "ActivityHasOutputStr")
+                out += " " + link.Type().Name().str() + ">" + link.Target().OID().str();
+        return out;
+    };
+    const std::vector<std::pair<const char*, std::string>> cases = {
+        {"M1", "AssignType=1 IncludeType=2 LevelFrom=1 LevelToFromInput=top a z DoneByRoleMember>R2 "
+               "DoneByRoleMember>R1 DoneByOrg>G1"},
+        {"C2", "AssignType=2 CoordinatorFromInput=b DoneByRoleCoordinator>R2 DoneByRoleCoordinator>R1"},
+        {"P3", "AssignType=3 c q DoneByPerson>U2 DoneByPerson>U1"},
+        {"O11", "AssignType=11 IncludeType=1 DoneByMgrOrganization>G1"},
+        {"F11", "AssignType=11 IncludeType=3 MgrOrganizationFromInput=boss"},
+        {"N5", "AssignType=6 NotifiedPerson>U1 HasSupportTool>T2 HasSupportTool>T1"},
+    };
+    for (const auto& [aid, expected] : cases) EXPECT_EQ(line(aid), expected) << aid;
+    EXPECT_EQ(Defined(run.Get("Activity", "N5").AttributeData(), {"NotifyType"}), "NotifyType=5");
+}
+
+TEST_P(ProcessLoad, AFailedReadIsTracedOrReportedWhereTheLoadCatchesIt) {
+    AddProcess("P1", "Free", "0", nullptr);
+    TraceCapture trace;
+    LoadRun run(Db());
+    DvnfEntity& connector = run.data.CreateEntity(DvnfString("DataConnector"), DvnfString("D1"), DvnfString(""));
+    DvnfEntity& process = run.data.CreateEntity(DvnfString("Process"), DvnfString("P1"), DvnfString("Free"));
+    // Each load's first statement fails once. The loads that give a result
+    // give 8 and tell the user (51368); the others only trace.
+    struct Case {
+        std::string context;
+        std::function<int()> load;
+        int result;
+    };
+    const std::vector<Case> loads = {
+        {"Exception In Processes: rc =", [&] { run.fe.Processes(DvnString("")); return 0; }, 0},
+        {"Exception In ProcessByName: rc =", [&] { return run.fe.ProcessByName("Free").IsValid() ? 1 : 0; }, 0},
+        {"Exception In ProcessContainers: rc =",
+         [&] { return run.fe.ProcessContainers(process.AttributeData(), &process, "P1"); }, 8},
+        {"Exception In DataMapping: rc =", [&] { return run.fe.DataMapping(&connector, "D1"); }, 8},
+    };
+    for (const auto& [context, load, expected] : loads) {
+        run.handler.Clear();
+        DvnOdbcFaults::Reset();
+        DvnOdbcFaults::FailCall(1, "08S01");
+        const int result = load();
+        EXPECT_TRUE(DvnOdbcFaults::Fired()) << context;
+        DvnOdbcFaults::Reset();
+        EXPECT_NE(trace.Text().find(context), std::string::npos) << context;
+        EXPECT_EQ(result, expected) << context;
+        EXPECT_EQ(run.handler.Count(51368), expected == 8 ? 1u : 0u) << context;
+    }
+    EXPECT_EQ(QueryValue(Db(), "SELECT CHECKED_OUT_BY FROM DVBT.PROCESS"), "<null>");
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(ProcessLoad);
