@@ -180,15 +180,19 @@ Process "Order" {
 }
 )";
 
-TEST_P(Editor, ABlockIsReadLevelByLevelOrWholeAndOnlyTheBlockGivenIsMarked) {
+// Imports kNested as an initial load, with every right.
+void ImportNestedInto(const std::string& dataSource) {
     DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
     TrxFiles files;
-    {
-        DvnConvCoreDbIF importer;
-        testing::internal::CaptureStdout();
-        ASSERT_EQ(importer.ImportTRX(DvnString(files.Write(kNested)), DvnString(DataSource()), true, true, true), 0);
-        testing::internal::GetCapturedStdout();
-    }
+    DvnConvCoreDbIF importer;
+    testing::internal::CaptureStdout();
+    const int level = importer.ImportTRX(DvnString(files.Write(kNested)), DvnString(dataSource), true, true, true);
+    const std::string out = testing::internal::GetCapturedStdout();
+    ASSERT_EQ(level, 0) << out;
+}
+
+TEST_P(Editor, ABlockIsReadLevelByLevelOrWholeAndOnlyTheBlockGivenIsMarked) {
+    ASSERT_NO_FATAL_FAILURE(ImportNestedInto(DataSource()));
     EditorFacade facade(&data);
     DvnfEntity& order = facade.LoadProcess(DvnString("Order"));
     ASSERT_TRUE(order.IsValid());
@@ -225,14 +229,7 @@ TEST_P(Editor, ABlockIsReadLevelByLevelOrWholeAndOnlyTheBlockGivenIsMarked) {
 }
 
 TEST_P(Editor, ActivityAttributesAreReadOnceAndProcessAttributesAtEveryCall) {
-    DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
-    TrxFiles files;
-    {
-        DvnConvCoreDbIF importer;
-        testing::internal::CaptureStdout();
-        ASSERT_EQ(importer.ImportTRX(DvnString(files.Write(kNested)), DvnString(DataSource()), true, true, true), 0);
-        testing::internal::GetCapturedStdout();
-    }
+    ASSERT_NO_FATAL_FAILURE(ImportNestedInto(DataSource()));
     EditorFacade facade(&data);
     DvnfEntity& order = facade.LoadProcess(DvnString("Order"));
     ASSERT_TRUE(order.IsValid());
