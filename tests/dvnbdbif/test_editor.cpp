@@ -8,6 +8,7 @@
 #include "backendrun.h"
 #include "dvnbauth.h"
 #include "dvnbdbif.h"
+#include "dvnbdbrd.h"
 #include "dvnfffdn.h"
 #include "repositorydb.h"
 #include "testenv.h"
@@ -220,8 +221,10 @@ TEST_P(Editor, ABlockIsReadLevelByLevelOrWholeAndOnlyTheBlockGivenIsMarked) {
     EXPECT_EQ(facade.LoadBlock(outer, pid, true), 0);
     EXPECT_FALSE(activity("Deepest").IsValid());
 
-    // Deep from Inner: the blocks found on the way are read in the same call.
-    EXPECT_EQ(facade.LoadBlock(inner, pid, true), 0);
+    // Deep from Inner, asked by the on-demand reader of the process: the
+    // blocks found on the way are read in the same call.
+    DvnODBCReader reader(data, &order);
+    reader.ReadBlock(data, inner, true);
     EXPECT_TRUE(inner.IsBlockContentInMemory());
     EXPECT_TRUE(activity("Deepest").IsValid());
     EXPECT_TRUE(activity("Leaf").IsValid());
