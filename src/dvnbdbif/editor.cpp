@@ -36,7 +36,7 @@ template <class Set, class Read>
 int ReadAttributes(CDatabase& db, const CString& prefix, const AttributeRead& what, DvnfEntity& entity,
                    DvnfMessageHandler& handler, Read read) {
     Set rs(&db);
-    rs.m_strFilter = CString(what.keyColumn) + " ='" + entity.OID().c_str() + "'";
+    rs.m_strFilter = CString(what.keyColumn) + " =" + ReturnQuotedString(entity.OID(), "'", "'").c_str();
     try {
         rs.Open(CRecordset::snapshot, prefix + what.table, CRecordset::readOnly);
     } catch (CDBException* e) {
