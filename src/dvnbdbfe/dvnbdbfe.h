@@ -408,6 +408,10 @@ protected:
     void ProgramActivity(DvnfAttributeData& attributes, CString const& aid);
     void ProcessActivity(DvnfAttributeData& attributes, CString const& aid);
     void BundleActivity(DvnfAttributeData& attributes, DvnfEntity* activity, CString const& aid);
+    // The row of an activity's kind table (read through Set), handed with the
+    // implementation object "Implementation".as to fill(row, object).
+    template <class Set, class Fill>
+    void KindRow(DvnfAttributeData& attributes, const char* as, const char* table, CString const& aid, Fill fill);
     void GetSourceAndSink(CString const& pid, CString const& blockId, DvnfEntity* parent, DvnfAttributeData& diagram);
     void GetControlFlow(CString const& pid, CString const& blockId, DvnfEntity* parent, DvnfAttributeData& diagram);
     void GetDataFlow(CString const& pid, CString const& blockId, DvnfEntity* parent, DvnfAttributeData& diagram,

@@ -311,10 +311,17 @@ void DvnConvCoreDbFe::ActivityContainers(DvnfAttributeData attributes, DvnfEntit
 
 // ------------------------------------------------------------------ kinds
 
+template <class Set, class Fill>
+void DvnConvCoreDbFe::KindRow(DvnfAttributeData& attributes, const char* as, const char* table, CString const& aid,
+                              Fill fill) {
+    DvnfEntity& object = Implementation(attributes, as);
+    Set rs(m_pDatabase);
+    ReadRows(rs, SelectFrom(table, "AID", aid), [&](Set& row) { fill(row, object); });
+}
+
 void DvnConvCoreDbFe::ProgramActivity(DvnfAttributeData& attributes, CString const& aid) {
-    DvnfEntity& program = Implementation(attributes, "AsProgram");
-    DvnProgramActivitySet rs(m_pDatabase);
-    ReadRows(rs, SelectFrom("PROGRAM_ACTIVITY", "AID", aid), [&](DvnProgramActivitySet& row) {
+    KindRow<DvnProgramActivitySet>(attributes, "AsProgram", "PROGRAM_ACTIVITY", aid, [&](DvnProgramActivitySet& row,
+                                                                                         DvnfEntity& program) {
         DvnfAttributeData target = program.AttributeData();
         LinkByOID(program, "ReferencesProgram", "Program", row, row.m_PROGRAM_ID);
         // The server is kept by its key: its name (server.system.group)
@@ -330,9 +337,8 @@ void DvnConvCoreDbFe::ProgramActivity(DvnfAttributeData& attributes, CString con
 }
 
 void DvnConvCoreDbFe::ProcessActivity(DvnfAttributeData& attributes, CString const& aid) {
-    DvnfEntity& process = Implementation(attributes, "AsProcess");
-    DvnProcessActivitySet rs(m_pDatabase);
-    ReadRows(rs, SelectFrom("PROCESS_ACTIVITY", "AID", aid), [&](DvnProcessActivitySet& row) {
+    KindRow<DvnProcessActivitySet>(attributes, "AsProcess", "PROCESS_ACTIVITY", aid, [&](DvnProcessActivitySet& row,
+                                                                                         DvnfEntity& process) {
         DvnfAttributeData target = process.AttributeData();
         LinkByName(process, "ReferencesProcess", "Process", row, row.m_PROCESS);
         CopyText(row, row.m_PROC_CONT_MEMBER, target("ProcessFromInput"));
@@ -342,16 +348,16 @@ void DvnConvCoreDbFe::ProcessActivity(DvnfAttributeData& attributes, CString con
 }
 
 void DvnConvCoreDbFe::BundleActivity(DvnfAttributeData& attributes, DvnfEntity* activity, CString const& aid) {
-    DvnfEntity& bundle = Implementation(attributes, "AsBundle");
-    DvnBundleActivitySet rs(m_pDatabase);
-    ReadRows(rs, SelectFrom("BUNDLE_ACTIVITY", "AID", aid), [&](DvnBundleActivitySet& row) {
+    KindRow<DvnBundleActivitySet>(attributes, "AsBundle", "BUNDLE_ACTIVITY", aid, [&](DvnBundleActivitySet& row,
+                                                                                      DvnfEntity& bundle) {
         DvnfAttributeData target = bundle.AttributeData();
         // Kept as the store writes it: 2 is 2, anything else 1.
         target("RestartOption") = !row.IsFieldNull(&row.m_RESTART_OPTION) && row.m_RESTART_OPTION == 2 ? 2L : 1L;
         target("PromptForPlanning") = !row.IsFieldNull(&row.m_PROMPT_FOR_PLANG) && row.m_PROMPT_FOR_PLANG == 1;
         if (const auto mode = Value(row, row.m_PLANNING_MODE); mode && *mode >= 1 && *mode <= 3)
             target("PlanningMode") = *mode;
-        if (const auto assignment = Value(row, row.m_ASGNMNT_ALGORITHM); assignment && *assignment >= 1 && *assignment <= 2)
+        if (const auto assignment = Value(row, row.m_ASGNMNT_ALGORITHM);
+            assignment && *assignment >= 1 && *assignment <= 2)
             target("Assignment") = *assignment;
         target("InstantiatingMember") = row.m_INSTANTIATION_FLD.c_str();
         if (!row.IsFieldNull(&row.m_NMBR_OF_INSTANCES))

@@ -150,9 +150,9 @@ void DvnConvCoreDbFe::GetControlFlow(CString const& pid, CString const& blockId,
     });
 
     for (const Control& c : connectors) {
-        DvnfEntity& connector = c.type == 1
-                                    ? m_pCoreData->CreateControlConnector(diagram, DvnfString(c.from), DvnfString(c.to), nullptr)
-                                    : m_pCoreData->CreateDefaultConnector(diagram, DvnfString(c.from), DvnfString(c.to), nullptr);
+        const DvnfString from(c.from), to(c.to);
+        DvnfEntity& connector = c.type == 1 ? m_pCoreData->CreateControlConnector(diagram, from, to, nullptr)
+                                            : m_pCoreData->CreateDefaultConnector(diagram, from, to, nullptr);
         TakeParentState(connector, *parent);
         DvnfAttributeData attributes = connector.AttributeData();
         Put(c.name, attributes("Name"));

@@ -11,6 +11,29 @@ using namespace processload;
 
 // ------------------------------------------------------------------ all
 
+namespace {
+
+// The holder of a process (null: none), in a transaction of its own; a
+// failure takes the transaction back and goes up.
+void Stamp(DvnSimplePrcSet& row, const char* holder) {
+    CDatabase& db = *row.m_pDatabase;
+    db.BeginTrans();
+    try {
+        row.Edit();
+        if (holder)
+            row.m_CHECKED_OUT_BY = holder;
+        else
+            row.SetFieldNull(&row.m_CHECKED_OUT_BY);
+        row.Update();
+    } catch (CDBException*) {
+        db.Rollback();
+        throw;
+    }
+    db.CommitTrans();
+}
+
+}  // namespace
+
 void DvnConvCoreDbFe::Processes(DvnString const& pid) {
     const bool one = !pid.IsNull() && !pid.str().empty();
     DvnProcessSet rs(m_pDatabase);
@@ -34,21 +57,11 @@ void DvnConvCoreDbFe::Processes(DvnString const& pid) {
                          if (held) {
                              Report(51569, name, DvnString(simple.m_CHECKED_OUT_BY.c_str()));
                          } else {
-                             m_pDatabase->BeginTrans();
-                             simple.Edit();
-                             simple.m_CHECKED_OUT_BY = DvnBTAuthorization::GetInstance()->UserID().c_str();
-                             simple.Update();
-                             m_pDatabase->CommitTrans();
+                             Stamp(simple, DvnBTAuthorization::GetInstance()->UserID().c_str());
                          }
                          if (simple.m_PID != row.m_PID) row.m_PID = simple.m_PID;
                          Process(row, true, true, false);
-                         if (!held) {
-                             m_pDatabase->BeginTrans();
-                             simple.Edit();
-                             simple.SetFieldNull(&simple.m_CHECKED_OUT_BY);
-                             simple.Update();
-                             m_pDatabase->CommitTrans();
-                         }
+                         if (!held) Stamp(simple, nullptr);
                          simple.Close();
                      });
         DVN_TRACE(3, 1, "Number of Processes found: " << count);
@@ -275,7 +288,8 @@ int DvnConvCoreDbFe::ProcessAttributes(DvnfAttributeData attributes, DvnfEntity*
     try {
         found = ReadRows(topology, Table("PROCESS_TOPOL_ATTR"), [&](DvnProcessTopolAttrSet& t) {
             DvnfAttributeData defaults = attributes("ProcessDefault");
-            if (!t.IsFieldNull(&t.m_KEEP_FIN_WRKITM_TI)) GetTimePeriod(t.m_KEEP_FIN_WRKITM_TI, defaults("KeepWorkitems"));
+            if (!t.IsFieldNull(&t.m_KEEP_FIN_WRKITM_TI))
+                GetTimePeriod(t.m_KEEP_FIN_WRKITM_TI, defaults("KeepWorkitems"));
             if (!t.IsFieldNull(&t.m_KEEP_FIN_PRC_TIME)) GetTimePeriod(t.m_KEEP_FIN_PRC_TIME, defaults("KeepProcesses"));
             if (!t.IsFieldNull(&t.m_NOT_CONT_MEMBER))
                 attributes("NotificationFromInput") = t.m_NOT_CONT_MEMBER.c_str();

@@ -25,8 +25,8 @@ public:
                 const DvnString& a5, const DvnString& a6, const DvnString& a7) override {
         DvnfCollectingMessageHandler::Report(number, a1, a2, a3, a4, a5, a6, a7);
         if (number == 51512 && db)
-            holders.push_back(a1.str() + "=" +
-                              QueryValue(*db, "SELECT CHECKED_OUT_BY FROM DVBT.PROCESS WHERE PID = '" + a1.str() + "'"));
+            holders.push_back(a1.str() + "=" + QueryValue(*db, "SELECT CHECKED_OUT_BY FROM DVBT.PROCESS WHERE PID = '" +
+                                                                   a1.str() + "'"));
     }
 };
 
@@ -51,8 +51,9 @@ protected:
     // defaults row; an annotation named by its key.
     void AddProcess(const std::string& pid, const std::string& name, const std::string& mark, const char* holder,
                     bool graph = true, const std::string& show = "1, 0, 0") {
+        const std::string by = holder ? "'" + std::string(holder) + "'" : "NULL";
         Exec("INSERT INTO DVBT.PROCESS (PID, NAME, RC_CREATION, PROMPT_AT_PRC_STRT, CHECKED_OUT, CHECKED_OUT_BY) "
-             "VALUES ('" + pid + "', '" + name + "', 1, 0, " + mark + ", " + (holder ? "'" + std::string(holder) + "'" : "NULL") + ")");
+             "VALUES ('" + pid + "', '" + name + "', 1, 0, " + mark + ", " + by + ")");
         if (graph)
             Exec("INSERT INTO DVBT.PROCESS_GRAPH_ATTR (PID, SHOW_CONNECTORS, SHOW_EXIT_COND, SHOW_TRANS_COND) "
                  "VALUES ('" + pid + "', " + show + ")");
@@ -254,7 +255,8 @@ TEST_P(ProcessLoad, ActivitiesBlocksAndBundlesReadBack) {
     // Done by: 12 leaves it empty, 3 without rows sets no type, 8 gives the path outermost first.
     EXPECT_FALSE(attributes("A")("DoneBy").IsDefined());
     EXPECT_FALSE(attributes("M")("DoneBy")("AssignType").IsDefined());
-    EXPECT_EQ(Defined(attributes("Z")("DoneBy"), {"AssignType", "StarterOf"}), "AssignType=8 StarterOf=Outer.Inner.Act");
+    EXPECT_EQ(Defined(attributes("Z")("DoneBy"), {"AssignType", "StarterOf"}),
+              "AssignType=8 StarterOf=Outer.Inner.Act");
     // Container values by name.
     std::string values;
     DvnfDataSetIterator members = attributes("A")("InputContainer")("Members").ElementsOfSet();

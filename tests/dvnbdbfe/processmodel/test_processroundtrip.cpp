@@ -230,6 +230,34 @@ TEST_P(ProcessRoundTrip, AProcessWithEveryConstructComesBackAsItWasWritten) {
     EXPECT_EQ(Loaded(), loaded);
 }
 
+TEST_P(ProcessRoundTrip, TheServerOfAProgramActivityIsKeptByKeyAndExportedByItsFullName) {
+    AddSystemGroup(Db(), "G1", "SYS_GRP");
+    AddSystem(Db(), "Y1", "DVNSYS", "G1");
+    AddServer(Db(), "PE_SERVER", "V1", "PES1", "Y1");
+    const std::string input = R"(
+Program "calc" { WINNT { Type = 1; PathAndFilename = "c.exe"; } }
+Process "Run" { Diagram { Activities [ Activity "A" { Implementation { Type = 1;
+  AsProgram = ProgramImplementation { ReferencesProgram -> "calc"; ReferencesPEServer -> "PES1.DVNSYS.SYS_GRP"; } } } ] } }
+)";
+    // A server that only the repository holds is not read for an import
+    // (52009, a warning); the store finds its row by the full name.
+    ASSERT_EQ(Import(input), 4);
+    const std::string stored = "SELECT PE_SERVER FROM DVBT.PROGRAM_ACTIVITY";
+    ASSERT_EQ(QueryValue(Db(), stored), "V1");
+    // The export names the server by its key; the store finds it again.
+    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
+    DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
+    DvnfTRXData data;
+    DvnConvCoreDbIF facade(&data);
+    EXPECT_EQ(facade.ExportGroups(DvnString(DataSource()), DvnString(""), EXPORT_PROCESSES, true), 0);
+    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
+    const std::string exported = DvnTRXWriter(data).Write();
+    EXPECT_NE(exported.find("ReferencesPEServer -> \"PES1.DVNSYS.SYS_GRP\";"), std::string::npos) << exported;
+    EXPECT_NE(exported.find("ReferencesProgram -> \"calc\";"), std::string::npos) << exported;
+    ASSERT_EQ(Import(exported), 4);
+    EXPECT_EQ(QueryValue(Db(), stored), "V1");
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(ProcessRoundTrip);
 
 }  // namespace
