@@ -32,18 +32,18 @@ void DvnODBCReader::ReadEntity(DvnfTRXData&, DvnfEntity& entity) {
         // read yet.
         DVNK_REQUIRE(_process != nullptr, "_process != 0");
     }
-    // "Process": processes cannot be read yet; the entity stays as it is.
+    // "Process": processes are not read on demand; the entity stays as it is.
     if (entity.IsValid() && entity.State() == DvnfObject::StateNew) entity.State(DvnfObject::StateUnchanged);
 }
 
 DvnfString DvnODBCReader::GetName(DvnfEntity& entity) { return m_facade.GetName(entity); }
 
-void DvnODBCReader::ReadBlock(DvnfTRXData&, DvnfEntity& block, bool) {
+void DvnODBCReader::ReadBlock(DvnfTRXData&, DvnfEntity& block, bool deep) {
     if (!block.IsValid()) return;
     m_facade.GetName(block);
     DVNK_REQUIRE(IsType(block, "Activity"), "block is an Activity");
     DVNK_REQUIRE(_process != nullptr, "_process != 0");
-    // Blocks cannot be read yet: the block stays as it is.
+    m_facade.LoadBlock(block, DvnString(_process->OID().c_str()), deep);
 }
 
 DvnfString DvnODBCReader::GetOID(DvnfEntity& entity) {

@@ -6,8 +6,9 @@
 // facade of its own, and so a connection of its own, always to the data
 // source of the machine profile: it never shares the connection of the
 // operation that it interrupts. Categories, data structures and programs are
-// read; processes, activities and servers cannot be read yet: their entities
-// stay as they are (servers say so, 51911).
+// read, and the inside of a block (ReadBlock, the editor's LoadBlock);
+// processes, activities and servers are not read: their entities stay as
+// they are (servers say so, 51911).
 //
 // DvnfExportFrontend is the reader of the deep export: through the front end
 // and the connection of the export, it pulls in what the processes,
