@@ -44,6 +44,10 @@ class DvnPlatformSet;
 class DvnWPlatformSet;
 class DvnOPlatformSet;
 class DvnXPlatformSet;
+// processes, activities, sources, sinks, connectors, annotations
+class DvnProcessSet;
+class DvnGraphAttrSet;
+class DvnActivitySet;
 
 class DvnConvCoreDbFe {
 public:
@@ -124,10 +128,34 @@ public:
     void Roles(DvnString const& id);
     void Orgs(DvnString const& id);
 
+    // ---- processes (processmodel/process.cpp, activities.cpp, flow.cpp,
+    // annotations.cpp). Every process (pid empty) or the one of that key,
+    // whole, each under a lock of its own that is released after its load.
+    void Processes(DvnString const& pid);
+    // The process of that name, whole but for the inside of its blocks, in
+    // state 3, without a lock; DvnfEntity::undefined when there is none.
+    // A second call reads it again without doubling what it holds.
+    DvnfEntity& ProcessByName(const char* name);
+    // The long attributes of a process: its PROCESS columns and its
+    // PROCESS_TOPOL_ATTR row; 8 when that row is missing or the read fails.
+    int ProcessAttributes(DvnfAttributeData attributes, DvnfEntity* process, DvnProcessSet& row);
+    // "InputContainer" and "OutputContainer"; 8 on a database failure.
+    int ProcessContainers(DvnfAttributeData attributes, DvnfEntity* process, CString const& pid);
+    // The long attributes of an activity, by its kind; 0.
+    int ActivityAttributes(DvnfAttributeData attributes, DvnfEntity* activity, DvnActivitySet* row);
+    // The container values of an activity; a database failure is reported.
+    void ActivityContainers(DvnfAttributeData attributes, DvnfEntity* activity, CString const& aid);
+    // The mappings of a data connector; 8 on a database failure.
+    int DataMapping(DvnfEntity* connector, CString const& dcid);
+    // The inside of a block activity (its window and its diagram); blocks
+    // found inside are appended to blocks when withBlocks and blocks is
+    // given. Also the editor's load of one block.
+    void BlockActivity(DvnfAttributeData& attributes, DvnfEntity* activity, CString const& aid, CString const& pid,
+                       bool withAttributes, bool withBlocks, std::vector<DvnfEntity*>* blocks);
+
     // ---- the sections of an export whose loads come later (pending.cpp).
     // Until a kind's load exists, its section reads nothing; the objects it
     // leaves out are counted and said once per kind by ReportPending.
-    void Processes(DvnString const& id);
     void PeAgent(DvnString const& id);
     void Nodes(DvnString const& id);
     void QueueManager(DvnString const& id);
@@ -355,6 +383,48 @@ protected:
     // there is one.
     bool GetExternalServices(DvnfAttributeData target, CString const& programId, long platform);
     static const Kind<DvnProgramSet> ProgramKind;
+
+    // ---- processes, activities, sources, sinks, connectors, annotations
+    DvnfEntity& Process(DvnProcessSet& row, bool withAttributes, bool withBlocks, bool asUnchanged);
+    // The window of a process or block: zoom, paper, what is shown.
+    void Graphics(DvnGraphAttrSet& row, DvnfAttributeData target);
+    // What one diagram holds, in the order that connectors need: sources and
+    // sinks, activities, (blocks, by the caller), connectors, annotations.
+    // blockId empty: the top of the process.
+    void DiagramBefore(CString const& pid, CString const& blockId, DvnfEntity* parent, DvnfAttributeData& diagram,
+                       bool withAttributes, bool withBlocks, std::vector<DvnfEntity*>* blocks);
+    void DiagramAfter(CString const& pid, CString const& blockId, DvnfEntity* parent, DvnfAttributeData& diagram,
+                      bool withAttributes);
+    // The activities of a diagram (or, singleActivity, the one of key
+    // parentKey), made in the order of their names, then filled.
+    void Activities(CString const& parentKey, CString const& blockId, DvnfEntity* parent, DvnfAttributeData& diagram,
+                    bool singleActivity, bool withAttributes, bool withBlocks, std::vector<DvnfEntity*>* blocks);
+    void ActivityInitSetting(DvnfAttributeData attributes, DvnfEntity* activity, DvnActivitySet* row);
+    void ActivitySetting(DvnfAttributeData attributes, DvnfEntity* activity, DvnActivitySet* row);
+    void ActivityExtSetting(DvnfAttributeData attributes, DvnfEntity* activity, CString const& aid);
+    void Done_by(DvnfEntity* activity, CString aid);
+    // The dotted path of blocks, outermost first, to the activity of that key.
+    CString StarterPath(CString const& aid);
+    void ProgramActivity(DvnfAttributeData& attributes, CString const& aid);
+    void ProcessActivity(DvnfAttributeData& attributes, CString const& aid);
+    void BundleActivity(DvnfAttributeData& attributes, DvnfEntity* activity, CString const& aid);
+    void GetSourceAndSink(CString const& pid, CString const& blockId, DvnfEntity* parent, DvnfAttributeData& diagram);
+    void GetControlFlow(CString const& pid, CString const& blockId, DvnfEntity* parent, DvnfAttributeData& diagram);
+    void GetDataFlow(CString const& pid, CString const& blockId, DvnfEntity* parent, DvnfAttributeData& diagram,
+                     bool withMappings);
+    void GetTextAnnotation(CString const& pid, CString const& blockId, DvnfEntity* parent,
+                           DvnfAttributeData& diagram);
+    // " AND [column] IS NULL" or " AND [column] = 'blockId'".
+    static CString InBlock(const char* column, CString const& blockId);
+    // The rows of a relation of one key (the text column member of Set) as
+    // new elements of the set target, in the order of the texts.
+    // "InputContainer" and "OutputContainer" of attributes from the rows of
+    // table with INPUT_OR_OUTPUT 1 and 2, in the order of names and values.
+    template <class Set>
+    void ContainerValues(const char* table, const char* keyColumn, const CString& key, DvnfAttributeData attributes);
+    template <class Set>
+    void TextsInOrder(const char* table, const char* keyColumn, const CString& key, CString Set::*member,
+                      DvnfAttributeData target);
 
     // ---- kinds without a load (pending.cpp)
     struct PendingKind {

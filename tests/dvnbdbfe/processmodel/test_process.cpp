@@ -1,0 +1,438 @@
+// Load of processes from rows written by hand: which processes load and in
+// which state, the lock of an export, the window settings, the activity and
+// flow readings, the order of the sets and a second load by name.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "../loadrun.h"
+#include "odbccall.h"
+#include "dvnbauth.h"
+#include "repositorydb.h"
+#include "testenv.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// Stops at every annotation read and asks the database who holds the
+// process: the lock of an export lasts while its diagram is read.
+class LockWatch : public DvnfCollectingMessageHandler {
+public:
+    CDatabase* db = nullptr;
+    std::vector<std::string> holders;
+    void Report(long number, const DvnString& a1, const DvnString& a2, const DvnString& a3, const DvnString& a4,
+                const DvnString& a5, const DvnString& a6, const DvnString& a7) override {
+        DvnfCollectingMessageHandler::Report(number, a1, a2, a3, a4, a5, a6, a7);
+        if (number == 51512 && db)
+            holders.push_back(a1.str() + "=" +
+                              QueryValue(*db, "SELECT CHECKED_OUT_BY FROM DVBT.PROCESS WHERE PID = '" + a1.str() + "'"));
+    }
+};
+
+class ProcessLoad : public RepositoryTest {
+protected:
+    void TearDown() override {
+        DvnBTAuthorization::DestroyInstance();
+        RepositoryTest::TearDown();
+    }
+    // The user whose identifier stamps the processes an export reads.
+    void LogIn() {
+        AddSystemGroup(Db(), "G1", "SYS_GRP");
+        AddPerson(Db(), {.id = "U1", .userId = "ANNA", .systemGroup = "G1", .password = "a"});
+        DvnBTAuthorization::DestroyInstance();
+        DvnMessageTarget target;
+        DvnBTAuthorization::GetInstance()->SetUser(target, DvnString("SYS_GRP"), DvnString("ANNA"),
+                                                   DvnString("postgres"), DvnString("login-pw"),
+                                                   DvnString(DataSource()));
+        ASSERT_EQ(DvnBTAuthorization::GetInstance()->UserID(), DvnString("ANNA"));
+    }
+    // A process row with its window row (unless graph is false) and its
+    // defaults row; an annotation named by its key.
+    void AddProcess(const std::string& pid, const std::string& name, const std::string& mark, const char* holder,
+                    bool graph = true, const std::string& show = "1, 0, 0") {
+        Exec("INSERT INTO DVBT.PROCESS (PID, NAME, RC_CREATION, PROMPT_AT_PRC_STRT, CHECKED_OUT, CHECKED_OUT_BY) "
+             "VALUES ('" + pid + "', '" + name + "', 1, 0, " + mark + ", " + (holder ? "'" + std::string(holder) + "'" : "NULL") + ")");
+        if (graph)
+            Exec("INSERT INTO DVBT.PROCESS_GRAPH_ATTR (PID, SHOW_CONNECTORS, SHOW_EXIT_COND, SHOW_TRANS_COND) "
+                 "VALUES ('" + pid + "', " + show + ")");
+        Exec("INSERT INTO DVBT.PROCESS_TOPOL_ATTR (PID) VALUES ('" + pid + "')");
+        Exec("INSERT INTO DVBT.TEXT_ANNOTATION (ANNOTATION_ID, NAME, PID, ANNOTATION_TEXT) VALUES ('N" + pid +
+             "', '" + pid + "', '" + pid + "', 'note')");
+    }
+    void Exec(const std::string& sql) { Db().ExecuteSQL(CString(sql.c_str())); }
+
+    // The process "Order" (O) with everything a diagram holds; rows come in
+    // an order other than the one the load gives.
+    void OrderRows() {
+        AddProcess("O", "Order", "0", nullptr);
+        ExecAll(Db(), {
+            // Activities: Zeta first in the table; Outer > Inner > Deep are blocks three deep.
+            "INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, INSIDE_BLOCK, ACTIVITY_KIND, EXIT_CONDITION, START_CONDITION, "
+            "EXIT_COND_XPOS, EXIT_COND_YPOS, XPOS, YPOS) VALUES "
+            "('Z', 'Zeta', 'O', NULL, 1, 'RC = 0', 2, 5, 6, 10, 20), "
+            "('A', 'Alpha', 'O', NULL, 2, 'RC > 1', 1, 7, NULL, NULL, NULL), "
+            "('M', 'Mid', 'O', NULL, 3, NULL, 7, NULL, NULL, NULL, NULL), "
+            "('B', 'Bundle', 'O', NULL, 5, NULL, 1, NULL, NULL, NULL, NULL), "
+            "('BP', 'Pattern', 'O', 'B', 2, NULL, 1, NULL, NULL, NULL, NULL), "
+            "('E', 'Empty', 'O', NULL, 5, NULL, 1, NULL, NULL, NULL, NULL), "
+            "('OB', 'Outer', 'O', NULL, 4, NULL, 1, NULL, NULL, NULL, NULL), "
+            "('IB', 'Inner', 'O', 'OB', 4, NULL, 1, NULL, NULL, NULL, NULL), "
+            "('DB', 'Deep', 'O', 'IB', 4, NULL, 1, NULL, NULL, NULL, NULL), "
+            "('DA', 'Act', 'O', 'DB', 2, NULL, 1, NULL, NULL, NULL, NULL), "
+            "('IA', 'Act', 'O', 'IB', 2, NULL, 1, NULL, NULL, NULL, NULL)",
+            "INSERT INTO DVBT.ACTIVITY_EXTENT (AID, START_OPTION, EXIT_OPTION, PRIO_FROM_INPUT, PRIORITY, "
+            "FIRST_NOT_TARGET, NOTIFICATION_INTVL, DONE_BY, STARTER_OF_AID, CHECKOUT_POSSIBLE) VALUES "
+            // exit option 1 drops the condition; priority from input wins; notify 5 without a person goes
+            "('Z', 1, 1, 1, 5, 4, 60, 8, 'IA', 1), "
+            // notify 1 without a duration goes; done by 12 leaves DoneBy empty
+            "('A', 2, 2, 0, 7, 1, NULL, 12, NULL, 0), "
+            // done by 3 without rows: no AssignType
+            "('M', 2, 2, 0, NULL, NULL, NULL, 3, NULL, NULL), "
+            "('BP', 1, 2, 0, NULL, NULL, NULL, 4, NULL, NULL)",
+            "INSERT INTO DVBT.PROGRAM_ACTIVITY (AID, PROGRAM_ID, PE_SERVER, SYNCHRONIZATION) VALUES "
+            "('Z', 'PRG1', 'SRV1', 2)",
+            "INSERT INTO DVBT.BUNDLE_ACTIVITY (AID, PATTERN_ACTIVITY, RESTART_OPTION, PROMPT_FOR_PLANG, "
+            "INSTANTIATION_FLD, NMBR_OF_INSTANCES) VALUES ('B', 'BP', 1, 0, 'Items', 3)",
+            "INSERT INTO DVBT.ACT_CONTAINER (AID, INPUT_OR_OUTPUT, DOTTED_NAME, INITIAL_VALUE) VALUES "
+            "('A', 1, 'b', '2'), ('A', 1, 'a', '9'), ('A', 2, 'out', '1')",
+            "INSERT INTO DVBT.SINK (SINK_ID, SINK_NUMBER, PID, BLOCK_AID) VALUES ('K2', 2, 'O', NULL), "
+            "('K1', 1, 'O', NULL)",
+            "INSERT INTO DVBT.SOURCE (SOURCE_ID, SOURCE_NUMBER, PID, BLOCK_AID, XPOS) VALUES "
+            "('S10', 10, 'O', NULL, 1), ('S3', 3, 'O', NULL, 2), ('S9', 9, 'O', 'OB', 3)",
+            // A -> Z with a condition; Z -> A of type 2 keeps none; A -> gone and
+            // A -> Inner's Act (another diagram) do not load.
+            "INSERT INTO DVBT.CONTROL_CONNECTOR (PID, FROM_ACTIVITY, TO_ACTIVITY, INSIDE_BLOCK, TYPE, COND_XPOS, "
+            "COND_YPOS, TRANSITION_COND) VALUES "
+            "('O', 'Z', 'A', NULL, 2, NULL, NULL, 'never'), "
+            "('O', 'A', 'Z', NULL, 1, 4, NULL, 'RC = 1'), "
+            "('O', 'A', 'GONE', NULL, 1, NULL, NULL, NULL), "
+            "('O', 'A', 'IA', NULL, 1, NULL, NULL, NULL)",
+            "INSERT INTO DVBT.CONTROL_BENDPOINT (PID, FROM_ACTIVITY, TO_ACTIVITY, SEQUENCENO, XPOS, YPOS) VALUES "
+            "('O', 'A', 'Z', 2, 20, 21), ('O', 'A', 'Z', 1, 10, 11), ('O', 'Z', 'A', 1, 30, 31)",
+            "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, INSIDE_BLOCK, FROM_ACTIVITY, TO_ACTIVITY, FROM_SOURCE, "
+            "TO_SINK, DIRECTION) VALUES "
+            "('O', 'D1', NULL, NULL, 'A', 'S3', NULL, 2), "
+            "('O', 'D2', NULL, 'A', 'A', NULL, NULL, 1), "
+            "('O', 'D3', NULL, 'Z', 'Z', NULL, NULL, 2), "
+            "('O', 'D4', NULL, 'Z', NULL, NULL, 'K1', NULL), "
+            "('O', 'D5', NULL, 'Z', NULL, NULL, 'NOSINK', NULL)",
+            "INSERT INTO DVBT.DATA_BENDPOINT (DCID, SEQUENCENO, XPOS, YPOS) VALUES "
+            "('D1', 3, 3, 3), ('D1', 1, 1, 1), ('D1', 2, 2, 2)",
+            "INSERT INTO DVBT.DATA_MAP (DCID, FROM_MEMBER, TO_MEMBER) VALUES "
+            "('D1', 'y', 'b'), ('D1', 'x', 'c'), ('D1', 'x', 'a')",
+            "INSERT INTO DVBT.TEXT_ANNOTATION (ANNOTATION_ID, NAME, PID, INSIDE_BLOCK, ANNOTATION_TEXT, TEXT_FONT) "
+            "VALUES ('T2', 'Later', 'O', NULL, 'second', 'Arial'), ('T1', 'Early', 'O', NULL, 'first', NULL), "
+            "('T3', 'InBlock', 'O', 'IB', 'inner', NULL)",
+        });
+    }
+
+    // The names of the elements of a set of a diagram.
+    static std::string Names(const DvnfAttributeDataReader& diagram, const char* set) {
+        std::string out;
+        DvnfDataSetIterator elements = diagram(set).ElementsOfSet();
+        for (DvnfAttributeDataReader e = elements.First(); e.IsValid(); e = elements.Next())
+            out += (out.empty() ? "" : " ") + e.AsEntity().Name().str();
+        return out;
+    }
+    static DvnfAttributeDataReader BlockDiagram(const DvnfEntity& activity) {
+        return activity.AttributeData()("Implementation")("AsBlock").AsEntity().AttributeData()("Diagram");
+    }
+    // A connector as "from>to" and its attributes.
+    static Lines Connectors(const DvnfAttributeDataReader& diagram, const char* set, const char* from,
+                            const char* to) {
+        Lines out;
+        DvnfDataSetIterator elements = diagram(set).ElementsOfSet();
+        for (DvnfAttributeDataReader e = elements.First(); e.IsValid(); e = elements.Next()) {
+            const DvnfEntity& c = e.AsEntity();
+            std::string line = c.FirstLinkOfType(from).Target().Name().str() + ">" +
+                               c.FirstLinkOfType(to).Target().Name().str() + " " +
+                               Defined(c.AttributeData(), {"ConnectorSpec", "Type", "Condition"});
+            if (c.AttributeData()("ConditionPos").IsDefined()) line += " at";
+            for (const char* s : {"BendPoints", "Mappings"}) {
+                DvnfDataSetIterator points = c.AttributeData()(s).ElementsOfSet();
+                for (DvnfAttributeDataReader p = points.First(); p.IsValid(); p = points.Next())
+                    line += " " + Defined(p, {"Xpos", "Ypos", "From", "To"});
+            }
+            out.push_back(line);
+        }
+        return out;
+    }
+};
+
+TEST_P(ProcessLoad, WhichProcessesLoadInWhichStateAndTheLockOfAnExport) {
+    AddProcess("P1", "Free", "0", nullptr);
+    AddProcess("P2", "Held", "9", "OTHER");
+    AddProcess("P3", "Gone", "4", nullptr);
+    AddProcess("P4", "NoWindow", "2", nullptr, false);
+    LogIn();
+    LockWatch watch;
+    watch.db = &Db();
+    DvnfTRXData data(DvnfTRXTypes::_instance, &watch);
+    TestableFe fe(&Db(), &data);
+    fe.SetTablePrefix("DVBT.");
+    fe.Processes(DvnString("P1"));
+    fe.Processes(DvnString(""));  // P1 is passed over: no message, no lock
+    fe.Processes(DvnString("NOPE"));
+    Lines messages = MessageLines(watch);
+    EXPECT_EQ(messages, (Lines{"51508|Free", "51512|P1", "51508|Held", "51569|Held|OTHER", "51512|P2",
+                               "51508|Gone", "51508|NoWindow", "51544|NOPE"}))
+        << ::testing::PrintToString(messages);
+    // Stamped while read, released after; a held one is left as it was.
+    EXPECT_EQ(watch.holders, (Lines{"P1=ANNA", "P2=OTHER"}));
+    EXPECT_EQ(QueryRows(Db(), "SELECT PID, CHECKED_OUT_BY FROM DVBT.PROCESS ORDER BY PID"),
+              (Lines{"P1|<null>", "P2|OTHER", "P3|<null>", "P4|<null>"}));
+
+    auto get = [&](const char* pid) -> DvnfEntity& {
+        return data.GetEntityByOID(DvnfString("Process"), DvnfString(pid), false);
+    };
+    EXPECT_EQ(get("P1").State(), DvnfObject::StateUnchanged);
+    EXPECT_TRUE(get("P1").IsAttributeDataAttrComplete());
+    EXPECT_EQ(get("P2").State(), DvnfObject::StateUnchanged);  // mark 9
+    // A tombstone is bare; a process without its window row does not load.
+    EXPECT_EQ(get("P3").State(), DvnfObject::StateDeleted);
+    EXPECT_FALSE(get("P3").AttributeData()("Diagram").IsDefined());
+    EXPECT_FALSE(get("P3").AttributeData()("RcCreation").IsDefined());
+    EXPECT_FALSE(get("P4").IsValid());
+
+    // By name the tombstone loads whole, as unchanged, and nothing is locked.
+    LoadRun byName(Db());
+    DvnfEntity& gone = byName.fe.ProcessByName("Gone");
+    EXPECT_EQ(gone.State(), DvnfObject::StateUnchanged);
+    EXPECT_EQ(Names(gone.AttributeData()("Diagram"), "TextAnnotations"), "P3");
+    EXPECT_EQ(Defined(gone.AttributeData(), {"RcCreation", "PromptAtProcessStart"}),
+              "RcCreation=2 PromptAtProcessStart=false");
+    EXPECT_FALSE(byName.fe.ProcessByName("Nobody").IsValid());
+    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.PROCESS WHERE CHECKED_OUT_BY IS NOT NULL"), "1");
+}
+
+TEST_P(ProcessLoad, WindowSettingsReadBack) {
+    // SHOW_CONNECTORS, SHOW_EXIT_COND, SHOW_TRANS_COND -> "ShowConnectors", "ShowConditions".
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"0, 1, 1", "ShowConnectors=1 ShowConditions=1"}, {"1, 1, 0", "ShowConnectors=0 ShowConditions=2"},
+        {"2, 0, 1", "ShowConnectors=2 ShowConditions=3"}, {"3, 0, 0", "ShowConnectors=3 ShowConditions=0"},
+        {"7, NULL, NULL", "ShowConditions=0"},
+    };
+    for (size_t i = 0; i < cases.size(); ++i)
+        AddProcess("W" + std::to_string(i), "Window" + std::to_string(i), "0", nullptr, true, cases[i].first);
+    LoadRun run(Db());
+    run.fe.Processes(DvnString(""));
+    for (size_t i = 0; i < cases.size(); ++i) {
+        const std::string pid = "W" + std::to_string(i);
+        EXPECT_EQ(Defined(run.Get("Process", pid.c_str()).AttributeData()("WindowLayout"),
+                          {"ShowConnectors", "ShowConditions"}),
+                  cases[i].second)
+            << cases[i].first;
+    }
+}
+
+TEST_P(ProcessLoad, ActivitiesBlocksAndBundlesReadBack) {
+    OrderRows();
+    LoadRun run(Db());
+    run.fe.Processes(DvnString("O"));
+    const DvnfEntity& order = run.Get("Process", "O");
+    const DvnfAttributeDataReader diagram = order.AttributeData()("Diagram");
+    // By name, whatever the rows' order; the pattern and the inner ones stay inside.
+    EXPECT_EQ(Names(diagram, "Activities"), "Alpha Bundle Empty Mid Outer Zeta");
+    auto activity = [&](const char* aid) -> const DvnfEntity& { return run.Get("Activity", aid); };
+    auto attributes = [&](const char* aid) { return activity(aid).AttributeData(); };
+
+    // Start condition 2 is "AND", 1 "OR", anything else "AND"; exit option 1 drops the condition.
+    EXPECT_EQ(Defined(attributes("Z")("Start"), {"Condition", "Manual"}), "Condition=AND Manual=true");
+    EXPECT_EQ(Defined(attributes("Z")("Exit"), {"Condition", "Manual"}), "Manual=true");
+    EXPECT_EQ(Defined(attributes("A")("Start"), {"Condition", "Manual"}), "Condition=OR Manual=false");
+    EXPECT_EQ(Defined(attributes("M")("Start"), {"Condition"}), "Condition=AND");
+    // A position without its second half is not read.
+    EXPECT_EQ(Defined(attributes("A")("Exit"), {"Condition", "ConditionPos", "Manual"}),
+              "Condition=RC > 1 Manual=false");
+    // Priority from input wins over the number; notification without a person or a duration goes.
+    EXPECT_EQ(Defined(attributes("Z")("Priority"), {"PriorityType", "Number"}), "PriorityType=0");
+    EXPECT_FALSE(attributes("Z")("NotifyType").IsDefined());
+    EXPECT_FALSE(attributes("A")("NotifyType").IsDefined());
+    EXPECT_EQ(Defined(attributes("A")("Priority"), {"PriorityType", "Number"}), "PriorityType=2 Number=7");
+    EXPECT_EQ(Defined(attributes("Z")("ActivityDefault"), {"CheckoutPossible"}), "CheckoutPossible=true");
+    // Done by: 12 leaves it empty, 3 without rows sets no type, 8 gives the path outermost first.
+    EXPECT_FALSE(attributes("A")("DoneBy").IsDefined());
+    EXPECT_FALSE(attributes("M")("DoneBy")("AssignType").IsDefined());
+    EXPECT_EQ(Defined(attributes("Z")("DoneBy"), {"AssignType", "StarterOf"}), "AssignType=8 StarterOf=Outer.Inner.Act");
+    // Container values by name.
+    std::string values;
+    DvnfDataSetIterator members = attributes("A")("InputContainer")("Members").ElementsOfSet();
+    for (DvnfAttributeDataReader m = members.First(); m.IsValid(); m = members.Next())
+        values += Defined(m, {"Name", "Value"}) + ";";
+    EXPECT_EQ(values, "Name=a Value=9;Name=b Value=2;");
+
+    // The program and its server by key, the server known as a program execution server.
+    const DvnfEntity& program = attributes("Z")("Implementation")("AsProgram").AsEntity();
+    EXPECT_EQ(program.FirstLinkOfType("ReferencesProgram").Target().OID().str(), "PRG1");
+    const DvnfEntity& server = program.FirstLinkOfType("ReferencesPEServer").Target();
+    EXPECT_EQ(server.OID().str(), "SRV1");
+    EXPECT_EQ(server.AttributeData()("Type").AsLong(), 7);
+    EXPECT_EQ(program.AttributeData()("Synchronization").AsLong(), 1);
+
+    // The bundle's pattern comes from inside it; a bundle without its row has nothing.
+    const DvnfEntity& bundle = attributes("B")("Implementation")("AsBundle").AsEntity();
+    EXPECT_EQ(Names(bundle.AttributeData()("Diagram"), "Activities"), "Pattern");
+    EXPECT_EQ(Defined(bundle.AttributeData(), {"RestartOption", "PromptForPlanning", "InstantiatingMember",
+                                               "NrOfInstances"}),
+              "RestartOption=1 PromptForPlanning=false InstantiatingMember=Items NrOfInstances=3");
+    EXPECT_EQ(Defined(attributes("BP")("Start"), {"Manual"}), "Manual=true");
+    EXPECT_FALSE(attributes("E")("Implementation")("AsBundle").AsEntity().AttributeData()("Diagram").IsDefined());
+
+    // Blocks three deep, all in one call, each with its own sources and annotations.
+    const DvnfAttributeDataReader outer = BlockDiagram(activity("OB"));
+    EXPECT_EQ(Names(outer, "Activities"), "Inner");
+    EXPECT_EQ(Names(outer, "Sources"), "9");
+    const DvnfAttributeDataReader inner = BlockDiagram(activity("IB"));
+    EXPECT_EQ(Names(inner, "Activities"), "Act Deep");
+    EXPECT_EQ(Names(inner, "TextAnnotations"), "InBlock");
+    EXPECT_EQ(Names(BlockDiagram(activity("DB")), "Activities"), "Act");
+    EXPECT_TRUE(activity("DB").IsBlockContentInMemory());
+
+    // By name, for the editor: blocks stay shells; a second load doubles nothing.
+    LoadRun editor(Db());
+    DvnfEntity& first = editor.fe.ProcessByName("Order");
+    EXPECT_FALSE(editor.Get("Activity", "OB").IsBlockContentInMemory());
+    EXPECT_FALSE(BlockDiagram(editor.Get("Activity", "OB"))("Activities").IsDefined());
+    const Lines control = Connectors(first.AttributeData()("Diagram"), "ControlConnectors", "ControlFromActivity",
+                                     "ControlToActivity");
+    DvnfEntity& second = editor.fe.ProcessByName("Order");
+    EXPECT_EQ(&first, &second);
+    EXPECT_EQ(Connectors(second.AttributeData()("Diagram"), "ControlConnectors", "ControlFromActivity",
+                         "ControlToActivity"),
+              control);
+    EXPECT_EQ(Names(second.AttributeData()("Diagram"), "TextAnnotations"), "Early Later O");
+    EXPECT_EQ(second.AttributeData()("Diagram")("DataConnectors").NumberOfElements(), 4);
+    EXPECT_EQ(editor.Get("Activity", "A").AttributeData()("InputContainer")("Members").NumberOfElements(), 2);
+}
+
+TEST_P(ProcessLoad, SourcesSinksAndConnectorsReadBackInTheirOrder) {
+    OrderRows();
+    LoadRun run(Db());
+    run.fe.Processes(DvnString("O"));
+    const DvnfAttributeDataReader diagram = run.Get("Process", "O").AttributeData()("Diagram");
+    EXPECT_EQ(Names(diagram, "Sources"), "3 10");
+    EXPECT_EQ(Names(diagram, "Sinks"), "1 2");
+    // A lost end or an end in another diagram drops the row; type 2 keeps no
+    // condition; half a position is none; bend points by their sequence.
+    EXPECT_EQ(Connectors(diagram, "ControlConnectors", "ControlFromActivity", "ControlToActivity"),
+              (Lines{"Alpha>Zeta ConnectorSpec=1 Condition=RC = 1 Xpos=10 Ypos=11 Xpos=20 Ypos=21",
+                     "Zeta>Alpha ConnectorSpec=2 Xpos=30 Ypos=31"}));
+    // Source 3 to Alpha; loops by direction; a sink that is not there drops the row.
+    Lines data = Connectors(diagram, "DataConnectors", "DataFromActivity", "DataToActivity");
+    EXPECT_EQ(data, (Lines{">Alpha Type=0 Xpos=1 Ypos=1 Xpos=2 Ypos=2 Xpos=3 Ypos=3 From=x To=a From=x To=c "
+                           "From=y To=b",
+                           "Alpha>Alpha Type=1", "Zeta> Type=0", "Zeta>Zeta Type=2"}));
+    const DvnfEntity& fromSource = run.Get("DataConnector", "D1");
+    EXPECT_EQ(fromSource.FirstLinkOfType("DataFromSource").Target().Name().str(), "3");
+    EXPECT_EQ(run.Get("DataConnector", "D4").FirstLinkOfType("DataToSink").Target().Name().str(), "1");
+    EXPECT_TRUE(fromSource.IsAttributeDataAttrComplete());
+    // Annotations by name; a font only with its name.
+    EXPECT_EQ(Names(diagram, "TextAnnotations"), "Early Later O");
+    const DvnfEntity& later = run.data.GetEntityByName(DvnfString("TextAnnotation"), DvnfString("Later"));
+    EXPECT_EQ(Defined(later.AttributeData(), {"Text"}), "Text=second");
+    EXPECT_EQ(later.AttributeData()("Font")("Name").AsString().str(), "Arial");
+    EXPECT_FALSE(run.data.GetEntityByName(DvnfString("TextAnnotation"), DvnfString("Early"))
+                     .AttributeData()("Font")
+                     .IsDefined());
+}
+
+TEST_P(ProcessLoad, StaffAssignmentsAndTheirLinksComeInTheOrderOfNames) {
+    AddProcess("S", "Staff", "0", nullptr);
+    // Keys run against the names: an order by key would show.
+    AddRole(Db(), "R1", "Zed");
+    AddRole(Db(), "R2", "Abe");
+    AddOrganization(Db(), "G1", "Shipping");
+    AddProgram(Db(), "T1", "zip");
+    AddProgram(Db(), "T2", "adder");
+    AddSystemGroup(Db(), "SG", "SYS_GRP");
+    AddPerson(Db(), {.id = "U1", .userId = "ZOE", .systemGroup = "SG", .password = "a"});
+    AddPerson(Db(), {.id = "U2", .userId = "ADA", .systemGroup = "SG", .password = "a"});
+    ExecAll(Db(), {
+        "INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, ACTIVITY_KIND, START_CONDITION) VALUES "
+        "('M1', 'Members', 'S', 2, 1), ('C2', 'Coordinator', 'S', 2, 1), ('P3', 'Persons', 'S', 2, 1), "
+        "('O11', 'Manager', 'S', 2, 1), ('F11', 'ManagerFromInput', 'S', 2, 1), ('N5', 'Notified', 'S', 2, 1)",
+        "INSERT INTO DVBT.ACTIVITY_EXTENT (AID, DONE_BY, ORGANIZATION, ORG_CONT_MEMBER, INCL_CHILD_ORG, MIN_LEVEL, "
+        "MAX_LVL_CONT_MBR, FIRST_NOT_TARGET, FIRST_NOT_ASSGMNT, NOTIFICATION_INTVL) VALUES "
+        "('M1', 1, 'G1', NULL, 2, 1, 'top', NULL, NULL, NULL), "
+        "('C2', 2, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
+        "('P3', 3, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
+        "('O11', 11, 'G1', NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
+        "('F11', 11, NULL, 'boss', 1, NULL, NULL, NULL, NULL, NULL), "
+        "('N5', 6, NULL, NULL, NULL, NULL, NULL, 4, 'U1', 30)",
+        "INSERT INTO DVBT.ACTIVITY_BY_ROLE (AID, ROLE) VALUES ('M1', 'R1'), ('M1', 'R2'), ('C2', 'R1'), ('C2', 'R2')",
+        "INSERT INTO DVBT.ACT_BY_ROLE_F_CONT (AID, CONTAINER_MEMBER) VALUES ('M1', 'z'), ('M1', 'a'), ('C2', 'y'), "
+        "('C2', 'b')",
+        "INSERT INTO DVBT.ACTIVITY_BY_PERSON (AID, PERSON_ID) VALUES ('P3', 'U1'), ('P3', 'U2')",
+        "INSERT INTO DVBT.ACT_BY_PERS_F_CONT (AID, CONTAINER_MEMBER) VALUES ('P3', 'q'), ('P3', 'c')",
+        "INSERT INTO DVBT.ACT_HAS_SUP_TOOL (AID, PROGRAM_ID) VALUES ('N5', 'T1'), ('N5', 'T2')",
+    });
+    LoadRun run(Db());
+    run.fe.Processes(DvnString("S"));
+    // Each activity: its assignment, the members from input, then the keys of its links.
+    auto line = [&](const char* aid) {
+        const DvnfEntity& activity = run.Get("Activity", aid);
+        const DvnfAttributeDataReader doneBy = activity.AttributeData()("DoneBy");
+        std::string out = Defined(doneBy, {"AssignType", "IncludeType", "CoordinatorFromInput", "OrganizationFromInput",
+                                           "MgrOrganizationFromInput", "LevelFrom", "LevelToFromInput"});
+        for (const char* set : {"MembersFromInput", "PersonsFromInput"}) {
+            DvnfDataSetIterator members = doneBy(set).ElementsOfSet();
+            for (DvnfAttributeDataReader m = members.First(); m.IsValid(); m = members.Next())
+                out += " " + m.Value().str();
+        }
+        for (const DvnfLink& link : activity.Links())
+            if (std::string(link.Type().Name().str()) != "ActivityHasInputStr" &&
+                std::string(link.Type().Name().str()) != "ActivityHasOutputStr")
+                out += " " + link.Type().Name().str() + ">" + link.Target().OID().str();
+        return out;
+    };
+    const std::vector<std::pair<const char*, std::string>> cases = {
+        {"M1", "AssignType=1 IncludeType=2 LevelFrom=1 LevelToFromInput=top a z DoneByRoleMember>R2 "
+               "DoneByRoleMember>R1 DoneByOrg>G1"},
+        {"C2", "AssignType=2 CoordinatorFromInput=b DoneByRoleCoordinator>R2 DoneByRoleCoordinator>R1"},
+        {"P3", "AssignType=3 c q DoneByPerson>U2 DoneByPerson>U1"},
+        {"O11", "AssignType=11 IncludeType=1 DoneByMgrOrganization>G1"},
+        {"F11", "AssignType=11 IncludeType=3 MgrOrganizationFromInput=boss"},
+        {"N5", "AssignType=6 NotifiedPerson>U1 HasSupportTool>T2 HasSupportTool>T1"},
+    };
+    for (const auto& [aid, expected] : cases) EXPECT_EQ(line(aid), expected) << aid;
+    EXPECT_EQ(Defined(run.Get("Activity", "N5").AttributeData(), {"NotifyType"}), "NotifyType=5");
+}
+
+TEST_P(ProcessLoad, AFailedReadIsTracedOrReportedWhereTheLoadCatchesIt) {
+    AddProcess("P1", "Free", "0", nullptr);
+    TraceCapture trace;
+    LoadRun run(Db());
+    DvnfEntity& connector = run.data.CreateEntity(DvnfString("DataConnector"), DvnfString("D1"), DvnfString(""));
+    DvnfEntity& process = run.data.CreateEntity(DvnfString("Process"), DvnfString("P1"), DvnfString("Free"));
+    // Each load's first statement fails once. The loads that give a result
+    // give 8 and tell the user (51368); the others only trace.
+    struct Case {
+        std::string context;
+        std::function<int()> load;
+        int result;
+    };
+    const std::vector<Case> loads = {
+        {"Exception In Processes: rc =", [&] { run.fe.Processes(DvnString("")); return 0; }, 0},
+        {"Exception In ProcessByName: rc =", [&] { return run.fe.ProcessByName("Free").IsValid() ? 1 : 0; }, 0},
+        {"Exception In ProcessContainers: rc =",
+         [&] { return run.fe.ProcessContainers(process.AttributeData(), &process, "P1"); }, 8},
+        {"Exception In DataMapping: rc =", [&] { return run.fe.DataMapping(&connector, "D1"); }, 8},
+    };
+    for (const auto& [context, load, expected] : loads) {
+        run.handler.Clear();
+        DvnOdbcFaults::Reset();
+        DvnOdbcFaults::FailCall(1, "08S01");
+        const int result = load();
+        EXPECT_TRUE(DvnOdbcFaults::Fired()) << context;
+        DvnOdbcFaults::Reset();
+        EXPECT_NE(trace.Text().find(context), std::string::npos) << context;
+        EXPECT_EQ(result, expected) << context;
+        EXPECT_EQ(run.handler.Count(51368), expected == 8 ? 1u : 0u) << context;
+    }
+    EXPECT_EQ(QueryValue(Db(), "SELECT CHECKED_OUT_BY FROM DVBT.PROCESS"), "<null>");
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(ProcessLoad);
+
+}  // namespace
