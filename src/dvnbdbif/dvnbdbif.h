@@ -162,6 +162,28 @@ public:
     // The key of the process of that name, or empty.
     DvnString FindProcess(const DvnString& name);
 
+    // ---- process editing (editor.cpp): the editor works on one process in
+    // the core data of the facade, and reads the attributes of a process,
+    // an activity or the inside of a block only when they are asked for.
+    // Every load opens the machine profile's data source, reads in one
+    // transaction and closes it again; no row is locked.
+    // The process of that name with its first level (blocks stay shells),
+    // the names of what it refers to resolved; DvnfEntity::undefined when
+    // there is none or the load failed.
+    DvnfEntity& LoadProcess(const DvnString& name);
+    // Stores every process of the core data, rows found by key; the level,
+    // with warnings (4) given as 0.
+    int SaveProcess();
+    // The long attributes and the containers of a process, read again at
+    // each call: 0, 8 when no row has its key, 12 on a failure.
+    int LoadProcessAttributes(DvnfEntity& process);
+    // The same for an activity, read once: 0 at once when they are in memory.
+    int LoadActivityAttributes(DvnfEntity& activity);
+    // The inside of a block activity: its own level, or with deep every
+    // block within at any depth; 0 at once when the block's content is in
+    // memory already.
+    int LoadBlock(DvnfEntity& block, const DvnString& processId, bool deep);
+
     // The core data of the facade (its handler receives the facade's messages).
     DvnfTRXData* CoreData() const { return m_pData; }
     DvnConvCoreDbIF(const DvnConvCoreDbIF&) = delete;
@@ -207,6 +229,10 @@ protected:
     int ReadGroup(DvnConvCoreDbFe& fe, const DvnString& id, int group);
     void ReadCommand(DvnConvCoreDbFe& fe, DvnCmdVisitor::Command& command);
     void ReadServersByName(DvnConvCoreDbFe& fe, DvnCmdVisitor::Command& command);
+    // ---- the frame of the single-object loads (loadframe.h)
+    template <class Work, class After>
+    int LoadFrame(const DvnString& name, const char* first, const char* second, const char* where, Work work,
+                  After after);
     // ---- lookups (lookups.cpp)
     template <class Work>
     int RunLoad(DvnfEntity& entity, const char* first, const char* second, const char* where, Work work);

@@ -14,12 +14,9 @@
 #include "dvnstaffsets.h"
 #include "dvntoposets.h"
 #include "guard.h"
+#include "loadframe.h"
 
 namespace {
-
-dvnguard::Words Words(const char* where) {
-    return dvnguard::For(where, std::strcmp(where, "GetName") == 0 ? "In" : "in");
-}
 
 CString Quoted(const DvnString& name) { return ReturnQuotedString(name, "'", "'").c_str(); }
 
@@ -32,35 +29,7 @@ bool IsType(const DvnfEntity& entity, const char* name) { return std::strcmp(ent
 template <class Work>
 int DvnConvCoreDbIF::RunLoad(DvnfEntity& entity, const char* first, const char* second, const char* where,
                              Work work) {
-    DVN_TRACE(1, 8, first << entity.Name());
-    DvnBTAuthorization* person = DvnBTAuthorization::GetInstance();
-    DVNK_REQUIRE(person != nullptr, "person != 0");
-    CDatabase& db = *m_pDatabase;
-    const int opened = OpenDatabaseFromProfile(db, person->DbUser(), person->DbPassword());
-    if (opened != 0) {
-        DVN_TRACE(1, 8, "Open database failed");
-        return opened;
-    }
-    int level = 0;
-    DvnConvCoreDbFe* frontEnd = nullptr;
-    dvnguard::Run(*m_pData->MessageHandler(), Words(where), level, [&] {
-        frontEnd = new DvnConvCoreDbFe(&db, m_pData);
-        frontEnd->SetTablePrefix(GetTablePrefix(db));
-        db.BeginTrans();
-        DVN_TRACE(1, 8, second << entity.Name());
-        level = work(*frontEnd);
-        db.CommitTrans();
-    });
-    if (db.InTransaction()) {
-        try {
-            db.Rollback();
-        } catch (CDBException* e) {
-            e->Delete();
-        }
-    }
-    delete frontEnd;
-    if (db.IsOpen()) db.Close();
-    return level;
+    return LoadFrame(entity.Name(), first, second, where, work, [] {});
 }
 
 int DvnConvCoreDbIF::LoadDataStructure(DvnfEntity& structure) {
@@ -116,7 +85,7 @@ DvnfString DvnConvCoreDbIF::WithConnection(const char* where, Find find) {
     }
     DvnfString result("");
     int level = 0;
-    dvnguard::Run(*m_pData->MessageHandler(), Words(where), level,
+    dvnguard::Run(*m_pData->MessageHandler(), dvnguard::LoadWords(where), level,
                   [&] { result = find(db, GetTablePrefix(db)); });
     return level == 0 ? result : DvnfString("");
 }

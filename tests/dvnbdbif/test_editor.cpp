@@ -1,0 +1,166 @@
+// The editor's operations through the facade on both databases: loading a
+// process level by level, the attributes on demand, the inside of blocks,
+// and the save with its final words.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "backendrun.h"
+#include "dvnbauth.h"
+#include "dvnbdbif.h"
+#include "dvnfffdn.h"
+#include "repositorydb.h"
+#include "testenv.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// The facade with its connection in view.
+class EditorFacade : public DvnConvCoreDbIF {
+public:
+    using DvnConvCoreDbIF::DvnConvCoreDbIF;
+    bool ConnectionOpen() const { return m_pDatabase->IsOpen(); }
+};
+
+class Editor : public RepositoryTest {
+protected:
+    void SetUp() override {
+        RepositoryTest::SetUp();
+        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
+    }
+    void TearDown() override {
+        DvnBTAuthorization::DestroyInstance();
+        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
+        RepositoryTest::TearDown();
+    }
+    Lines Messages() {
+        Lines lines = MessageLines(handler);
+        handler.Clear();
+        return lines;
+    }
+    // The text parsed into the editor's core data, as a file gives it.
+    void Parse(const std::string& text) {
+        std::string error;
+        ASSERT_EQ(DvnTRXFrontend(data, nullptr).ReadText(text, "editor", 0, nullptr, &error), 0) << error;
+    }
+    // Saves the core data; the level and what was written on standard output.
+    std::pair<int, std::string> Save(EditorFacade& facade) {
+        testing::internal::CaptureStdout();
+        const int level = facade.SaveProcess();
+        std::string out = testing::internal::GetCapturedStdout();
+        const size_t words = out.find("Finished with");
+        return {level, words == std::string::npos ? std::string() : out.substr(words)};
+    }
+    DvnfCollectingMessageHandler handler;
+    DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
+};
+
+// A process entity in the core data as a load leaves it: state 3, with a
+// diagram holding one block and one program activity.
+struct Shallow {
+    DvnfEntity& process;
+    DvnfEntity& block;
+    DvnfEntity& program;
+    explicit Shallow(DvnfTRXData& data, const char* pid = "P404")
+        : process(data.CreateEntity(DvnfString("Process"), DvnfString(pid), DvnfString("Gone"))),
+          block(data.CreateBlockActivityByOID(process.AttributeData()("Diagram"), DvnfString("A404"))),
+          program(data.CreateProgramActivityByOID(process.AttributeData()("Diagram"), DvnfString("A405"))) {
+        block.Name(DvnfString("Outer"));
+        program.Name(DvnfString("Check"));
+        for (DvnfEntity* e : {&process, &block, &program}) e->State(DvnfObject::StateUnchanged);
+    }
+};
+
+TEST_P(Editor, RowsThatAreNotThereGiveTheirMessageAndEightAndTheConnectionIsClosed) {
+    DvnBTAuthorization::GetInstance();
+    EditorFacade facade(&data);
+    Shallow s(data);
+    TraceCapture trace;
+
+    // The process's attributes are read at every call: two calls, two reports.
+    EXPECT_EQ(facade.LoadProcessAttributes(s.process), 8);
+    EXPECT_EQ(facade.LoadProcessAttributes(s.process), 8);
+    EXPECT_FALSE(facade.ConnectionOpen());
+    EXPECT_EQ(Messages(), (Lines{"51700|Gone", "51700|Gone"}));
+    EXPECT_FALSE(s.process.IsAttributeDataAttrComplete());
+    EXPECT_EQ(facade.LoadActivityAttributes(s.program), 8);
+    EXPECT_FALSE(facade.ConnectionOpen());
+    EXPECT_EQ(Messages(), Lines{"51701|Check"});
+    EXPECT_FALSE(s.program.IsAttributeDataAttrComplete());
+
+    // A name that no process has: undefined, and the connection closed.
+    DvnfEntity& none = facade.LoadProcess(DvnString("Nope"));
+    EXPECT_FALSE(none.IsValid());
+    EXPECT_FALSE(facade.ConnectionOpen());
+    EXPECT_EQ(Messages(), Lines{});
+
+    const std::string text = trace.Text();
+    for (const char* traced : {"Load Process attributes Gone", "Load Activity attributes Check", "Load Process Nope",
+                               "ProcesstoCoreNope"})
+        EXPECT_NE(text.find(traced), std::string::npos) << traced;
+}
+
+TEST_P(Editor, WhatIsInMemoryIsNotReadAgainAndAFailedOpenGivesItsLevel) {
+    DvnBTAuthorization::GetInstance();
+    EditorFacade facade(&data);
+    Shallow s(data);
+    s.program.SetFlags(DvnfEntity::FlagAttributesComplete);
+    s.block.SetFlags(DvnfEntity::FlagBlockContent);
+    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString("dvnbt_no_such_dsn"));
+    TraceCapture trace;
+
+    // In memory: 0 before anything is opened, so a data source that cannot
+    // be opened does not matter.
+    EXPECT_EQ(facade.LoadActivityAttributes(s.program), 0);
+    EXPECT_EQ(facade.LoadBlock(s.block, DvnString("P404"), true), 0);
+    EXPECT_NE(trace.Text().find("Attributes for Check are already loded"), std::string::npos);
+    EXPECT_NE(trace.Text().find("block Outer is already loaded"), std::string::npos);
+    EXPECT_EQ(trace.Text().find("Open database failed"), std::string::npos);
+
+    // Otherwise the open is tried: its level, no message, no flag.
+    s.program.SetFlags(DvnfEntity::FlagAttributesComplete, false);
+    s.block.SetFlags(DvnfEntity::FlagBlockContent, false);
+    EXPECT_EQ(facade.LoadActivityAttributes(s.program), 12);
+    EXPECT_EQ(facade.LoadBlock(s.block, DvnString("P404"), false), 12);
+    EXPECT_EQ(facade.LoadProcessAttributes(s.process), 12);
+    EXPECT_FALSE(facade.LoadProcess(DvnString("Gone")).IsValid());
+    EXPECT_EQ(Save(facade), std::make_pair(12, std::string()));
+    EXPECT_EQ(Messages(), Lines{});
+    EXPECT_FALSE(s.block.IsBlockContentInMemory());
+    EXPECT_FALSE(s.program.IsAttributeDataAttrComplete());
+    size_t failed = 0;
+    for (size_t at = trace.Text().find("Open database failed"); at != std::string::npos;
+         at = trace.Text().find("Open database failed", at + 1))
+        ++failed;
+    EXPECT_EQ(failed, 5u);
+}
+
+TEST_P(Editor, ASaveStoresByKeyAndWarningsEndAsZero) {
+    DvnBTAuthorization::GetInstance();
+    EditorFacade facade(&data);
+    AddCategory(Db(), "C1", "Sales");
+    Parse(R"(Process "Order" oid "P1" { Description = "first"; ProcessHasCategory -> "Sales"; })");
+    TraceCapture trace;
+    EXPECT_EQ(Save(facade), std::make_pair(0, std::string("Finished with Process Model Save \nNo errors found.\n")));
+    EXPECT_EQ(QueryRows(Db(), "SELECT PID, NAME, DESCRIPTION, CATID FROM DVBT.PROCESS"), Lines{"P1|Order|first|C1"});
+    EXPECT_FALSE(facade.ConnectionOpen());
+    EXPECT_NE(trace.Text().find("Save Process To Database "), std::string::npos);
+    EXPECT_NE(trace.Text().find("Finished with Process Model Save. No errors found."), std::string::npos);
+
+    // A category that is not there is a warning: the row is written
+    // without it, the words say so, and the level is 0.
+    Parse(R"(Process "Order" oid "P1" { Description = "second"; ProcessHasCategory -> "Nope"; })");
+    data.GetEntityByOID(DvnfString("Process"), DvnfString("P1")).State(DvnfObject::StateChanged);
+    EXPECT_EQ(Save(facade), std::make_pair(0, std::string("Finished with Process Model Save\nWarnings found.\n")));
+    EXPECT_EQ(QueryRows(Db(), "SELECT PID, NAME, DESCRIPTION, CATID FROM DVBT.PROCESS"),
+              Lines{"P1|Order|second|<null>"});
+    const Lines messages = Messages();
+    EXPECT_NE(std::find(messages.begin(), messages.end(), "51112|Order"), messages.end())
+        << testing::PrintToString(messages);
+    EXPECT_NE(trace.Text().find("Finished with Process Model Save.Warnings found."), std::string::npos);
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(Editor);
+
+}  // namespace
