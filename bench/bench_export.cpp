@@ -4,14 +4,23 @@
 // process start, the login and the writing of the text to a file are left
 // out: they cost the same whatever the repository holds.
 //
-// A generated repository, imported first (outside the clock): C categories
-// and S data structures of M members (the first member of each names the
-// next structure of its group of ten, the last of a group names none). Each
-// run reads into fresh core data and writes the text:
+// A generated repository, imported first (outside the clock): C categories,
+// S data structures of M members (the first member of each names the next
+// structure of its group of ten, the last of a group names none), and P
+// processes of the import benchmark's workload of activity kinds (100
+// activities, blocks three deep, 150 control and 50 data connectors, every
+// process attribute; processfiles.h), each in category p and with the input
+// structure of group p. Each run reads into fresh core data and writes the
+// text:
+//   open           what any export costs: the connection opened and closed,
+//                  one name looked up (its us/obj is the whole run)
 //   all            ExportAll, every section
 //   Category       all categories (ExportByCommand)
 //   DataStructure  all data structures
+//   Process        all processes
 //   deep DataStructure  one structure with --deep: its group of ten
+//   deep Process   one process with --deep: its category, its structures
+//                  and the programs its activities name
 // Beside each run, the raw read baseline (rawodbc.h) reads the same rows by
 // the same keys with prepared statements, each column fetched as text: the
 // driver's own cost of the reads.
@@ -20,8 +29,8 @@
 // database; the last lines compare the cost per object:
 //   object <database> <run> 1x=<us> 10x=<us> growth=<10x / 1x> cpu ...
 //
-// usage: bench_export [C [S [M]]] (defaults 1000 categories, 1000 structures
-// of 20 members). With $DVNBT_BENCH_PROFILE set to the name of a run, only
+// usage: bench_export [C [S [M [P]]]] (defaults 1000 categories, 1000
+// structures of 20 members, 100 processes). With $DVNBT_BENCH_PROFILE set to the name of a run, only
 // that run at full size, without the statement count: for a profiler.
 #include <cstdio>
 #include <cstdlib>
@@ -30,11 +39,12 @@
 
 #include "benchrun.h"
 #include "dvnfffdn.h"
+#include "processfiles.h"
 
 namespace {
 
 struct Sizes {
-    int categories, structures, members;
+    int categories, structures, members, processes;
 };
 
 constexpr int kGroup = 10;  // structures that name each other in a chain
@@ -65,6 +75,19 @@ std::string WriteRepository(const Sizes& n) {
         }
         out << "  ]\n}\n";
     }
+    return path;
+}
+
+// The processes, each in a category and with an input structure of its own
+// group (named before: the structures are imported first).
+std::string WriteProcesses(const Sizes& n) {
+    const std::string path = bench::TempFile("bench_export_processes", n.processes, ".trx");
+    bench::WriteKinds(path, n.processes, [&](DvnfTRXData& data, DvnfEntity& process, int p) {
+        data.AddLinkByName(process, DvnfString("ProcessHasCategory"), DvnfString("Category"),
+                           DvnfString(Name("Category", p % n.categories)), true, false);
+        data.AddLinkByName(process, DvnfString("ProcessHasInputStr"), DvnfString("DataStructure"),
+                           DvnfString(Name("Structure", p * kGroup % n.structures)), true, false);
+    });
     return path;
 }
 
@@ -146,21 +169,26 @@ void PrintHeader() {
                 "st/obj", "objects/s", "rows/s", "TRX kB/s", "peak MB", "time/raw", "read/raw", "us/obj", "cpu us");
 }
 
-void ImportAndExport(const char* backend, const std::string& dataSource, const std::string& path, const Sizes& n,
-                     bench::Growth& growth) {
+void ImportAndExport(const char* backend, const std::string& dataSource, const std::vector<std::string>& paths,
+                     const Sizes& n, bench::Growth& growth) {
     CDatabase db;
     if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString()) != 0) {
         std::fprintf(stderr, "%s: cannot open: %s\n", backend, DvnConvCoreDbIF::LastOpenError().c_str());
         return;
     }
     DvnSchema::Create(db, true);
-    int level = 0;
-    const double import = bench::ImportQuietly(path, dataSource, level);
-    std::printf("%-10s import of %d categories and %d structures of %d members: %.1f s, level %d\n", backend,
-                n.categories, n.structures, n.members, import, level);
+    bench::InsertProcessRows(db);
+    for (const std::string& path : paths) {
+        int level = 0;
+        const double import = bench::ImportQuietly(path, dataSource, level);
+        std::printf("%-10s import of %s: %.1f s, level %d\n", backend,
+                    std::filesystem::path(path).filename().c_str(), import, level);
+    }
 
-    std::vector<bench::RawRead> structures = StructureReads(db, "", true);
+    const std::vector<bench::RawRead> structures = StructureReads(db, "", true);
+    const std::vector<bench::RawRead> processes = bench::ProcessReads(db, "SELECT PID FROM DVBT.PROCESS", true);
     std::vector<bench::RawRead> all = CategoryReads();
+    all.insert(all.end(), processes.begin(), processes.end());
     all.insert(all.end(), structures.begin(), structures.end());
     // The deep export of the first structure reads it by name first, then
     // its group by key.
@@ -168,6 +196,17 @@ void ImportAndExport(const char* backend, const std::string& dataSource, const s
     for (int i = 0; i < std::min(kGroup, n.structures); ++i) group += (i ? ", '" : "'") + Name("Structure", i) + "'";
     std::vector<bench::RawRead> deep = StructureReads(db, group + ")", false);
     deep.insert(deep.begin(), {"DATA_STRUCTURE", "NAME", {Name("Structure", 0)}, ""});
+    // The deep export of the first process: found by name, read by key, then
+    // its category, the group of its input structure and the programs.
+    std::vector<bench::RawRead> deepProcess = {{"PROCESS", "NAME", {"Kinds000000"}, ""}};
+    for (const bench::RawRead& read :
+         bench::ProcessReads(db, "SELECT PID FROM DVBT.PROCESS WHERE NAME = 'Kinds000000'", false))
+        deepProcess.push_back(read);
+    deepProcess.push_back({"CATEGORY", "NAME", {Name("Category", 0)}, ""});
+    for (const bench::RawRead& read : StructureReads(db, group + ")", false)) deepProcess.push_back(read);
+    const std::vector<std::string> programs = bench::RawKeys(db, "SELECT PROGRAM_ID FROM DVBT.PROGRAM");
+    deepProcess.push_back({"PROGRAM", "PROGRAM_ID", programs, ""});
+    deepProcess.push_back({"EXTERNAL_SERVICE", "PROGRAM_ID", programs, ""});
 
     const std::vector<Run> runs = {
         // What every export costs whatever it reads: the connection opened
@@ -186,11 +225,19 @@ void ImportAndExport(const char* backend, const std::string& dataSource, const s
              return ByCommand(f, ds, DvnEntityType::DataStructure, {}, false);
          },
          structures},
+        {"Process",
+         [](DvnConvCoreDbIF& f, const DvnString& ds) { return ByCommand(f, ds, DvnEntityType::Process, {}, false); },
+         processes},
         {"deep DataStructure",
          [](DvnConvCoreDbIF& f, const DvnString& ds) {
              return ByCommand(f, ds, DvnEntityType::DataStructure, {DvnString(Name("Structure", 0))}, true);
          },
          deep},
+        {"deep Process",
+         [](DvnConvCoreDbIF& f, const DvnString& ds) {
+             return ByCommand(f, ds, DvnEntityType::Process, {DvnString("Kinds000000")}, true);
+         },
+         deepProcess},
     };
     const char* only = std::getenv("DVNBT_BENCH_PROFILE");
     for (const Run& run : runs) {
@@ -219,32 +266,34 @@ void ImportAndExport(const char* backend, const std::string& dataSource, const s
 }  // namespace
 
 int main(int argc, char** argv) {
-    Sizes n{1000, 1000, 20};
+    Sizes n{1000, 1000, 20, 100};
     if (argc > 1) n.categories = std::atoi(argv[1]);
     if (argc > 2) n.structures = std::atoi(argv[2]);
     if (argc > 3) n.members = std::atoi(argv[3]);
-    if (n.categories < 10 || n.structures < 10 || n.members < 2) {
-        std::fprintf(stderr, "usage: bench_export [C [S [M]]] (C and S at least 10, M at least 2)\n");
+    if (argc > 4) n.processes = std::atoi(argv[4]);
+    if (n.categories < 10 || n.structures < 10 || n.members < 2 || n.processes < 10) {
+        std::fprintf(stderr, "usage: bench_export [C [S [M [P]]]] (C, S and P at least 10, M at least 2)\n");
         return 2;
     }
-    std::printf("export of %d categories and %d structures of %d members, at a tenth and at full size\n",
-                n.categories, n.structures, n.members);
+    std::printf("export of %d categories, %d structures of %d members and %d processes of %d activities, at a "
+                "tenth and at full size\n",
+                n.categories, n.structures, n.members, n.processes, bench::kKindActivities);
     PrintHeader();
     bench::Growth growth;
     int status = 0;
-    for (const Sizes size : {Sizes{n.categories / 10, n.structures / 10, n.members}, n}) {
+    for (const Sizes size : {Sizes{n.categories / 10, n.structures / 10, n.members, n.processes / 10}, n}) {
         if (std::getenv("DVNBT_BENCH_PROFILE") && size.structures != n.structures) continue;
-        const std::string path = WriteRepository(size);
+        const std::vector<std::string> paths = {WriteRepository(size), WriteProcesses(size)};
         try {
             bench::ForEachFreshDatabase("bench_export", [&](const char* backend, const std::string& ds) {
-                ImportAndExport(backend, ds, path, size, growth);
+                ImportAndExport(backend, ds, paths, size, growth);
             });
         } catch (CDBException* e) {
             std::fprintf(stderr, "bench_export: %s\n", e->m_strError.c_str());
             e->Delete();
             status = 1;
         }
-        std::filesystem::remove(path);
+        for (const std::string& path : paths) std::filesystem::remove(path);
     }
     growth.Print("object");
     return status;
