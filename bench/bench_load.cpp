@@ -137,21 +137,16 @@ int main(int argc, char** argv) {
     std::printf("%-10s %-12s %9s %8s %9s %9s %9s %10s %8s %8s %9s %9s\n", "database", "run", "processes", "rows",
                 "st/proc", "raw st/p", "procs/s", "rows/s", "time/raw", "cpu/raw", "us/proc", "cpu us");
     bench::Growth growth;
-    int status = 0;
-    for (int count : {n / 10, n}) {
-        const std::string path = bench::TempFile("bench_load", count, ".trx");
-        bench::WriteKinds(path, count);
-        try {
-            bench::ForEachFreshDatabase("bench_load", [&](const char* backend, const std::string& ds) {
-                ImportAndLoad(backend, ds, path, count, growth);
-            });
-        } catch (CDBException* e) {
-            std::fprintf(stderr, "bench_load: %s\n", e->m_strError.c_str());
-            e->Delete();
-            status = 1;
-        }
-        std::filesystem::remove(path);
-    }
+    const int status = bench::ForTwoSizes(
+        "bench_load", n,
+        [](int count) {
+            const std::string path = bench::TempFile("bench_load", count, ".trx");
+            bench::WriteKinds(path, count);
+            return path;
+        },
+        [&](const char* backend, const std::string& ds, const std::string& path, int count) {
+            ImportAndLoad(backend, ds, path, count, growth);
+        });
     growth.Print("process");
     return status;
 }
