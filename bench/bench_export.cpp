@@ -178,6 +178,11 @@ void ImportAndExport(const char* backend, const std::string& dataSource, const s
     }
     DvnSchema::Create(db, true);
     bench::InsertProcessRows(db);
+    // As `dvnbt --db` does: the machine profile of the process names the
+    // database, so that the lookups by key that an export makes through the
+    // profile's data source (GetNamesOfAll) reach it (no file is read).
+    setenv("DVN_PROFILE", bench::TempFile("bench_export", 0, ".profile").c_str(), 1);
+    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(dataSource));
     for (const std::string& path : paths) {
         int level = 0;
         const double import = bench::ImportQuietly(path, dataSource, level);
@@ -261,6 +266,8 @@ void ImportAndExport(const char* backend, const std::string& dataSource, const s
                     "", "", rows.statements, rows.rows / raw, m.cpu / rawCpu, m.bytes / 1024, 100 * m.write / seconds);
         std::fflush(stdout);
     }
+    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
+    unsetenv("DVN_PROFILE");
 }
 
 }  // namespace
