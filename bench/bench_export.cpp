@@ -172,17 +172,7 @@ void PrintHeader() {
 void ImportAndExport(const char* backend, const std::string& dataSource, const std::vector<std::string>& paths,
                      const Sizes& n, bench::Growth& growth) {
     CDatabase db;
-    if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString()) != 0) {
-        std::fprintf(stderr, "%s: cannot open: %s\n", backend, DvnConvCoreDbIF::LastOpenError().c_str());
-        return;
-    }
-    DvnSchema::Create(db, true);
-    bench::InsertProcessRows(db);
-    // As `dvnbt --db` does: the machine profile of the process names the
-    // database, so that the lookups by key that an export makes through the
-    // profile's data source (GetNamesOfAll) reach it (no file is read).
-    setenv("DVN_PROFILE", bench::TempFile("bench_export", 0, ".profile").c_str(), 1);
-    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(dataSource));
+    if (!bench::OpenProcessRepository(backend, dataSource, db)) return;
     for (const std::string& path : paths) {
         int level = 0;
         const double import = bench::ImportQuietly(path, dataSource, level);
@@ -266,8 +256,7 @@ void ImportAndExport(const char* backend, const std::string& dataSource, const s
                     "", "", rows.statements, rows.rows / raw, m.cpu / rawCpu, m.bytes / 1024, 100 * m.write / seconds);
         std::fflush(stdout);
     }
-    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
-    unsetenv("DVN_PROFILE");
+    bench::ForgetRepository();
 }
 
 }  // namespace

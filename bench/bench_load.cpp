@@ -69,19 +69,10 @@ long LoadEach(int count) {
 void ImportAndLoad(const char* backend, const std::string& dataSource, const std::string& path, int n,
                    bench::Growth& growth) {
     CDatabase db;
-    if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString()) != 0) {
-        std::fprintf(stderr, "%s: cannot open: %s\n", backend, DvnConvCoreDbIF::LastOpenError().c_str());
-        return;
-    }
-    DvnSchema::Create(db, true);
-    bench::InsertProcessRows(db);
+    if (!bench::OpenProcessRepository(backend, dataSource, db)) return;
     int level = 0;
     const double import = bench::ImportQuietly(path, dataSource, level);
     std::printf("%-10s import of %d processes: %.1f s, level %d\n", backend, n, import, level);
-    // The editor opens the data source of the machine profile: a profile
-    // of the process alone names the fresh database (no file is read).
-    setenv("DVN_PROFILE", bench::TempFile("bench_load", 0, ".profile").c_str(), 1);
-    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(dataSource));
 
     const int editorLoads = std::min(n, kEditorLoads);
     std::string first = "SELECT PID FROM DVBT.PROCESS WHERE NAME IN (";
@@ -119,8 +110,7 @@ void ImportAndLoad(const char* backend, const std::string& dataSource, const std
                     m.cpu / std::max(1e-6, raw.cpu), m.seconds * 1e6 / processes, m.cpu * 1e6 / processes);
         std::fflush(stdout);
     }
-    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
-    unsetenv("DVN_PROFILE");
+    bench::ForgetRepository();
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 
 #include "dvnbdbif.h"
 #include "dvnfffdn.h"
-#include "rawodbc.h"
+#include "benchrun.h"
 
 namespace bench {
 
@@ -37,6 +37,30 @@ inline void InsertProcessRows(CDatabase& db) {
     db.ExecuteSQL("INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME, SYSTEM_GROUP, CHECKED_OUT) VALUES ('BSY', 'DVNSYS', "
                   "'BSG', 0)");
     db.ExecuteSQL("INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('BPS', 'PES1', 'BSY', 0)");
+}
+
+// A fresh repository for the process benchmarks: db opened on the data
+// source, the schema created, the rows the processes name put in, and the
+// machine profile of the process pointed at the data source, as `dvnbt
+// --db` does, so that what reads through the profile (the editor's loads,
+// lookups by key) reaches it; no profile file is read. False, said on
+// standard error, when it does not open. ForgetRepository undoes the
+// profile.
+inline bool OpenProcessRepository(const char* backend, const std::string& dataSource, CDatabase& db) {
+    if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString()) != 0) {
+        std::fprintf(stderr, "%s: cannot open: %s\n", backend, DvnConvCoreDbIF::LastOpenError().c_str());
+        return false;
+    }
+    DvnSchema::Create(db, true);
+    InsertProcessRows(db);
+    setenv("DVN_PROFILE", TempFile("bench_profile", 0, ".profile").c_str(), 1);
+    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(dataSource));
+    return true;
+}
+
+inline void ForgetRepository() {
+    DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
+    unsetenv("DVN_PROFILE");
 }
 
 // ---- the workload of activity kinds and process attributes
