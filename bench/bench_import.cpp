@@ -61,6 +61,7 @@
 #include "dvnbdbif.h"
 #include "dvnfffdn.h"
 #include "dvnschema.h"
+#include "processfiles.h"
 #include "rawodbc.h"
 
 namespace {
@@ -146,15 +147,12 @@ Workload Structures(int n, int members) {
     return w;
 }
 
-// The roles and programs the processes name, as rows of the repository.
-constexpr int kRoles = 10, kPrograms = 10;
+// The roles and programs the processes name, as rows of the repository,
+// and the workload of activity kinds: bench/processfiles.h.
+using bench::kPrograms;
+using bench::kRoles;
+using bench::Label;
 constexpr int kContainerValues = 5;
-
-DvnfString Label(const char* format, int n) {
-    char text[32];
-    std::snprintf(text, sizeof text, format, n);
-    return DvnfString(text);
-}
 
 // n processes of the given number of activities each, written by
 // DvnTRXWriter. Plain activities: the row, its extent, roles, support tool
@@ -192,107 +190,12 @@ Workload Processes(int n, int activities) {
     return w;
 }
 
-// ---- the workload of activity kinds and process attributes
-// n processes of 100 activities: 50 program activities (program and server
-// rows put in by SQL), 20 information activities and a block holding 10
-// activities and a block, which holds 10 and a block of 7 (three deep); 150
-// control connectors with 3 bend points and 50 data connectors with 5
-// mappings; every process attribute given.
-constexpr int kKindActivities = 100;
-
-void ProcessAttributes(DvnfAttributeData a) {
-    a("Description") = "A generated process";
-    a("Documentation") = "Every attribute of a process, for the benchmark.";
-    a("ValidFrom") = "2026-01-01";
-    a("PromptAtProcessStart") = true;
-    a("RcCreation") = 1L;
-    a("NotifyDuration")("Hours") = 4L;
-    DvnfAttributeData defaults = a("ProcessDefault");
-    defaults("AuditDB") = 1L;
-    defaults("AuditHX") = 2L;
-    defaults("NotificationMode") = 1L;
-    defaults("RefreshPolicy") = 0L;
-    defaults("KeepWorkitems")("Type") = 1L;
-    defaults("KeepProcesses")("Type") = 2L;
-    defaults("KeepProcesses")("Days") = 30L;
-    defaults("Autonomy") = 5L;
-    for (const char* flag : {"IncludeProcessAssignment", "PreferLocalUsers", "Substitution", "CheckoutPossible"})
-        a("ActivityDefault")(flag) = true;
-    a("ActivityDefault")("AuditFilterDB") = "ALL";
-    a("WindowLayout")("ZoomFactor") = 120L;
-    a("WindowLayout")("Paper")("Width") = 800L;
-    a("WindowLayout")("Paper")("Height") = 600L;
-    a("WindowLayout")("ShowConditions") = 1L;
-    for (const char* color : {"PaperColor", "ActivityColor", "ControlConnectorColor", "DataConnectorColor"}) {
-        a(color)("Red") = 10L;
-        a(color)("Green") = 20L;
-        a(color)("Blue") = 30L;
-    }
-    for (const char* font : {"ActivityFont", "ExitConditionFont", "TransitionConditionFont"}) {
-        a(font)("Name") = "Sans";
-        a(font)("Size") = 10L;
-    }
-}
+// ---- the workload of activity kinds and process attributes (processfiles.h)
+constexpr int kKindActivities = bench::kKindActivities;
 
 Workload Kinds(int n) {
     Workload w{"kinds", FilePath("kinds", n), n, 0, 0, kKindActivities};
-    DvnfCollectingMessageHandler quiet;
-    DvnfTRXData data(DvnfTRXTypes::_instance, &quiet);
-    auto link = [&](DvnfEntity& entity, const char* name, const char* type, const DvnfString& target) {
-        data.AddLinkByName(entity, DvnfString(name), DvnfString(type), target, true, false);
-    };
-    auto info = [&](DvnfAttributeData diagram, const char* format, int count) {
-        for (int i = 0; i < count; ++i) data.CreateInfoActivityByOID(diagram, DvnfString()).Name(Label(format, i));
-    };
-    auto block = [&](DvnfAttributeData diagram, const char* name) {
-        DvnfEntity& activity = data.CreateBlockActivityByOID(diagram, DvnfString());
-        activity.Name(DvnfString(name));
-        DvnfEntity& inner = activity.AttributeData()("Implementation")("AsBlock").AsEntity();
-        inner.AttributeData()("WindowLayout")("ZoomFactor") = 100L;
-        return inner.AttributeData()("Diagram");
-    };
-    for (int p = 0; p < n; ++p) {
-        DvnfEntity& process = data.CreateEntity(DvnfString("Process"), DvnfString(), Label("Kinds%06d", p));
-        ProcessAttributes(process.AttributeData());
-        DvnfAttributeData diagram = process.AttributeData()("Diagram");
-        for (int i = 0; i < 50; ++i) {
-            DvnfEntity& activity = data.CreateProgramActivityByOID(diagram, DvnfString());
-            activity.Name(Label("P%d", i));
-            DvnfEntity& program = activity.AttributeData()("Implementation")("AsProgram").AsEntity();
-            program.AttributeData()("Synchronization") = 1L;
-            link(program, "ReferencesProgram", "Program", Label("Tool%d", i % kPrograms));
-            link(program, "ReferencesPEServer", "Server", DvnfString("PES1.DVNSYS"));
-        }
-        info(diagram, "I%d", 20);
-        DvnfAttributeData b1 = block(diagram, "B1");
-        info(b1, "I%d", 10);
-        DvnfAttributeData b2 = block(b1, "B2");
-        info(b2, "I%d", 10);
-        info(block(b2, "B3"), "I%d", 7);
-        // 150 control connectors among the program and information
-        // activities of the top, 50 data connectors between program ones.
-        for (int c = 0; c < 150; ++c) {
-            const int from = c % 50, to = (c / 50 + 1 + from) % 50;
-            DvnfEntity& connector =
-                data.CreateControlConnector(diagram, Label(c < 100 ? "P%d" : "I%d", c < 100 ? from : from % 20),
-                                            Label("P%d", to), nullptr);
-            for (int b = 0; b < 3; ++b) {
-                DvnfAttributeData point = connector.AttributeData()("BendPoints").NewSetElement();
-                point("Xpos") = static_cast<long>(10 * b);
-                point("Ypos") = static_cast<long>(c);
-            }
-        }
-        for (int c = 0; c < 50; ++c) {
-            DvnfEntity& connector = data.CreateDataConnectorWithOID(diagram, Label("P%d", c), false,
-                                                                    Label("P%d", (c + 7) % 50), false, DvnfString());
-            for (int m = 0; m < 5; ++m) {
-                DvnfAttributeData mapping = connector.AttributeData()("Mappings").NewSetElement();
-                mapping("From") = Label("Value%d", m);
-                mapping("To") = Label("Value%d", m);
-            }
-        }
-    }
-    DvnTRXWriter(data).WriteFile(w.path.c_str());
+    bench::WriteKinds(w.path, n);
     return w;
 }
 
@@ -361,19 +264,7 @@ void RunProcesses(const char* backend, const std::string& dataSource, const Work
     {
         CDatabase db;
         if (!CreateSchemas(backend, dataSource, db)) return;
-        for (int r = 0; r < kRoles; ++r)
-            db.ExecuteSQL(("INSERT INTO DVBT.ROLE (ROLE_ID, NAME, CHECKED_OUT) VALUES ('BR" + std::to_string(r) +
-                           "', 'Role" + std::to_string(r) + "', 0)").c_str());
-        for (int g = 0; g < kPrograms; ++g)
-            db.ExecuteSQL(("INSERT INTO DVBT.PROGRAM (PROGRAM_ID, NAME, CHECKED_OUT) VALUES ('BG" +
-                           std::to_string(g) + "', 'Tool" + std::to_string(g) + "', 0)").c_str());
-        // The server that program activities name, "PES1.DVNSYS".
-        db.ExecuteSQL("INSERT INTO DVBT.SYSTEM_GROUP (SYSTEM_GROUP_ID, NAME, CHECKED_OUT) VALUES ('BSG', 'SYS_GRP', "
-                      "0)");
-        db.ExecuteSQL("INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME, SYSTEM_GROUP, CHECKED_OUT) VALUES ('BSY', 'DVNSYS', "
-                      "'BSG', 0)");
-        db.ExecuteSQL("INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('BPS', 'PES1', 'BSY', "
-                      "0)");
+        bench::InsertProcessRows(db);
     }
     const int activities = w.objects * w.activities;
     const int transactions = w.objects * (2 * w.activities + 5);

@@ -9,12 +9,15 @@
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <malloc.h>
 
 #include "dvnbauth.h"
 #include "dvnbdbfe.h"
@@ -202,6 +205,58 @@ inline int ForTwoSizes(const char* program, int n, const std::function<std::stri
         std::filesystem::remove(path);
     }
     return status;
+}
+
+// ---- shared by the export and load benchmarks: peak memory, statements
+// A line of /proc/self/status in kB ("VmRSS", "VmHWM"); 0 when unknown.
+inline long StatusKB(const char* key) {
+    std::ifstream in("/proc/self/status");
+    std::string line;
+    const std::string prefix = std::string(key) + ":";
+    while (std::getline(in, line))
+        if (line.compare(0, prefix.size(), prefix) == 0) return std::atol(line.c_str() + prefix.size());
+    return 0;
+}
+
+// The peak resident memory that run adds to the process, in kB: freed memory
+// goes back to the system and the kernel's high-water mark (VmHWM) starts
+// again from now before it runs. -1 where the kernel does not offer that.
+inline long PeakMemoryKB(const std::function<void()>& run) {
+    malloc_trim(0);
+    std::ofstream reset("/proc/self/clear_refs");
+    reset << "5";
+    reset.close();
+    const bool known = static_cast<bool>(reset);
+    const long before = StatusKB("VmRSS");
+    run();
+    return known ? std::max(0L, StatusKB("VmHWM") - before) : -1;
+}
+
+// The statements that run executes through the recordset layer (SQLExecute
+// and SQLExecDirect), counted from the layer's trace of its driver calls,
+// written to a file of its own while run runs. Tracing slows the calls: a
+// count comes from a run of its own, never from a timed one.
+inline long CountStatements(const std::function<void()>& run) {
+    const std::string path = TempFile("bench_statements", 0, ".trace");
+    std::filesystem::remove(path);
+    setenv("DVN_TRACE", "1", 1);
+    setenv("DVN_TRACE_LEVEL", "3", 1);
+    setenv("DVN_TRACE_CATEGORIES", "1", 1);
+    setenv("DVN_TRACE_FILE", path.c_str(), 1);
+    DvnTrace::ConfigureFromEnvironment();
+    run();
+    for (const char* name : {"DVN_TRACE", "DVN_TRACE_LEVEL", "DVN_TRACE_CATEGORIES", "DVN_TRACE_FILE"})
+        unsetenv(name);
+    DvnTrace::ConfigureFromEnvironment();
+    long statements = 0;
+    std::ifstream in(path);
+    std::string line;
+    while (std::getline(in, line))
+        if (line.find(" SQLExecute rc=") != std::string::npos || line.find(" SQLExecDirect rc=") != std::string::npos)
+            ++statements;
+    in.close();
+    std::filesystem::remove(path);
+    return statements;
 }
 
 }  // namespace bench

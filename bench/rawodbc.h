@@ -13,6 +13,7 @@
 #include <functional>
 #include <streambuf>
 #include <string>
+#include <vector>
 
 #include "dvnbdbif.h"
 
@@ -100,6 +101,97 @@ inline int RawLookup(CDatabase& db, int n) {
     for (int i = 0; i < n; ++i)
         if (raw.Found(i)) ++found;
     return found;
+}
+
+// ---- raw read baseline: the rows a load reads, read as it reads them
+// A read of a load: the rows of a table of the repository, all of them in
+// one statement (column empty), or those of each key with one prepared
+// SELECT ... WHERE column = ? [ORDER BY order] executed once per key. Every
+// column of every row is fetched as text, as the recordsets fetch them.
+struct RawRead {
+    std::string table;
+    std::string column;
+    std::vector<std::string> keys;
+    std::string order;
+};
+
+// What a raw read did: rows fetched and statements executed.
+struct RawReadCount {
+    long rows = 0;
+    long statements = 0;
+    RawReadCount& operator+=(const RawReadCount& other) {
+        rows += other.rows;
+        statements += other.statements;
+        return *this;
+    }
+};
+
+// The rows of the executed statement, each column read as text.
+inline long RawFetchAll(SQLHSTMT h) {
+    SQLSMALLINT columns = 0;
+    Check(SQLNumResultCols(h, &columns), SQL_HANDLE_STMT, h);
+    char buffer[8192];
+    long rows = 0;
+    while (SQLFetch(h) == SQL_SUCCESS) {
+        ++rows;
+        for (SQLUSMALLINT c = 1; c <= static_cast<SQLUSMALLINT>(columns); ++c) {
+            SQLLEN indicator = 0;
+            Check(SQLGetData(h, c, SQL_C_CHAR, buffer, sizeof buffer, &indicator), SQL_HANDLE_STMT, h);
+        }
+    }
+    SQLFreeStmt(h, SQL_CLOSE);
+    return rows;
+}
+
+inline RawReadCount RawReadRows(CDatabase& db, const RawRead& read) {
+    RawReadCount count;
+    SQLHSTMT h = SQL_NULL_HSTMT;
+    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &h);
+    std::string sql = "SELECT * FROM DVBT." + read.table;
+    if (!read.column.empty()) sql += " WHERE " + read.column + " = ?";
+    if (!read.order.empty()) sql += " ORDER BY " + read.order;
+    Check(SQLPrepare(h, reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS), SQL_HANDLE_STMT, h);
+    if (read.column.empty()) {
+        Check(SQLExecute(h), SQL_HANDLE_STMT, h);
+        count.rows += RawFetchAll(h);
+        ++count.statements;
+    } else {
+        char key[256] = {0};
+        SQLLEN keyInd = SQL_NTS;
+        SQLBindParameter(h, 1, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, 255, 0, key, 0, &keyInd);
+        for (const std::string& k : read.keys) {
+            std::snprintf(key, sizeof key, "%s", k.c_str());
+            Check(SQLExecute(h), SQL_HANDLE_STMT, h);
+            count.rows += RawFetchAll(h);
+            ++count.statements;
+        }
+    }
+    SQLFreeHandle(SQL_HANDLE_STMT, h);
+    return count;
+}
+
+inline RawReadCount RawReadRows(CDatabase& db, const std::vector<RawRead>& reads) {
+    RawReadCount count;
+    for (const RawRead& read : reads) count += RawReadRows(db, read);
+    return count;
+}
+
+// The first column of every row of the query, as text: the keys a raw read
+// looks for, gathered before the clock runs.
+inline std::vector<std::string> RawKeys(CDatabase& db, const std::string& sql) {
+    std::vector<std::string> keys;
+    SQLHSTMT h = SQL_NULL_HSTMT;
+    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &h);
+    std::string text = sql;
+    Check(SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), SQL_HANDLE_STMT, h);
+    char buffer[256];
+    SQLLEN indicator = 0;
+    while (SQLFetch(h) == SQL_SUCCESS) {
+        Check(SQLGetData(h, 1, SQL_C_CHAR, buffer, sizeof buffer, &indicator), SQL_HANDLE_STMT, h);
+        if (indicator != SQL_NULL_DATA) keys.emplace_back(buffer);
+    }
+    SQLFreeHandle(SQL_HANDLE_STMT, h);
+    return keys;
 }
 
 // Wall-clock seconds of run.
