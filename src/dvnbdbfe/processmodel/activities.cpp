@@ -365,7 +365,7 @@ void DvnConvCoreDbFe::BundleActivity(DvnfAttributeData& attributes, DvnfEntity* 
         else
             CopyText(row, row.m_NMBR_OF_INST_MBR, target("NrOfInstancesFromInput"));
         if (const auto rc = Value(row, row.m_RETUN_CODE_SETTING); rc && *rc >= 1 && *rc <= 3)
-            target("RcCreation") = *rc - 1;
+            target("RcCreation") = 3 - *rc;  // stored 3, 2, 1 for 0, 1, 2
         if (row.IsFieldNull(&row.m_PATTERN_ACTIVITY) || row.m_PATTERN_ACTIVITY.IsEmpty()) return;
         DvnfAttributeData diagram = target("Diagram");
         Activities(row.m_PATTERN_ACTIVITY, CString(), activity, diagram, true, true, true, nullptr);
