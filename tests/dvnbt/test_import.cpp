@@ -73,8 +73,8 @@ TEST_P(DvnbtImport, ExitStatusFollowsTheLevelUnderTheRightsOfTheUser) {
     EXPECT_NE(refused.out.find("Warnings found during import.\n"), std::string::npos);
     EXPECT_EQ(Rows().size(), 1u);
 
-    // Objects of a kind that cannot be stored yet: errors, the rest is stored.
-    CliResult partly = Import({files.Write("Node \"N1\" {}\nCategory \"A\" {}\n")}, "modeler");
+    // An object that cannot be stored (an agent of no person): errors, the rest is stored.
+    CliResult partly = Import({files.Write("PEAgent \"N1\" {}\nCategory \"A\" {}\n")}, "modeler");
     EXPECT_EQ(partly.status, 4) << partly.err;
     EXPECT_NE(partly.out.find("Errors found during import.\n"), std::string::npos);
     EXPECT_EQ(Rows().size(), 2u);
