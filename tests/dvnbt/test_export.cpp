@@ -116,7 +116,10 @@ TEST_P(DvnbtExport, StandardOutputHoldsTheTextAndTheFileIsWrittenWholeOrNotAtAll
     ASSERT_EQ(Run({"import", "--initial-load", files.Write("Category \"Sales\" {}\n")}).status, 0);
     CliResult shown = Run({"export"});
     EXPECT_EQ(shown.status, 0);
+    // The import made the default node and queue manager.
     EXPECT_EQ(shown.out,
+              "Node \"Default Node\" {\n  OperatingSystem = 4;\n}\n\n"
+              "QueueManager \"Default Queue Manager\" {\n  Name = \"DVNQM\";\n  System = 1;\n}\n\n"
               "Category \"Sales\" {}\n\nDataStructure \"Default Data Structure\" {}\n");
     // Progress and messages: standard error.
     EXPECT_NE(shown.err.find(Line(51513, "Sales")), std::string::npos) << shown.err;
@@ -181,7 +184,8 @@ TEST_P(DvnbtExport, ExitStatusesSayWhatWasLeftOut) {
     AddPerson(Db(), {.id = "P3", .userId = "TOPO", .systemGroup = "G1", .password = "pw", .topology = 1});
     CliResult nodes = Run({"export", "--group", "12"}, "topo");
     EXPECT_EQ(nodes.status, 0) << nodes.err;
-    EXPECT_EQ(nodes.out, "Node \"Back\" {}\n\nNode \"Front\" {}\n");
+    EXPECT_EQ(nodes.out, "Node \"Back\" {}\n\nNode \"Default Node\" {\n  OperatingSystem = 4;\n}\n\n"
+                         "Node \"Front\" {}\n");
     CliResult left = Run({"export", "--group", "24"}, "topo");
     EXPECT_EQ(left.status, 4) << left.err;
     EXPECT_NE(left.err.find(Line(51912, "GatewayServer", "2")), std::string::npos) << left.err;
