@@ -30,6 +30,8 @@ const DvnConvCoreDbBe::Family<DvnPEASet> DvnConvCoreDbBe::AgentFamily = {
     .read = [](DvnConvCoreDbBe& be, CDatabase& db, DvnfEntity& entity, DvnPEASet& row, bool isNew) {
         return be.ReadPEAAttributes(db, entity, row, isNew);
     },
+    // An agent whose person cannot be read again is not written.
+    .readErrorStops = true,
     .failedTrace = "PEA not successfully written to database",
     .progressTrace = "PEA ",
     .locate = [](DvnConvCoreDbBe& be, CDatabase& db, DvnfEntity& entity, bool toDelete, DvnString& name,
@@ -69,11 +71,13 @@ int DvnConvCoreDbBe::ReadPEAAttributes(CDatabase& db, DvnfEntity& entity, DvnPEA
         row.m_PE_AGENT_ID = DvnfObject::CreateOID().c_str();
         row.m_CHECKED_OUT = m_nSourceMark;
         row.SetFieldNull(&row.m_CHECKED_OUT_BY);
-        // The person LocateAgent found a moment ago.
+        // The person LocateAgent found a moment ago; a failed read of it
+        // leaves no agent without a person.
         DvnPersonSet persons(&db);
         const DvnString person(GetLinkName("PEAHasPerson", entity, "Person"));
-        DvnStored::SetText(row, row.m_ASSOC_USER,
-                           persons.GetPersonID(Quoted(person), m_strTablePrefix, false).c_str());
+        const CString key = persons.GetPersonID(Quoted(person), m_strTablePrefix, false);
+        if (key.IsEmpty()) return LevelError;
+        DvnStored::SetText(row, row.m_ASSOC_USER, key.c_str());
     } else {
         row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
     }
