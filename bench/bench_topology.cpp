@@ -13,6 +13,10 @@
 // last lines compare the cost per system:
 //   system <database> <run> 1x=<us> 10x=<us> growth=<10x / 1x>
 //
+// Then nodes, queue managers and agents of persons inserted as rows, N of
+// each, the same way, with their three loads:
+//   node+qm+agent <database> <run> 1x=<us> 10x=<us> growth=<10x / 1x>
+//
 // usage: bench_topology [N] (default 1000)
 #include <cstdio>
 #include <cstdlib>
@@ -43,6 +47,39 @@ std::string WriteSystems(int n) {
     return path;
 }
 
+// N nodes, N queue managers (each on its node, with a name of its own) and
+// N agents, each of a person that stands in the repository as a row.
+std::string Numbered(const char* head, int i) {
+    char name[16];
+    std::snprintf(name, sizeof name, "%s%07d", head, i);
+    return name;
+}
+
+std::string WriteNodes(int n) {
+    const std::string path = bench::TempFile("bench_topology_nodes", n, ".trx");
+    std::ofstream out(path);
+    out << "Domain \"domain\" {}\nSystemGroup \"SYS_GRP\" { GroupIsInDomain -> \"domain\"; }\n";
+    for (int i = 0; i < n; ++i) {
+        const std::string node = Numbered("N", i), user = Numbered("U", i);
+        out << "Node \"" << node << "\" { OperatingSystem = " << i % 7 << "; Description = \"node " << i << "\"; }\n"
+            << "QueueManager \"" << Numbered("Q", i) << "\" { Name = \"" << Numbered("MQ", i)
+            << "\"; QueueManagerRunsOnNode -> \"" << node << "\"; }\n"
+            << "PEAgent \"" << user << "\" { PEAHasPerson -> \"" << user
+            << "\"; PEADefault { TaskingMode = 1; MaximumTasksStarted = 5; SupportMode = 1; } }\n";
+    }
+    return path;
+}
+
+// The persons of the agents, as rows, in one transaction.
+void InsertPersons(CDatabase& db, int n) {
+    db.BeginTrans();
+    for (int i = 0; i < n; ++i)
+        db.ExecuteSQL(("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P" + std::to_string(i) +
+                       "', '" + Numbered("U", i) + "', 0)")
+                          .c_str());
+    db.CommitTrans();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -66,5 +103,24 @@ int main(int argc, char** argv) {
         bench::ImportTwiceAndLoad(backend, ds, path, count, systems, growth);
     });
     growth.Print("system");
-    return status;
+
+    // Nodes, queue managers and agents: a unit is one of each (three
+    // objects, three transactions).
+    std::printf("\nnodes, queue managers and agents of persons in the repository, at %d and at %d\n",
+                std::max(1, n / 10), n);
+    bench::PrintHeader("triples");
+    bench::Growth triples;
+    const int nodeStatus = bench::ForTwoSizes("bench_topology_nodes", n, WriteNodes,
+                                              [&](const char* backend, const std::string& ds, const std::string& path,
+                                                  int count) {
+        const bench::Workload work{3L * count,
+                                   {"NODE", "QUEUE_MANAGER", "PE_AGENT"},
+                                   {{"Nodes", &DvnConvCoreDbFe::Nodes, "Node", {"NODE"}},
+                                    {"QueueManager", &DvnConvCoreDbFe::QueueManager, "QueueManager", {"QUEUE_MANAGER"}},
+                                    {"PeAgent", &DvnConvCoreDbFe::PeAgent, "PEAgent", {"PE_AGENT"}}}};
+        bench::ImportTwiceAndLoad(backend, ds, path, count, work, triples,
+                                  [count](CDatabase& db) { InsertPersons(db, count); });
+    });
+    triples.Print("node+qm+agent");
+    return status != 0 ? status : nodeStatus;
 }

@@ -144,8 +144,11 @@ inline void PrintHeader(const char* unit) {
 // transactions of rows / objects; then each load of the workload beside the
 // raw lookup of as many rows. One line per run (a load's counts the objects
 // it made); the cost per unit of the file, also for a load, goes into growth.
+// prepare, when given, writes what the file needs into the fresh repository
+// (rows the file refers to) before the first import.
 inline void ImportTwiceAndLoad(const char* backend, const std::string& dataSource, const std::string& path, int n,
-                               const Workload& work, Growth& growth) {
+                               const Workload& work, Growth& growth,
+                               const std::function<void(CDatabase&)>& prepare = {}) {
     CDatabase db;
     if (DvnConvCoreDbIF::OpenDatabaseFromFile(dataSource.c_str(), db, DvnString(), DvnString()) != 0) {
         std::fprintf(stderr, "%s: cannot open: %s\n", backend, DvnConvCoreDbIF::LastOpenError().c_str());
@@ -153,6 +156,7 @@ inline void ImportTwiceAndLoad(const char* backend, const std::string& dataSourc
     }
     DvnSchema::Create(db, true);
     CreateRawTable(db);
+    if (prepare) prepare(db);
     auto line = [&](const std::string& run, long units, long rows, double seconds, double cpu, double raw,
                     const std::string& tail) {
         const double us = seconds * 1e6 / n;

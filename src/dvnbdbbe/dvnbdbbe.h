@@ -58,6 +58,10 @@ class DvnToolDefaultSet;
 class DvnToolIconSet;
 // programs
 class DvnProgramSet;
+// nodes, queue managers, program execution agents
+class DvnNodeSet;
+class DvnQueueManagerSet;
+class DvnPEASet;
 class DvnPlatformSet;
 class DvnWPlatformSet;
 class DvnOPlatformSet;
@@ -523,6 +527,25 @@ protected:
     int ProgramInUse(CDatabase& db, DvnfEntity& entity, const CString& key);
     // Every platform row and service of the program.
     int DeleteProgramRows(CDatabase& db, const CString& programId);
+    // nodes, queue managers, program execution agents (topology/node.cpp,
+    // queuemanager.cpp, agent.cpp; docs/topology.md tells the rules)
+    static const Family<DvnNodeSet> NodeFamily;
+    static const Family<DvnQueueManagerSet> QueueManagerFamily;
+    static const Family<DvnPEASet> AgentFamily;
+    // isDefault: the object the loop makes; a row of its name is left alone
+    // in silence, and the progress line comes only with an insert.
+    int SaveNode(CDatabase& db, DvnfEntity& entity, bool isDefault);
+    int SaveQueueManager(CDatabase& db, DvnfEntity& entity, bool isDefault);
+    int ReadNodeAttributes(CDatabase& db, DvnfEntity& entity, DvnNodeSet& row, bool isNew);
+    // 8 after 51090 when another definition has the queue manager name.
+    int ReadQueueManagerAttributes(CDatabase& db, DvnfEntity& entity, DvnQueueManagerSet& row, bool isNew);
+    int ReadPEAAttributes(CDatabase& db, DvnfEntity& entity, DvnPEASet& row, bool isNew);
+    // The default object of a kind made in the core data (state 3) and
+    // saved in a transaction of its own by save.
+    int SaveDefaultObject(CDatabase& db, const char* typeName, const char* name,
+                          int (DvnConvCoreDbBe::*save)(CDatabase&, DvnfEntity&, bool));
+    // The agent's person: the row of PE_AGENT it finds, the name reported.
+    int LocateAgent(CDatabase& db, DvnfEntity& entity, bool toDelete, DvnString& name, CString& filter);
 
     // The message handler of the core data; unused arguments stay null.
     void Report(long number, const DvnString& a1 = DvnString(), const DvnString& a2 = DvnString(),

@@ -101,6 +101,14 @@ struct DvnConvCoreDbBe::Family {
     // Before a row is deleted for good: removes what hangs from it and gives
     // 0, or a level above 0 and the row stays.
     int (*deleteDependents)(DvnConvCoreDbBe&, CDatabase&, const CString& key) = nullptr;
+
+    // ---- variations of the program execution agents
+    // A row found through what the entity names, not by its name: sets the
+    // condition that finds the row and the name the save reports, before the
+    // progress line; 0, or a level above 0 after the family's messages, and
+    // nothing is opened. Takes the place of `filter`.
+    int (*locate)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, bool toDelete, DvnString& name,
+                  CString& filter) = nullptr;
 };
 
 // The name of the first row that the statement gives, or false when it gives
@@ -124,6 +132,17 @@ void SetDescription(Set& row, DvnfEntity& entity) {
                            DvnStored::Cut(description.AsString("").c_str(), DvnStored::DescriptionChars));
     else
         row.SetFieldNull(&row.m_DESCRIPTION);
+}
+
+// The DOCUMENTATION of a family's row: "Documentation", NULL when the
+// entity gives none.
+template <class Set>
+void SetDocumentation(Set& row, DvnfEntity& entity) {
+    auto documentation = entity.AttributeData()("Documentation");
+    if (documentation.IsDefined())
+        DvnStored::SetText(row, row.m_DOCUMENTATION, documentation.AsString("").str());
+    else
+        row.SetFieldNull(&row.m_DOCUMENTATION);
 }
 
 template <class Set>
@@ -179,12 +198,18 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
         const int refused = family.beforeRow(*this, db, entity, name, toDelete);
         if (refused > LevelOk) return refused;
     }
+    CString located;
+    if (family.locate) {
+        const int refused = family.locate(*this, db, entity, toDelete, name, located);
+        if (refused > LevelOk) return refused;
+    }
     std::cout << family.progress << name << "...\n" << std::endl;
     DVN_TRACE(3, 1, (family.progressTrace ? family.progressTrace : family.progress) << name << "...\n");
 
     Set row(&db);
     row.m_strFilter = family.filter ? family.filter(name)
                                     : CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
+    if (family.locate) row.m_strFilter = located;
     try {
         row.Open(CRecordset::snapshot, Table(family.table), CRecordset::none);
     } catch (CDBException* e) {

@@ -48,6 +48,10 @@ class DvnXPlatformSet;
 class DvnProcessSet;
 class DvnGraphAttrSet;
 class DvnActivitySet;
+src/dvnbdbfe/pending.cpp// nodes, queue managers, program execution agents
+class DvnNodeSet;
+class DvnQueueManagerSet;
+class DvnPEASet;
 
 class DvnConvCoreDbFe {
 public:
@@ -429,6 +433,20 @@ protected:
     template <class Set>
     void TextsInOrder(const char* table, const char* keyColumn, const CString& key, CString Set::*member,
                       DvnfAttributeData target);
+src/dvnbdbfe/pending.cpp    // ---- nodes, queue managers, program execution agents
+    // (topology/node.cpp, queuemanager.cpp, agent.cpp)
+    int Node(DvnNodeSet& row, DvnfEntity& node);
+    int QueueManagerRow(DvnQueueManagerSet& row, DvnfEntity& queueManager);
+    static const Kind<DvnNodeSet> NodeKind;
+    static const Kind<DvnQueueManagerSet> QueueManagerKind;
+    // An agent's own "PEADefault": a mode by its map undone, a maximum only
+    // with its mode stored as 2.
+    void GetPEADefaultSetting(DvnPEASet* row, DvnfAttributeData attributes);
+    // A link by key to each live row of table whose column holds key, in
+    // the order of the rows' NAME; a target known by key only takes its name.
+    template <class Set>
+    void LinkLiveRows(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
+                      const char* column, const CString& key, CString Set::*targetKey);
 
     // ---- kinds without a load (pending.cpp)
     struct PendingKind {

@@ -129,7 +129,11 @@ CString DvnNodeSet::GetNodeID(const CString& name, const CString& prefix) {
 }
 
 CString DvnNodeSet::GetDefaultNodeID(const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "NODE", CString(), CString(), [&] { return m_NODE_ID; });
+    // The live row of the lowest key: a tombstone is no default, and both
+    // databases give the same one.
+    return FirstRowQuiet(*this, prefix + "NODE",
+                         "NODE_ID = (SELECT MIN(NODE_ID) FROM " + prefix + "NODE WHERE CHECKED_OUT <> 4)", CString(),
+                         [&] { return m_NODE_ID; });
 }
 
 DvnfString DvnNodeSet::GetName(const CString& id, const CString& prefix) {
@@ -143,7 +147,11 @@ CString DvnQueueManagerSet::GetQueueManagerID(const CString& name, const CString
 }
 
 CString DvnQueueManagerSet::GetDefaultQueueManagerID(const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "QUEUE_MANAGER", CString(), CString(), [&] { return m_QUEUE_MANAGER_ID; });
+    // As the default node: the live row of the lowest key.
+    return FirstRowQuiet(*this, prefix + "QUEUE_MANAGER",
+                         "QUEUE_MANAGER_ID = (SELECT MIN(QUEUE_MANAGER_ID) FROM " + prefix +
+                             "QUEUE_MANAGER WHERE CHECKED_OUT <> 4)",
+                         CString(), [&] { return m_QUEUE_MANAGER_ID; });
 }
 
 DvnfString DvnQueueManagerSet::GetName(const CString& id, const CString& prefix) {

@@ -206,4 +206,16 @@ const std::vector<Bit<Svs>>& ImplementationSupportBits() {
     return bits;
 }
 
+// ---- program execution agents
+const std::vector<AgentSetting>& AgentSettings() {
+    static const std::vector<AgentSetting> settings = {
+        {"TaskingMode", &DvnPEASet::m_TASKING_MODE, kTaskingOrLoad},
+        {"MaximumTasksStarted", &DvnPEASet::m_MAX_PROGR_STARTED, {}, "TaskingMode", &DvnPEASet::m_TASKING_MODE},
+        {"DllLoadMode", &DvnPEASet::m_DLL_LOAD_MODE, kTaskingOrLoad},
+        {"MaximumDllsLoaded", &DvnPEASet::m_MAX_DLLS_LOADED, {}, "DllLoadMode", &DvnPEASet::m_DLL_LOAD_MODE},
+        {"SupportMode", &DvnPEASet::m_SUPPORT_MODE, kZeroOneToOneTwo},
+    };
+    return settings;
+}
+
 }  // namespace DvnStored

@@ -66,4 +66,16 @@ const std::vector<Bit<DvnTopologyPrcSet>>& AutonomyBits();
 // "ServerDefault"."ProgramExecutionServer"."ImplementationSupport".
 const std::vector<Bit<DvnTopologySvsSet>>& ImplementationSupportBits();
 
+// ---- program execution agents: "PEADefault" of an agent into its own
+// row of PE_AGENT. A mode through its map; a maximum only when its mode is
+// given as 1 (stored 2), the one mode that has a maximum.
+struct AgentSetting {
+    const char* attribute;  // below "PEADefault"
+    long DvnPEASet::*column;
+    Pairs map;                     // given value, stored value; empty: a number, taken ...
+    const char* mode = nullptr;    // ... only while this attribute is 1
+    long DvnPEASet::*modeColumn = nullptr;  // ... stored here as 2
+};
+const std::vector<AgentSetting>& AgentSettings();
+
 }  // namespace DvnStored

@@ -102,26 +102,27 @@ TEST_P(Export, NamesAreLookedUpOneByOneAndATombstoneIsFound) {
 }
 
 TEST_P(Export, AKindWithoutALoadSaysOnceHowManyObjectsItLeavesOut) {
-    ExecAll(Db(), {"INSERT INTO DVBT.NODE (NODE_ID, NAME, CHECKED_OUT) VALUES ('N1', 'Front', 0)",
-                   "INSERT INTO DVBT.NODE (NODE_ID, NAME, CHECKED_OUT) VALUES ('N2', 'Back', 0)"});
+    ExecAll(Db(), {"INSERT INTO DVBT.GATEWAY_SERVER (SERVER_ID, NAME, CHECKED_OUT) VALUES ('N1', 'Front', 0)",
+                   "INSERT INTO DVBT.GATEWAY_SERVER (SERVER_ID, NAME, CHECKED_OUT) VALUES ('N2', 'Back', 0)"});
     AddCategory(Db(), "C1", "Sales");
     AllRights();
     {
         DvnConvCoreDbIF facade(&data);
         EXPECT_EQ(facade.ExportAll(Source()), 0);
     }
-    // Nodes hold rows; every other table without a load is empty and says nothing.
-    Lines nodes;
+    // Gateway servers hold rows; every other table without a load is empty and says nothing.
+    Lines servers;
     for (const std::string& line : Messages())
-        if (line.compare(0, 5, "51513") != 0 && line.compare(0, 5, "51515") != 0) nodes.push_back(line);
-    EXPECT_EQ(nodes, Lines{"51912|Node|2"});
+        if (line.compare(0, 5, "51513") != 0 && line.compare(0, 5, "51515") != 0) servers.push_back(line);
+    EXPECT_EQ(servers, Lines{"51912|GatewayServer|2"});
     EXPECT_EQ(Read("Category"), Lines{"Sales|3"});
 
-    // A key asked twice is counted once.
+    // A key asked twice is read once.
+    ExecAll(Db(), {"INSERT INTO DVBT.NODE (NODE_ID, NAME, CHECKED_OUT) VALUES ('N1', 'Front', 0)"});
     DvnConvCoreDbIF facade(&data);
     DvnCmdVisitor::Command named(DvnEntityType::Node, {DvnString("Front"), DvnString("Front"), DvnString("Nope")});
     EXPECT_EQ(facade.ExportByCommand(Source(), named), 0);
-    EXPECT_EQ(Messages(), (Lines{"51557", "51912|Node|1"}));
+    EXPECT_EQ(Messages(), (Lines{"51521|Front", "51557"}));
 }
 
 TEST_P(Export, ADeepExportPullsInWhatTheStructuresReferTo) {

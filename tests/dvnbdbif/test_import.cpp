@@ -83,7 +83,9 @@ TEST_P(Import, EachSectionIsRefusedOnceUnderItsRightAndAnInitialLoadStoresWhatIt
     EXPECT_EQ(Run(file, true), 8);
     // A person without any system is an error too.
     const std::string noSystem = DvnfMessageHandler::Format(51106, DvnString()).str();
-    EXPECT_EQ(Messages(), (Lines{Line(51023, "domain"), noSystem, Line(51302, "P"), noSystem,
+    // The run makes the default node and queue manager.
+    EXPECT_EQ(Messages(), (Lines{Line(51023, "domain"), Line(51027, "Default Node"),
+                                 Line(51026, "Default Queue Manager"), noSystem, Line(51302, "P"), noSystem,
                                  Line(51302, "Q"), Line(51021, "Order"), Line(51010, "Ordering"),
                                  Line(51112, "Ordering"), Line(51011, "Ordering"),
                                  Line(51014, "Ordering")}));
@@ -145,7 +147,8 @@ TEST_P(Import, ADocumentationOfAnyLengthIsStoredAndReadBackWhole) {
     const std::string file = File("Category \"Long\" { Documentation = \"" + text +
                                   "\"; }\nDataStructure \"Long\" { Documentation = \"" + text + "\"; }\n");
     ASSERT_EQ(Run(file, true), 0) << out;
-    EXPECT_EQ(Messages(), (Lines{Line(51019, "Long"), Line(51021, "Long")}));
+    EXPECT_EQ(Messages(), (Lines{Line(51027, "Default Node"), Line(51026, "Default Queue Manager"),
+                                 Line(51019, "Long"), Line(51021, "Long")}));
     // Read back through the recordsets, as every load reads.
     DvnCategorySet category(&Db());
     category.m_strFilter = "NAME = 'Long'";

@@ -116,7 +116,10 @@ TEST_P(DvnbtExport, StandardOutputHoldsTheTextAndTheFileIsWrittenWholeOrNotAtAll
     ASSERT_EQ(Run({"import", "--initial-load", files.Write("Category \"Sales\" {}\n")}).status, 0);
     CliResult shown = Run({"export"});
     EXPECT_EQ(shown.status, 0);
+    // The import made the default node and queue manager.
     EXPECT_EQ(shown.out,
+              "Node \"Default Node\" {\n  OperatingSystem = 4;\n}\n\n"
+              "QueueManager \"Default Queue Manager\" {\n  Name = \"DVNQM\";\n  System = 1;\n}\n\n"
               "Category \"Sales\" {}\n\nDataStructure \"Default Data Structure\" {}\n");
     // Progress and messages: standard error.
     EXPECT_NE(shown.err.find(Line(51513, "Sales")), std::string::npos) << shown.err;
@@ -169,16 +172,23 @@ TEST_P(DvnbtExport, ExitStatusesSayWhatWasLeftOut) {
     CliResult deletion = Run({"export", "--with-deletions", "Category", "Gone"}, "modeler");
     EXPECT_EQ(deletion.out, "delete Category \"Gone\";\n");
 
-    // A kind that cannot be read yet: errors, and how many it leaves out.
+    // Topology under its right; a kind that cannot be read yet: errors, and
+    // how many it leaves out.
     ExecAll(Db(), {"INSERT INTO DVBT.NODE (NODE_ID, NAME, CHECKED_OUT) VALUES ('N1', 'Front', 0)",
-                   "INSERT INTO DVBT.NODE (NODE_ID, NAME, CHECKED_OUT) VALUES ('N2', 'Back', 0)"});
+                   "INSERT INTO DVBT.NODE (NODE_ID, NAME, CHECKED_OUT) VALUES ('N2', 'Back', 0)",
+                   "INSERT INTO DVBT.GATEWAY_SERVER (SERVER_ID, NAME, CHECKED_OUT) VALUES ('G1', 'GW1', 0)",
+                   "INSERT INTO DVBT.GATEWAY_SERVER (SERVER_ID, NAME, CHECKED_OUT) VALUES ('G2', 'GW2', 0)"});
     CliResult pending = Run({"export", "--quiet", "Node"}, "modeler");
     EXPECT_EQ(pending.status, 3) << pending.err;  // the modelling user has no topology right
     EXPECT_NE(pending.err.find(Line(51535)), std::string::npos) << pending.err;
     AddPerson(Db(), {.id = "P3", .userId = "TOPO", .systemGroup = "G1", .password = "pw", .topology = 1});
-    CliResult left = Run({"export", "--group", "12"}, "topo");
+    CliResult nodes = Run({"export", "--group", "12"}, "topo");
+    EXPECT_EQ(nodes.status, 0) << nodes.err;
+    EXPECT_EQ(nodes.out, "Node \"Back\" {}\n\nNode \"Default Node\" {\n  OperatingSystem = 4;\n}\n\n"
+                         "Node \"Front\" {}\n");
+    CliResult left = Run({"export", "--group", "24"}, "topo");
     EXPECT_EQ(left.status, 4) << left.err;
-    EXPECT_NE(left.err.find(Line(51912, "Node", "2")), std::string::npos) << left.err;
+    EXPECT_NE(left.err.find(Line(51912, "GatewayServer", "2")), std::string::npos) << left.err;
 
     // Wrong command lines.
     for (const auto& args : std::vector<std::vector<std::string>>{{"export", "Bogus"},

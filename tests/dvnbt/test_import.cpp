@@ -45,8 +45,8 @@ TEST_P(DvnbtImport, ExitStatusFollowsTheLevelUnderTheRightsOfTheUser) {
     CliResult r = Import({"--initial-load", sales});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out,
-              "Version, Release, Level\nCategory Sales...\n\n"
-              "Finished with Process Model import \nNo errors during import.\n");
+              "Version, Release, Level\nNode Default Node...\n\nQueueManager Default Queue Manager...\n\n"
+              "Category Sales...\n\nFinished with Process Model import \nNo errors during import.\n");
     EXPECT_NE(r.err.find("dvnbt: the repository has no users yet: importing as initial load"), std::string::npos);
     EXPECT_NE(r.err.find(Line(51019, "Sales")), std::string::npos) << r.err;
     EXPECT_EQ(Rows(), (std::vector<std::string>{"Sales|0|Orders"}));
@@ -73,8 +73,8 @@ TEST_P(DvnbtImport, ExitStatusFollowsTheLevelUnderTheRightsOfTheUser) {
     EXPECT_NE(refused.out.find("Warnings found during import.\n"), std::string::npos);
     EXPECT_EQ(Rows().size(), 1u);
 
-    // Objects of a kind that cannot be stored yet: errors, the rest is stored.
-    CliResult partly = Import({files.Write("Node \"N1\" {}\nCategory \"A\" {}\n")}, "modeler");
+    // An object that cannot be stored (an agent of no person): errors, the rest is stored.
+    CliResult partly = Import({files.Write("PEAgent \"N1\" {}\nCategory \"A\" {}\n")}, "modeler");
     EXPECT_EQ(partly.status, 4) << partly.err;
     EXPECT_NE(partly.out.find("Errors found during import.\n"), std::string::npos);
     EXPECT_EQ(Rows().size(), 2u);

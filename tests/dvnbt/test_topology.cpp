@@ -226,18 +226,15 @@ TEST_P(Topology, NamesAreKeptToEightCharactersAndLinksFallBack) {
         EXPECT_TRUE(Has(r, Line(51122, "NowhereNode")) && Has(r, Line(51123, "DVNSYSTE"))) << r.err;
         EXPECT_EQ(r.err.find("51371"), std::string::npos) << r.err;
     }
-    EXPECT_EQ(Rows("SELECT s.NAME, g.NAME, s.NODE, s.QUEUE_MANAGER, s.SYSTEM_IDENTIFIER FROM DVBT.SYSTEM s "
-                   "JOIN DVBT.SYSTEM_GROUP g ON g.SYSTEM_GROUP_ID = s.SYSTEM_GROUP ORDER BY s.NAME"),
-              (Lines{"DVNSYSTE|SYS_GROU|<null>|<null>|5", "PLAIN|SYS_GROU|<null>|<null>|6"}));
+    // The node and queue manager fall back to the defaults the run made.
+    EXPECT_EQ(Rows("SELECT s.NAME, g.NAME, n.NAME, q.NAME, s.SYSTEM_IDENTIFIER FROM DVBT.SYSTEM s "
+                   "JOIN DVBT.SYSTEM_GROUP g ON g.SYSTEM_GROUP_ID = s.SYSTEM_GROUP "
+                   "JOIN DVBT.NODE n ON n.NODE_ID = s.NODE JOIN DVBT.QUEUE_MANAGER q "
+                   "ON q.QUEUE_MANAGER_ID = s.QUEUE_MANAGER ORDER BY s.NAME"),
+              (Lines{"DVNSYSTE|SYS_GROU|Default Node|Default Queue Manager|5",
+                     "PLAIN|SYS_GROU|Default Node|Default Queue Manager|6"}));
     EXPECT_EQ(Rows("SELECT NAME, PARENT_SYSTEM_GRP, CHECKED_OUT FROM DVBT.SYSTEM_GROUP"),
               (Lines{"SYS_GROU|<null>|0"}));
-    // Nodes and queue managers are found as rows; a system without those
-    // links takes "Default Node" and the first queue manager, silently.
-    ExecAll(Db(), {"INSERT INTO DVBT.NODE (NODE_ID, NAME) VALUES ('N1', 'Default Node')",
-                   "INSERT INTO DVBT.QUEUE_MANAGER (QUEUE_MANAGER_ID, NAME) VALUES ('Q1', 'QM')"});
-    CliResult linked = Import("System \"PLAIN\" { SystemIdentifier = 6; }\n");
-    EXPECT_EQ(linked.status, 0) << linked.err;
-    EXPECT_EQ(Rows("SELECT NODE, QUEUE_MANAGER FROM DVBT.SYSTEM WHERE NAME = 'PLAIN'"), (Lines{"N1|Q1"}));
 }
 
 TEST_P(Topology, WithoutADomainOrGroupNothingIsWrittenAndWithoutTheRightNothingAtAll) {

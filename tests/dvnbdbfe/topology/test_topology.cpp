@@ -68,11 +68,20 @@ TEST_P(TopologyLoad, AGroupAndASystemComeBackWithTheirOwnSettingsOnly) {
     replace("CheckIntervalOtherSystems { Minutes = 2; }", "CheckIntervalOtherSystems { Seconds = 120; }");
     replace("StartTime { Every = 1;", "StartTime { AnyTime = false; Every = 1;");
     replace("PEADefault { TaskingMode = 0; MaximumTasksStarted = 9; }", "PEADefault { TaskingMode = 0; }");
-    // The domain is only linked: a skeleton, which the writer leaves out.
-    const std::string domain = "Domain \"domain\" {}\n\n";
-    std::string canonical = Canonical("Domain \"domain\";\n" + expected);
-    ASSERT_EQ(canonical.rfind(domain, 0), 0u) << canonical;
-    EXPECT_EQ(DvnTRXWriter(run.data).Write(), canonical.substr(domain.size()));
+    // The import made the default node and queue manager, which the system takes.
+    replace("SystemIsInSystemGroup -> \"SYS_GRP\";", "SystemIsInSystemGroup -> \"SYS_GRP\"; "
+            "SystemRunsOnNode -> \"Default Node\"; SystemHasQueueManager -> \"Default Queue Manager\";");
+    // The domain, node and queue manager are only linked: skeletons, which
+    // the writer leaves out.
+    std::string canonical = Canonical("Domain \"domain\";\nNode \"Default Node\";\n"
+                                      "QueueManager \"Default Queue Manager\";\n" + expected);
+    for (const std::string skeleton : {"Domain \"domain\" {}\n\n", "Node \"Default Node\" {}\n\n",
+                                       "QueueManager \"Default Queue Manager\" {}\n\n"}) {
+        const size_t at = canonical.find(skeleton);
+        ASSERT_NE(at, std::string::npos) << canonical;
+        canonical.erase(at, skeleton.size());
+    }
+    EXPECT_EQ(DvnTRXWriter(run.data).Write(), canonical);
 }
 
 TEST_P(TopologyLoad, TheDomainShowsItsDefaultsAndEachColumnIsReadItsOwnWay) {
