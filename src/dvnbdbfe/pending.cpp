@@ -19,10 +19,6 @@ DVN_PENDING_SECTION(Processes, "Process", "PID", "PROCESS")
 DVN_PENDING_SECTION(PeAgent, "PEAgent", "PE_AGENT_ID", "PE_AGENT")
 DVN_PENDING_SECTION(Nodes, "Node", "NODE_ID", "NODE")
 DVN_PENDING_SECTION(QueueManager, "QueueManager", "QUEUE_MANAGER_ID", "QUEUE_MANAGER")
-void DvnConvCoreDbFe::Servers(int group, DvnString const& id) {
-    for (const ServerKindRow& row : ServerKinds)
-        if (row.group == group) Pending({row.typeName, "SERVER_ID", {row.table}}, id);
-}
 // ------------------------------------------------------------ end of the rows
 
 void DvnConvCoreDbFe::Pending(const PendingKind& kind, DvnString const& id) {
