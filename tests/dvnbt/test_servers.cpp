@@ -11,9 +11,12 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+// DVNSYS, the system a server falls back to, is not the first row:
+// systems are stored in the order of their names.
 const char* const kBase =
     "Domain \"domain\" {}\n"
     "SystemGroup \"SYS_GRP\" { GroupIsInDomain -> \"domain\"; }\n"
+    "System \"ASYS\" { SystemIdentifier = 4; }\n"
     "System \"DVNSYS\" { SystemIdentifier = 1; }\n"
     "System \"SYS2\" { SystemIdentifier = 2; }\n"
     "System \"SYS3\" { SystemIdentifier = 3; }\n";
