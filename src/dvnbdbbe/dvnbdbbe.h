@@ -10,6 +10,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "dvnfcorn.h"
 #include "dvnkernn.h"
@@ -67,6 +68,19 @@ class DvnWPlatformSet;
 class DvnOPlatformSet;
 class DvnXPlatformSet;
 class DvnExternalService;
+// servers
+class DvnServerSet;
+class DvnCleanupServerSet;
+class DvnDistributionServerSet;
+class DvnExecutionServerSet;
+class DvnSchedulingServerSet;
+class DvnPEServerSet;
+class DvnUPEServerSet;
+class DvnAdminServerSet;
+namespace DvnStored {
+template <class Set>
+struct Setting;
+}
 
 class DvnConvCoreDbBe {
 public:
@@ -643,6 +657,81 @@ protected:
     int DeleteStaffRows(CDatabase& db, const char* table, const char* column, const CString& value);
     // Whether any person of this run names the role by a "PersonHasRole" link.
     bool RoleNamedByRun(const DvnString& roleName);
+
+    // ==== servers (topology/server.cpp, serverkinds.cpp; docs/topology.md,
+    // "Servers"). A server entity names its kind by "Type" (1 cleanup, 2
+    // distribution, 3 execution, 4 gateway, 5 modeling, 6 scheduling, 7
+    // program execution, 8 user defined program execution); its name is the
+    // full name server.system.group, and its row is found by the server's
+    // own name (cut to 8) within its system.
+public:
+    int SaveCleanupServer(CDatabase& db, DvnfEntity& entity);
+    int SaveDistributionServer(CDatabase& db, DvnfEntity& entity);
+    int SaveExecutionServer(CDatabase& db, DvnfEntity& entity);
+    int SaveGatewayServer(CDatabase& db, DvnfEntity& entity);
+    int SaveModelingServer(CDatabase& db, DvnfEntity& entity);
+    int SaveSchedulingServer(CDatabase& db, DvnfEntity& entity);
+    int SavePEServer(CDatabase& db, DvnfEntity& entity);
+    int SaveUPEServer(CDatabase& db, DvnfEntity& entity);
+    // Reached by a direct call only: no "Type" leads to it.
+    int SaveAdminServer(CDatabase& db, DvnfEntity& entity);
+    // The key of the server's system: the link "ServerIsInSystem", else the
+    // system part of its full name (51103 and rc 4 when not found), else the
+    // profile's system, else the first; rc 8 when there is none.
+    CString GetServerSystem(CDatabase& db, DvnfEntity& entity, int& rc);
+    // The key of the group of the link "ServerIsInSystemGroup" (51104 and rc
+    // 4 when not found), else the profile's group, else the first; rc 8.
+    CString GetServerSystemGrp(CDatabase& db, DvnfEntity& entity, int& rc);
+    // The columns of a server row: name, key, mark, texts and the common
+    // settings (ReadServerAttributes), then each kind's own.
+    int ReadServerAttributes(CDatabase& db, DvnfEntity& entity, DvnServerSet& row, bool isNew);
+    int ReadCleanupServerAttributes(CDatabase& db, DvnfEntity& entity, DvnCleanupServerSet& row);
+    int ReadDistributionServerAttributes(CDatabase& db, DvnfEntity& entity, DvnDistributionServerSet& row);
+    int ReadExecutionServerAttributes(CDatabase& db, DvnfEntity& entity, DvnExecutionServerSet& row);
+    int ReadSchedulingServerAttributes(CDatabase& db, DvnfEntity& entity, DvnSchedulingServerSet& row);
+    int ReadPEServerAttributes(CDatabase& db, DvnfEntity& entity, DvnPEServerSet& row);
+    int ReadUPEServerAttributes(CDatabase& db, DvnfEntity& entity, DvnUPEServerSet& row, bool isNew);
+    int ReadAdminServerAttributes(CDatabase& db, DvnfEntity& entity, DvnAdminServerSet& row, bool isNew);
+    // Hooks the server families share: the system found before the row (8
+    // after the kind's cannot-append message when there is none), and the
+    // filter within it.
+    int ServerSystemBeforeRow(CDatabase& db, DvnfEntity& entity, const DvnString& name);
+    CString ServerFilter(const DvnString& name, bool bySystemOnly) const;
+
+protected:
+    static const Family<DvnCleanupServerSet> CleanupServerFamily;
+    static const Family<DvnDistributionServerSet> DistributionServerFamily;
+    static const Family<DvnExecutionServerSet> ExecutionServerFamily;
+    static const Family<DvnServerSet> GatewayServerFamily;
+    static const Family<DvnServerSet> ModelingServerFamily;
+    static const Family<DvnSchedulingServerSet> SchedulingServerFamily;
+    static const Family<DvnPEServerSet> PEServerFamily;
+    static const Family<DvnUPEServerSet> UPEServerFamily;
+    static const Family<DvnAdminServerSet> AdminServerFamily;
+    // One server through its family: the system found before the row counts
+    // in the level.
+    template <class Set>
+    int SaveServerRow(CDatabase& db, DvnfEntity& entity, const Family<Set>& family);
+    template <class Set>
+    void ReadServerIdentity(DvnfEntity& entity, Set& row, CString Set::*key, bool isNew);
+    // Before an insert: one cleanup or scheduling server per system group
+    // (the table's), no program execution server of a user defined one's
+    // name in the system and the other way round, no person of the group of
+    // the name. 0, or 4 after the message.
+    int OneServerOfKindInGroup(CDatabase& db, DvnfEntity& entity, const char* table, long message);
+    int ServerNameIsFree(CDatabase& db, DvnfEntity& entity, const char* otherTable, long otherMessage,
+                         long personMessage);
+    // Before a program execution or user defined server goes: 0, or 4 after
+    // the message when a program activity names its key.
+    int ServerInUse(CDatabase& db, DvnfEntity& entity, const CString& key, long message);
+    // A table of server settings below base into the row: what the entity
+    // leaves out is null. 0, or 4 after 51910.
+    template <class Set>
+    int ReadServerSettings(DvnfEntity& entity, const DvnfAttributeDataReader& base, Set& row,
+                           const std::vector<DvnStored::Setting<Set>>& table);
+    CString m_serverSystem;     // the key of the system of the server being saved
+    int m_serverSystemLevel = 0;  // 4 when its link was not found
+    long m_serverCannotAppend = 0;  // its kind's cannot-append message
 
     DvnfTRXData* m_pCoreData;
     CString m_strTablePrefix;

@@ -109,6 +109,13 @@ struct DvnConvCoreDbBe::Family {
     // nothing is opened. Takes the place of `filter`.
     int (*locate)(DvnConvCoreDbBe&, CDatabase&, DvnfEntity&, bool toDelete, DvnString& name,
                   CString& filter) = nullptr;
+    // ---- variations of the servers
+    // The name the rows are found by, from the entity's name (a server: the
+    // first part of its full name). Null: the entity's name.
+    DvnString (*nameOf)(const DvnString& entityName) = nullptr;
+    // A filter that needs the back end (a server: its name within the
+    // system that the check before the row found). Null: `filter`.
+    CString (*filterWith)(const DvnConvCoreDbBe&, const DvnString& name) = nullptr;
 };
 
 // The name of the first row that the statement gives, or false when it gives
@@ -180,6 +187,7 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
     if (family.skipUnchanged && entity.State() == StateUnchanged) return LevelOk;
     const bool toDelete = entity.State() == StateDeleted;
     DvnString name = entity.Name();
+    if (family.nameOf) name = family.nameOf(name);
     // No lookup finds an empty name again (it is stored as null): every run
     // would add a row, and a second pass would never find its own.
     if (name.IsEmpty()) {
@@ -207,8 +215,9 @@ int DvnConvCoreDbBe::SaveSingleRow(CDatabase& db, DvnfEntity& entity, const Fami
     DVN_TRACE(3, 1, (family.progressTrace ? family.progressTrace : family.progress) << name << "...\n");
 
     Set row(&db);
-    row.m_strFilter = family.filter ? family.filter(name)
-                                    : CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
+    row.m_strFilter = family.filterWith ? family.filterWith(*this, name)
+                      : family.filter ? family.filter(name)
+                                      : CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
     if (family.locate) row.m_strFilter = located;
     try {
         row.Open(CRecordset::snapshot, Table(family.table), CRecordset::none);

@@ -30,6 +30,14 @@ class DvnTopologyPrcSet;
 class DvnTopologyPrgSet;
 class DvnTopologySvrSet;
 class DvnTopologySvsSet;
+// servers
+class DvnServerSet;
+class DvnCleanupServerSet;
+class DvnDistributionServerSet;
+class DvnExecutionServerSet;
+class DvnSchedulingServerSet;
+class DvnPEServerSet;
+class DvnUPEServerSet;
 namespace DvnStored {
 template <class Set>
 struct Setting;
@@ -447,6 +455,36 @@ src/dvnbdbfe/pending.cpp    // ---- nodes, queue managers, program execution age
     template <class Set>
     void LinkLiveRows(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
                       const char* column, const CString& key, CString Set::*targetKey);
+
+    // ---- servers (topology/server.cpp): every server of the kind (id
+    // empty) or the one of that key, each named server.system.group, with
+    // its "Type" and its own settings only (docs/topology.md, "Servers").
+    void Server(CString table, int progressMessage, long type, DvnString const& id);
+    void ExecutionServer(CString table, int progressMessage, long type, DvnString const& id);
+    void SchedulingServer(CString table, int progressMessage, long type, DvnString const& id);
+    void DistributionServer(CString table, int progressMessage, long type, DvnString const& id);
+    void CleanupServer(CString table, int progressMessage, long type, DvnString const& id);
+    void PEServers(CString table, int progressMessage, long type, DvnString const& id);
+    void UPEServers(int progressMessage, long type, DvnString const& id);
+    // Texts, links to the system and its group, the common settings.
+    void ServerSetting(DvnfAttributeData attributes, long type, DvnServerSet& row, DvnfEntity& server);
+    // The columns of a program execution server, and of a user defined one.
+    void PEServer(DvnPEServerSet& row, DvnfEntity& server, long type);
+    void UPEServer(DvnUPEServerSet& row, DvnfEntity& server, long type);
+    // The rows of a server table (id empty: all), each made the entity
+    // "Server" of its full name in the state of its mark; fill then runs on
+    // every row that is not a tombstone. notFound 0: none is reported.
+    template <class Set>
+    void LoadServerRows(const char* table, long progress, long notFound, long type, DvnString const& id,
+                        void (DvnConvCoreDbFe::*fill)(Set& row, DvnfEntity& server, long type));
+    // Each kind's own columns below its group of "ServerDefault".
+    void CommonServerColumns(DvnServerSet& row, DvnfEntity& server, long type);
+    void CleanupServerColumns(DvnCleanupServerSet& row, DvnfEntity& server, long type);
+    void DistributionServerColumns(DvnDistributionServerSet& row, DvnfEntity& server, long type);
+    void ExecutionServerColumns(DvnExecutionServerSet& row, DvnfEntity& server, long type);
+    void SchedulingServerColumns(DvnSchedulingServerSet& row, DvnfEntity& server, long type);
+    void PEServerColumns(DvnPEServerSet& row, DvnfEntity& server, long type);
+    void UPEServerColumns(DvnUPEServerSet& row, DvnfEntity& server, long type);
 
     // ---- kinds without a load (pending.cpp)
     struct PendingKind {

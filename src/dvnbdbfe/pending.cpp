@@ -15,10 +15,6 @@
     void DvnConvCoreDbFe::Section(DvnString const& id) { Pending({kind, key, {__VA_ARGS__}}, id); }
 
 // ------------------------------------------------------------ the rows
-void DvnConvCoreDbFe::Servers(int group, DvnString const& id) {
-    for (const ServerKindRow& row : ServerKinds)
-        if (row.group == group) Pending({row.typeName, "SERVER_ID", {row.table}}, id);
-}
 // ------------------------------------------------------------ end of the rows
 
 void DvnConvCoreDbFe::Pending(const PendingKind& kind, DvnString const& id) {

@@ -88,7 +88,7 @@ const std::vector<DvnSchema::Table> kTables = {
     {"DV_DOMAIN", Make<DvnDomainSet>, {"DOMAIN_ID", "UNIQUE NAME"}, {}},
     {"SYSTEM_GROUP", Make<DvnSystemGroupSet>, {"SYSTEM_GROUP_ID", "UNIQUE NAME"}, {}},
     {"SYSTEM", Make<DvnSystemSet>,
-     {"SYSTEM_ID", "UNIQUE NAME", "PRIMARY_SYSTEM", "SYSTEM_IDENTIFIER", "QUEUE_MANAGER"}, {}},
+     {"SYSTEM_ID", "UNIQUE NAME", "PRIMARY_SYSTEM", "SYSTEM_IDENTIFIER", "QUEUE_MANAGER", "SYSTEM_GROUP"}, {}},
     {"DV_DOMAIN_PRC_ATTR", Make<DvnDomainPrcSet>, {"DOMAIN_ID"}, {}},
     {"SYSTEMGRP_PRC_ATTR", Make<DvnSystemGroupPrcSet>, {"SYSTEM_GROUP_ID"}, {}},
     {"SYSTEM_PRC_ATTR", Make<DvnSystemPrcSet>, {"SYSTEM_ID"}, {}},

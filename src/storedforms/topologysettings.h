@@ -43,6 +43,7 @@ struct Setting {
     long whenValue = 0;                           // ... has this value,
     long Set::*whenColumn = nullptr;              // stored in this column;
     bool loadOnlyWhen = false;                    // the load, too, reads it only then
+    bool keepZero = false;                        // Interval: 0 seconds is stored, not left out
 };
 
 // The families. The common server settings stand below

@@ -49,6 +49,8 @@ const std::vector<std::pair<const char*, const char*>> kShapes = {
     {"SYSTEM", "PRIMARY_SYSTEM = 1"},
     {"SYSTEMGRP_SVR_ATTR", "SYSTEM_GROUP_ID = 'k' AND SERVER_TYPE = 1"},
     {"SYSTEM_SVR_ATTR", "SYSTEM_ID = 'k'"},
+    // one cleanup or scheduling server per system group: the servers of the group's systems
+    {"CLEANUP_SERVER", "SYSTEM IN (SELECT SYSTEM_ID FROM DVBT.SYSTEM WHERE SYSTEM_GROUP = 'g')"},
     // the data connectors of a deleted source or sink, and the shapes of a
     // data connector's ends
     {"DATA_CONNECTOR", "PID = 'p' AND FROM_SOURCE = 's'"},

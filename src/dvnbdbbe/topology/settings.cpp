@@ -48,7 +48,7 @@ void Apply(DvnConvCoreDbBe& be, const DvnfAttributeDataReader& base, Set& row,
         const bool defined = attribute.IsDefined();
         auto interval = [&](const DvnfAttributeDataReader& duration) {
             const long seconds = be.SetTimeInterval(duration);
-            if (seconds != 0) number = seconds;
+            if (seconds != 0 || s.keepZero) number = seconds;
         };
         switch (s.reading) {
             case Reading::Bool:
@@ -214,6 +214,28 @@ int DvnConvCoreDbBe::ReadTopologySvsAttributes(CDatabase&, DvnfEntity& entity, D
               ImplementationSupportBits(), {0, 0, 0});
     return level;
 }
+
+// ------------------------------------------------------------------ a server's row
+
+// A server holds no defaults: what it leaves out is null (the level above counts).
+template <class Set>
+int DvnConvCoreDbBe::ReadServerSettings(DvnfEntity& entity, const DvnfAttributeDataReader& base, Set& row,
+                                        const std::vector<DvnStored::Setting<Set>>& table) {
+    const bool top = false;
+    return DVN_APPLY_SETTINGS(base, table);
+}
+
+#define DVN_SERVER_SETTINGS(Set)                                                                              \
+    template int DvnConvCoreDbBe::ReadServerSettings<Set>(DvnfEntity&, const DvnfAttributeDataReader&, Set&, \
+                                                          const std::vector<DvnStored::Setting<Set>>&);
+DVN_SERVER_SETTINGS(DvnServerSet)
+DVN_SERVER_SETTINGS(DvnUPEServerSet)
+DVN_SERVER_SETTINGS(DvnCleanupServerSet)
+DVN_SERVER_SETTINGS(DvnDistributionServerSet)
+DVN_SERVER_SETTINGS(DvnExecutionServerSet)
+DVN_SERVER_SETTINGS(DvnSchedulingServerSet)
+DVN_SERVER_SETTINGS(DvnPEServerSet)
+#undef DVN_SERVER_SETTINGS
 
 #undef DVN_APPLY_SETTINGS
 

@@ -2,7 +2,8 @@
 // manager, a number that no other system has, the mark of the one primary
 // system, and its settings, which are null where the file leaves them out
 // (the group's count). Names are kept to their first 8 characters. A system
-// that persons or servers still belong to, or the primary one, stays.
+// that persons or servers still belong to, or the primary one, stays; the
+// servers the same file deletes go first.
 #include <cstdlib>
 
 #include "dvnstaffsets.h"
@@ -74,8 +75,6 @@ bool FirstHolder(CDatabase& db, const CString& statement, CString Owner::*name, 
 }  // namespace
 
 int DvnConvCoreDbBe::SystemInUse(CDatabase& db, DvnfEntity& entity, const CString& key) {
-    // The servers of the system that are to be deleted would go first; they
-    // are not stored yet, so none does.
     const DvnString name(StoredName(entity.Name()).c_str());
     DvnSystemSet systems(&db);
     if (systems.GetPrimarySystem(m_strTablePrefix) == key) {
@@ -93,6 +92,10 @@ int DvnConvCoreDbBe::SystemInUse(CDatabase& db, DvnfEntity& entity, const CStrin
         Report(51250, name, DvnString(holder.c_str()));
         return LevelWarning;
     }
+    // The servers of the system that this run deletes go first, in this
+    // transaction, once the system is known to be free of the tests above;
+    // what still holds it then keeps it.
+    SaveServers(db, true, DvnString(key.c_str()));
     if (FirstHolder<DvnExecutionServerSet>(db, where("EXECUTION_SERVER"), &DvnServerSet::m_NAME, marking, holder)) {
         Report(51251, name, DvnString(holder.c_str()));
         return LevelWarning;

@@ -283,3 +283,15 @@ template void DvnConvCoreDbFe::LinkThroughRow<DvnNodeSet>(DvnfEntity&, const cha
 template void DvnConvCoreDbFe::LinkThroughRow<DvnQueueManagerSet>(DvnfEntity&, const char*, const char*,
                                                                   const char*, const char*, const CRecordset&,
                                                                   const CString&);
+
+// The server loads (topology/server.cpp) put their rows back by the same engine.
+#define DVN_SERVER_SETTINGS(Set)                                                                          \
+    template bool DvnConvCoreDbFe::GetSettings<Set>(const Set&, const std::vector<DvnStored::Setting<Set>>&, \
+                                                    DvnfAttributeData, const std::string&, const std::string&);
+DVN_SERVER_SETTINGS(DvnServerSet)
+DVN_SERVER_SETTINGS(DvnCleanupServerSet)
+DVN_SERVER_SETTINGS(DvnDistributionServerSet)
+DVN_SERVER_SETTINGS(DvnExecutionServerSet)
+DVN_SERVER_SETTINGS(DvnSchedulingServerSet)
+DVN_SERVER_SETTINGS(DvnPEServerSet)
+#undef DVN_SERVER_SETTINGS
