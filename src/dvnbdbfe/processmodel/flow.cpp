@@ -49,11 +49,11 @@ void AddBendPoints(DvnfEntity& connector, const Points& points, const std::strin
 }
 
 // A source or sink: its number, key and layout.
-struct Node {
+struct EndRow {
     long number;
     std::string key;
     std::optional<long> x, y, height, width;
-    bool operator<(const Node& other) const { return std::tie(number, key) < std::tie(other.number, other.key); }
+    bool operator<(const EndRow& other) const { return std::tie(number, key) < std::tie(other.number, other.key); }
 };
 
 struct Control {
@@ -80,9 +80,9 @@ struct Data {
 
 void DvnConvCoreDbFe::GetSourceAndSink(CString const& pid, CString const& blockId, DvnfEntity* parent,
                                        DvnfAttributeData& diagram) {
-    auto make = [&](std::vector<Node>& nodes, bool sink) {
+    auto make = [&](std::vector<EndRow>& nodes, bool sink) {
         std::sort(nodes.begin(), nodes.end());
-        for (const Node& node : nodes) {
+        for (const EndRow& node : nodes) {
             DvnfEntity& entity = sink ? m_pCoreData->CreateSinkByOID(diagram, DvnfString(node.key))
                                       : m_pCoreData->CreateSourceByOID(diagram, DvnfString(node.key));
             if (entity.IsValid()) entity.Name(DvnfString(DvnString::FromLong(node.number, 0).str()));
@@ -95,7 +95,7 @@ void DvnConvCoreDbFe::GetSourceAndSink(CString const& pid, CString const& blockI
         }
     };
     const CString where = CString(" WHERE [PID] =") + Literal(DvnString(pid.c_str())) + InBlock("BLOCK_AID", blockId);
-    std::vector<Node> sinks, sources;
+    std::vector<EndRow> sinks, sources;
     DvnSinkSet sinkRows(m_pDatabase);
     ReadRows(sinkRows, CString("SELECT * FROM ") + Table("SINK") + where, [&](DvnSinkSet& row) {
         sinks.push_back({row.m_SINK_NUMBER, row.m_SINK_ID.str(), Value(row, row.m_XPOS), Value(row, row.m_YPOS),
