@@ -56,7 +56,7 @@ class DvnXPlatformSet;
 class DvnProcessSet;
 class DvnGraphAttrSet;
 class DvnActivitySet;
-src/dvnbdbfe/pending.cpp// nodes, queue managers, program execution agents
+// nodes, queue managers, program execution agents
 class DvnNodeSet;
 class DvnQueueManagerSet;
 class DvnPEASet;
@@ -165,9 +165,7 @@ public:
     void BlockActivity(DvnfAttributeData& attributes, DvnfEntity* activity, CString const& aid, CString const& pid,
                        bool withAttributes, bool withBlocks, std::vector<DvnfEntity*>* blocks);
 
-    // ---- the sections of an export whose loads come later (pending.cpp).
-    // Until a kind's load exists, its section reads nothing; the objects it
-    // leaves out are counted and said once per kind by ReportPending.
+    // ---- topology sections of an export
     void PeAgent(DvnString const& id);
     void Nodes(DvnString const& id);
     void QueueManager(DvnString const& id);
@@ -185,11 +183,6 @@ public:
         const char* typeName;
     };
     static const ServerKindRow ServerKinds[8];
-    // Reports, once per kind and in the order met, how many objects the
-    // sections of kinds without a load left out (those with rows only).
-    // Gives the number of kinds reported.
-    int ReportPending();
-
     // The connection the loads read through.
     CDatabase* Database() const { return m_pDatabase; }
 
@@ -441,7 +434,7 @@ protected:
     template <class Set>
     void TextsInOrder(const char* table, const char* keyColumn, const CString& key, CString Set::*member,
                       DvnfAttributeData target);
-src/dvnbdbfe/pending.cpp    // ---- nodes, queue managers, program execution agents
+    // ---- nodes, queue managers, program execution agents
     // (topology/node.cpp, queuemanager.cpp, agent.cpp)
     int Node(DvnNodeSet& row, DvnfEntity& node);
     int QueueManagerRow(DvnQueueManagerSet& row, DvnfEntity& queueManager);
@@ -485,22 +478,6 @@ src/dvnbdbfe/pending.cpp    // ---- nodes, queue managers, program execution age
     void SchedulingServerColumns(DvnSchedulingServerSet& row, DvnfEntity& server, long type);
     void PEServerColumns(DvnPEServerSet& row, DvnfEntity& server, long type);
     void UPEServerColumns(DvnUPEServerSet& row, DvnfEntity& server, long type);
-
-    // ---- kinds without a load (pending.cpp)
-    struct PendingKind {
-        const char* kind;              // in the message: "Person"
-        const char* keyColumn;         // compared with a key asked for
-        std::vector<const char*> tables;
-    };
-    // Counts what the section leaves out, once per kind and key.
-    void Pending(const PendingKind& kind, DvnString const& id);
-    struct PendingCount {
-        std::string kind;
-        long objects = 0;
-        bool all = false;               // every row counted already
-        std::vector<std::string> keys;  // keys counted already
-    };
-    std::vector<PendingCount> m_pending;
 
     DvnfTRXData* m_pCoreData;
     bool m_bCallerData;

@@ -228,7 +228,6 @@ int DvnConvCoreDbIF::RunExport(const DvnString& dataSource, const char* guardedN
         // The export of everything: a database failure only, traced.
         try {
             read(*frontEnd);
-            frontEnd->ReportPending();
         } catch (CDBException* e) {
             DVN_TRACE(1, 2, "Exception In Export All: rc =" << e->m_nRetCode << "Error: " << e->m_strError
                                                             << "State: " << e->m_strStateNativeOrigin);
@@ -240,7 +239,6 @@ int DvnConvCoreDbIF::RunExport(const DvnString& dataSource, const char* guardedN
                                            "Memory exception in Export", "Unknown exception In Export"};
         dvnguard::Run(*m_pData->MessageHandler(), words, level, [&] {
             read(*frontEnd);
-            frontEnd->ReportPending();
         });
     }
     if (db.IsOpen()) db.Close();

@@ -261,12 +261,13 @@ int Export(dvnbt::Context& ctx) {
         return dvnbt::kFailed;
     }
 
-    bool pending = false, warnings = false;
+    // A load that caught a database failure (51368) left an object incomplete.
+    bool errors = false, warnings = false;
     for (const auto& entry : messages.Entries()) {
-        pending = pending || entry.number == 51912;
+        errors = errors || entry.number == 51368;
         warnings = warnings || IsWarning(entry.number);
     }
-    if (pending) return dvnbt::kErrors;
+    if (errors) return dvnbt::kErrors;
     if (warnings) return dvnbt::kWarnings;
     return dvnbt::kOk;
 }
