@@ -3,6 +3,11 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <mutex>
+#include <new>
+#include <unordered_map>
+
+static_assert(sizeof(DvnfAttrNode) <= 56, "an attribute node stays small (docs/core-model.md)");
 
 const DvnfAttributeDataReader DvnfAttributeDataReader::undefined;
 const DvnfAttributeData DvnfAttributeData::undefined;
@@ -11,9 +16,80 @@ const DvnfDataSetIterator DvnfDataSetIterator::undefined;
 // ---------------------------------------------------------------------------
 // Nodes
 
+const std::string* DvnfAttrNode::Intern(std::string_view text) {
+    static const std::string none;
+    if (text.empty()) return &none;
+    // Kept to the end of the process on purpose (nodes of static core data
+    // may outlive any other static).
+    static std::mutex* guard = new std::mutex;
+    static auto* names = new std::unordered_map<std::string_view, std::unique_ptr<std::string>>;
+    std::lock_guard<std::mutex> lock(*guard);
+    auto it = names->find(text);
+    if (it != names->end()) return it->second.get();
+    auto kept = std::make_unique<std::string>(text);
+    const std::string* at = kept.get();
+    names->emplace(std::string_view(*at), std::move(kept));
+    return at;
+}
+
+size_t DvnfAttrNode::Count() const {
+    size_t n = 0;
+    for (const DvnfAttrNode* c = First(); c; c = After(c)) ++n;
+    return n;
+}
+
+DvnfAttrNode* DvnfAttrNode::At(size_t index) {
+    const bool cached = kind == DvnfAttributeType::Set;
+    DvnfAttrNode* c = First();
+    size_t at = 0;
+    if (cached && cursor && cursorIndex <= index) {
+        c = cursor;
+        at = cursorIndex;
+    }
+    for (; c && at < index; ++at) c = After(c);
+    if (cached && c) {
+        cursor = c;
+        cursorIndex = at;
+    }
+    return c;
+}
+
+void DvnfAttrNode::Append(std::unique_ptr<DvnfAttrNode> child) {
+    DvnfAttrNode* c = child.release();
+    c->parent = this;
+    if (!_last) {
+        c->_next = c;
+    } else {
+        c->_next = _last->_next;
+        _last->_next = c;
+    }
+    _last = c;
+}
+
+void DvnfAttrNode::DropChildren() {
+    if (!_last) return;
+    DvnfAttrNode* c = _last->_next;
+    _last->_next = nullptr;  // the ring open after the last one
+    _last = nullptr;
+    while (c) {
+        DvnfAttrNode* following = c->_next;
+        delete c;
+        c = following;
+    }
+    if (kind == DvnfAttributeType::Set) cursor = nullptr;
+}
+
+void DvnfAttrNode::TakeChildren(DvnfAttrNode& from) {
+    DropChildren();
+    _last = from._last;
+    from._last = nullptr;
+    if (from.kind == DvnfAttributeType::Set) from.cursor = nullptr;
+    for (DvnfAttrNode* c = First(); c; c = After(c)) c->parent = this;
+}
+
 DvnfAttrNode* DvnfAttrNode::Child(std::string_view childName) const {
-    for (const auto& c : children)
-        if (c->name == childName) return c.get();
+    for (DvnfAttrNode* c = First(); c; c = After(c))
+        if (*c->name == childName) return c;
     return nullptr;
 }
 
@@ -23,34 +99,34 @@ DvnfAttrNode* DvnfAttrNode::MakeChild(std::string_view childName) {
     if (n->kind != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
     if (DvnfAttrNode* c = n->Child(childName)) return c;
     auto fresh = std::make_unique<DvnfAttrNode>();
-    fresh->kind = DvnfAttributeType::Group;
-    fresh->name = childName;
-    fresh->parent = n;
+    fresh->name = Intern(childName);
     DvnfAttrNode* c = fresh.get();
-    n->children.push_back(std::move(fresh));
+    n->Append(std::move(fresh));
     return c;
 }
 
 void DvnfAttrNode::Clear(DvnfAttributeType newKind) {
+    DropChildren();
+    if (kind == DvnfAttributeType::String) sval.~DvnfString();
     kind = newKind;
-    lval = 0;
-    bval = false;
-    sval = DvnfString();
-    entity = nullptr;
-    children.clear();
+    if (kind == DvnfAttributeType::String)
+        new (&sval) DvnfString();
+    else
+        lval = 0;
+    if (parent) entity = nullptr;  // the root keeps its owner
 }
 
 std::unique_ptr<DvnfAttrNode> DvnfAttrNode::Clone(DvnfAttrNode* newParent) const {
     auto n = std::make_unique<DvnfAttrNode>();
-    n->kind = kind;
-    n->name = name;
-    n->lval = lval;
-    n->bval = bval;
-    n->sval = sval;
-    n->entity = entity;
     n->parent = newParent;
-    n->children.reserve(children.size());
-    for (const auto& c : children) n->children.push_back(c->Clone(n.get()));
+    n->Clear(kind);
+    n->name = name;
+    if (kind == DvnfAttributeType::String)
+        n->sval = sval;
+    else if (kind != DvnfAttributeType::Set)
+        n->lval = lval;
+    if (kind == DvnfAttributeType::Entity) n->entity = entity;
+    for (const DvnfAttrNode* c = First(); c; c = After(c)) n->Append(c->Clone(n.get()));
     return n;
 }
 
@@ -74,7 +150,7 @@ std::string DvnfAttrNode::CataloguePath(const DvnfEntity** owner) const {
             path += "[]";
         } else {
             if (!path.empty()) path += '.';
-            path += c->name;
+            path += *c->name;
         }
     }
     return path;
@@ -112,7 +188,7 @@ bool DvnfAttributeDataReader::IsDefined() const {
     case DvnfAttributeType::String: return true;
     case DvnfAttributeType::Entity: return n->entity && n->entity->IsValid();
     case DvnfAttributeType::Group:
-    case DvnfAttributeType::Set: return !n->children.empty();
+    case DvnfAttributeType::Set: return n->HasChildren();
     default: return false;
     }
 }
@@ -134,7 +210,7 @@ long DvnfAttributeDataReader::AsLong(long defaultValue) const {
     if (!n) return defaultValue;
     switch (n->kind) {
     case DvnfAttributeType::Long: return n->lval;
-    case DvnfAttributeType::Bool: return n->bval ? 1 : 0;
+    case DvnfAttributeType::Bool: return n->lval != 0 ? 1 : 0;
     case DvnfAttributeType::String: {
         long v;
         return ParseLong(n->sval.c_str(), v) ? v : defaultValue;
@@ -147,7 +223,7 @@ bool DvnfAttributeDataReader::AsBool(bool defaultValue) const {
     const DvnfAttrNode* n = Resolve();
     if (!n) return defaultValue;
     switch (n->kind) {
-    case DvnfAttributeType::Bool: return n->bval;
+    case DvnfAttributeType::Bool: return n->lval != 0;
     case DvnfAttributeType::Long: return n->lval != 0;
     case DvnfAttributeType::String:
         if (n->sval == "true") return true;
@@ -163,7 +239,7 @@ DvnfString DvnfAttributeDataReader::AsString(const DvnfString& defaultValue) con
     switch (n->kind) {
     case DvnfAttributeType::String: return n->sval;
     case DvnfAttributeType::Long: return DvnfString(DvnString::FromLong(n->lval));
-    case DvnfAttributeType::Bool: return DvnfString(n->bval ? "true" : "false");
+    case DvnfAttributeType::Bool: return DvnfString(n->lval != 0 ? "true" : "false");
     default: return defaultValue;
     }
 }
@@ -183,7 +259,7 @@ DvnfAttributeType DvnfAttributeDataReader::Type() const {
 
 long DvnfAttributeDataReader::NumberOfElements() const {
     const DvnfAttrNode* n = Resolve();
-    return (n && n->kind == DvnfAttributeType::Set) ? static_cast<long>(n->children.size()) : 0;
+    return (n && n->kind == DvnfAttributeType::Set) ? static_cast<long>(n->Count()) : 0;
 }
 
 DvnfDataSetIterator DvnfAttributeDataReader::ElementsOfSet() const {
@@ -198,7 +274,7 @@ std::vector<std::string> DvnfAttributeDataReader::Names() const {
     if (!n) return names;
     n = n->Inner();
     if (n->kind != DvnfAttributeType::Group) return names;
-    for (const auto& c : n->children) names.push_back(c->name);
+    for (const DvnfAttrNode* c = n->First(); c; c = n->After(c)) names.push_back(*c->name);
     return names;
 }
 
@@ -207,8 +283,9 @@ std::vector<std::string> DvnfAttributeDataReader::Names() const {
 
 DvnfAttributeDataReader DvnfDataSetIterator::At(size_t index) {
     _pos = index;
-    if (!_set || index >= _set->children.size()) return DvnfAttributeDataReader();
-    return DvnfAttributeDataReader(_set->children[index].get(), {});
+    DvnfAttrNode* element = _set ? _set->At(index) : nullptr;
+    if (!element) return DvnfAttributeDataReader();
+    return DvnfAttributeDataReader(element, {});
 }
 
 DvnfAttributeDataReader DvnfDataSetIterator::First() { return At(0); }
@@ -256,7 +333,7 @@ DvnfAttributeData& DvnfAttributeData::operator=(long value) {
 DvnfAttributeData& DvnfAttributeData::operator=(bool value) {
     if (DvnfAttrNode* n = ValueNode(Make())) {
         n->Clear(DvnfAttributeType::Bool);
-        n->bval = value;
+        n->lval = value ? 1 : 0;
     }
     return *this;
 }
@@ -293,13 +370,13 @@ DvnfAttributeData& DvnfAttributeData::operator=(const DvnfAttributeDataReader& o
     DvnfAttrNode* n = Make();
     if (!n) return *this;
     if (!n->parent && copy->kind != DvnfAttributeType::Group) return *this;  // the root stays a group
-    n->kind = copy->kind;
-    n->lval = copy->lval;
-    n->bval = copy->bval;
-    n->sval = copy->sval;
-    n->entity = copy->entity;
-    n->children = std::move(copy->children);
-    for (auto& c : n->children) c->parent = n;
+    n->Clear(copy->kind);
+    if (copy->kind == DvnfAttributeType::String)
+        n->sval = copy->sval;
+    else if (copy->kind != DvnfAttributeType::Set)
+        n->lval = copy->lval;
+    if (copy->kind == DvnfAttributeType::Entity) n->entity = copy->entity;
+    n->TakeChildren(*copy);
     return *this;
 }
 
@@ -308,29 +385,17 @@ void DvnfAttributeData::Reset(const char* name) {
     if (!n || !name) return;
     n = n->Inner();
     if (n->kind != DvnfAttributeType::Group) return;
-    auto& ch = n->children;
-    for (auto it = ch.begin(); it != ch.end(); ++it) {
-        if ((*it)->name == name) {
-            ch.erase(it);
-            return;
-        }
-    }
+    n->RemoveIf([name](const DvnfAttrNode& c) { return *c.name == name; }, true);
 }
 
 void DvnfAttributeData::Reset() {
     DvnfAttrNode* n = Resolve();
     if (!n) return;
     if (!n->parent) {  // the root: empty it
-        n->children.clear();
+        n->DropChildren();
         return;
     }
-    auto& ch = n->parent->children;
-    for (auto it = ch.begin(); it != ch.end(); ++it) {
-        if (it->get() == n) {
-            ch.erase(it);
-            return;
-        }
-    }
+    n->parent->RemoveIf([n](const DvnfAttrNode& c) { return &c == n; }, true);
 }
 
 DvnfAttributeData DvnfAttributeData::MakeGroup() {
@@ -350,10 +415,8 @@ DvnfAttributeData DvnfAttributeData::MakeSet() {
 namespace {
 DvnfAttrNode* Append(DvnfAttrNode* set) {
     auto e = std::make_unique<DvnfAttrNode>();
-    e->kind = DvnfAttributeType::Group;
-    e->parent = set;
     DvnfAttrNode* raw = e.get();
-    set->children.push_back(std::move(e));
+    set->Append(std::move(e));
     return raw;
 }
 }  // namespace
@@ -370,7 +433,7 @@ DvnfAttributeData DvnfAttributeData::NewSetElement() {
         if (elementType.IsValid()) {
             DvnfEntity& member = owner->CoreData()->CreateEntity(elementType, DvnfString(), DvnfString());
             member.State(owner->State());
-            e->kind = DvnfAttributeType::Entity;
+            e->Clear(DvnfAttributeType::Entity);
             e->entity = &member;
         }
     }
@@ -383,7 +446,7 @@ DvnfAttributeData DvnfAttributeData::NewSetElement(DvnfEntity& entity) {
     DvnfAttrNode* set = Resolve();
     if (!set || set->kind != DvnfAttributeType::Set) return DvnfAttributeData();
     DvnfAttrNode* e = Append(set);
-    e->kind = DvnfAttributeType::Entity;
+    e->Clear(DvnfAttributeType::Entity);
     e->entity = &entity;
     return DvnfAttributeData(e, {});
 }
@@ -391,15 +454,7 @@ DvnfAttributeData DvnfAttributeData::NewSetElement(DvnfEntity& entity) {
 long DvnfAttributeData::RemoveSetElement(const DvnfEntity& entity) {
     DvnfAttrNode* set = Resolve();
     if (!set || set->kind != DvnfAttributeType::Set) return 0;
-    auto& ch = set->children;
-    long removed = 0;
-    for (auto it = ch.begin(); it != ch.end();) {
-        if ((*it)->kind == DvnfAttributeType::Entity && (*it)->entity == &entity) {
-            it = ch.erase(it);
-            ++removed;
-        } else {
-            ++it;
-        }
-    }
-    return removed;
+    return set->RemoveIf(
+        [&entity](const DvnfAttrNode& c) { return c.kind == DvnfAttributeType::Entity && c.entity == &entity; },
+        false);
 }

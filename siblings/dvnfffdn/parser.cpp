@@ -1,6 +1,8 @@
-// The TRX parser: text to a syntax tree, the tree checked by building it into
-// scratch core data, then built into the caller's core data (or, when that
-// holds nothing yet, the scratch result taken over). See docs/trx.md.
+// The TRX parser: text to a syntax tree one definition at a time, each
+// checked by building it into scratch core data as soon as it is parsed;
+// then the scratch result is taken over when the caller's core data holds
+// nothing yet, or else the text is parsed and built a second time into the
+// caller's data. See docs/trx.md.
 #include "dvnfffdn.h"
 
 #include <climits>
@@ -10,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <string_view>
@@ -94,7 +97,10 @@ std::string NotUtf8(unsigned char byte) {
 
 // ---------------------------------------------------------------------------
 // Syntax tree. Its nodes live in an arena and hold views of the text (or of
-// unescaped copies kept in the arena); nothing in it needs destroying.
+// unescaped copies kept in a second arena); nothing in it needs destroying.
+// The parser gives one top-level definition at a time: it is built into the
+// core model and its nodes are dropped before the next one is parsed, so the
+// tree of the whole file never stands in memory.
 
 class Arena {
 public:
@@ -105,13 +111,27 @@ public:
     void* Allocate(size_t size, size_t align) {
         size_t at = (_used + align - 1) & ~(align - 1);
         if (!_block || at + size > _size) {
-            _size = size > kBlock / 4 ? size : kBlock;
-            _blocks.emplace_back(new char[_size]);  // not zeroed: every node is constructed in place
-            _block = _blocks.back().get();
+            if (_kept && !_block && size <= kBlock) {  // the block kept by Reset
+                _block = _kept.get();
+                _size = kBlock;
+            } else {
+                _size = size > kBlock / 4 ? size : kBlock;
+                _blocks.emplace_back(new char[_size]);  // not zeroed: every node is constructed in place
+                _block = _blocks.back().get();
+            }
             at = 0;
         }
         _used = at + size;
         return _block + at;
+    }
+    // Forgets everything allocated; one block is kept for what comes next.
+    void Reset() {
+        if (!_kept && !_blocks.empty() && _size == kBlock && _block == _blocks.back().get()) {
+            _kept = std::move(_blocks.back());
+        }
+        _blocks.clear();
+        _block = nullptr;
+        _size = _used = 0;
     }
     // A default-made T (trivially destructible).
     template <class T>
@@ -137,6 +157,7 @@ public:
 private:
     static constexpr size_t kBlock = 256 * 1024;
     std::vector<std::unique_ptr<char[]>> _blocks;
+    std::unique_ptr<char[]> _kept;  // a block of kBlock bytes, kept by Reset for reuse
     char* _block = nullptr;
     size_t _size = 0, _used = 0;
 };
@@ -479,25 +500,28 @@ private:
 
 class Parser {
 public:
-    Parser(std::string_view text, Arena& arena) : _lex(text, arena), _arena(arena) { _tok = _lex.Next(); }
+    // Unescaped strings go to `strings`, which must live as long as what is
+    // built from the definitions; the nodes of a definition go to `nodes`,
+    // which the caller may reset once the definition is built.
+    Parser(std::string_view text, Arena& strings, Arena& nodes) : _lex(text, strings), _arena(nodes) {
+        _tok = _lex.Next();
+    }
 
-    std::vector<const EntityNode*> File() {
-        std::vector<const EntityNode*> defs;
-        while (_tok.kind != Token::End) {
-            bool del = false;
-            if (_tok.kind == Token::Ident && _tok.text == "delete") {
-                del = true;
-                Take();
-            }
-            if (_tok.kind != Token::Ident) Fail("an entity type");
-            EntityNode* e = Entity(0, true);
-            e->isDelete = del;
-            if (del && e->hasBody) throw TrxError{e->pos, DvnTRXMsgSyntax, "a deletion has no body", ""};
-            if (!del && !e->hasBody && !Accept(Token::Semi)) Fail("'{' or ';'");
-            if (del && !Accept(Token::Semi)) Fail("';'");
-            defs.push_back(e);
+    // The next top-level definition; null at the end of the text.
+    const EntityNode* Next() {
+        if (_tok.kind == Token::End) return nullptr;
+        bool del = false;
+        if (_tok.kind == Token::Ident && _tok.text == "delete") {
+            del = true;
+            Take();
         }
-        return defs;
+        if (_tok.kind != Token::Ident) Fail("an entity type");
+        EntityNode* e = Entity(0, true);
+        e->isDelete = del;
+        if (del && e->hasBody) throw TrxError{e->pos, DvnTRXMsgSyntax, "a deletion has no body", ""};
+        if (!del && !e->hasBody && !Accept(Token::Semi)) Fail("'{' or ';'");
+        if (del && !Accept(Token::Semi)) Fail("';'");
+        return e;
     }
 
 private:
@@ -655,8 +679,10 @@ private:
 };
 
 // ---------------------------------------------------------------------------
-// Builder: makes entities, attributes and links from the tree. Run once on
-// scratch core data to find errors and warnings, then on the real data.
+// Builder: makes entities, attributes and links from the tree, one
+// definition at a time. Run once on scratch core data to find errors and
+// warnings, then (when the caller's data held entities already) on the real
+// data from a second parse of the text.
 
 struct Warning {
     Pos pos;
@@ -692,18 +718,19 @@ class Builder {
 public:
     explicit Builder(DvnfTRXData& data) : _data(data), _types(data.Types()) {}
 
-    void Build(const std::vector<const EntityNode*>& defs) {
-        std::set<std::pair<std::string_view, std::string_view>> seen;
-        for (const EntityNode* d : defs) {
-            const DvnfEntityType& t = TypeOf(*d);
-            if (!t.IsTopLevel())
-                throw TrxError{d->pos, DvnTRXMsgSyntax, Text(d->type) + " stands inside a diagram, not at the top level",
-                               ""};
-            if (!seen.insert({d->type, d->name}).second)
-                throw TrxError{d->pos, DvnTRXMsgDuplicate, Text(d->type), Text(d->name)};
-            DvnfEntity& e = DefineTop(*d, t);
-            _defined.push_back(&e);
-        }
+    // One top-level definition, built as soon as it is parsed; it may be
+    // dropped afterwards (what is kept are views of the text).
+    void Define(const EntityNode& d) {
+        const DvnfEntityType& t = TypeOf(d);
+        if (!t.IsTopLevel())
+            throw TrxError{d.pos, DvnTRXMsgSyntax, Text(d.type) + " stands inside a diagram, not at the top level", ""};
+        if (!_seen.insert({d.type, d.name}).second)
+            throw TrxError{d.pos, DvnTRXMsgDuplicate, Text(d.type), Text(d.name)};
+        DvnfEntity& e = DefineTop(d, t);
+        _defined.push_back(&e);
+    }
+    // After the last definition: the links, now that every target is known.
+    void Finish() {
         for (const Pending& p : _pending) Link(p);
     }
 
@@ -769,8 +796,17 @@ private:
         return lt;
     }
 
-    // The text as core-model text; the empty text is shared, not made anew.
-    DvnfString Dvn(std::string_view v) const { return v.empty() ? _empty : Str(v); }
+    // The text as core-model text. Texts that repeat (the members of every
+    // structure named "M0" .. "M49", their Name values) are made once and
+    // shared while they repeat: a cache of one text per slot, by hash, so
+    // that texts seen once only pass through it. The empty text is one.
+    DvnfString Dvn(std::string_view v) {
+        if (v.empty()) return _empty;
+        if (v.size() > kSharedLength) return Str(v);
+        DvnfString& slot = _shared[std::hash<std::string_view>{}(v) & (kSharedSlots - 1)];
+        if (slot.IsNull() || std::string_view(slot.Data(), static_cast<size_t>(slot.Length())) != v) slot = Str(v);
+        return slot;
+    }
 
     void Warn(Pos pos, long number, std::string a4, std::string a5) {
         _warnings.push_back(Warning{pos, number, std::move(a4), std::move(a5)});
@@ -974,7 +1010,7 @@ private:
         switch (v.kind) {
         case Value::Long: target = v.l; break;
         case Value::Bool: target = v.b; break;
-        case Value::String: target = DvnString(v.s.data() ? v.s.data() : "", static_cast<long>(v.s.size())); break;
+        case Value::String: target = Dvn(v.s); break;
         case Value::Group: {
             bool unknown = p.kind == DvnfAttributeType::Undefined;
             if (unknown) ++_unknownDepth;
@@ -1037,10 +1073,13 @@ private:
     DvnfTRXData& _data;
     const DvnfCoreTypes& _types;
     const DvnfString _empty{""};
+    static constexpr size_t kSharedSlots = 1024, kSharedLength = 64;
+    std::vector<DvnfString> _shared = std::vector<DvnfString>(kSharedSlots);
     std::vector<std::unique_ptr<Scope>> _scopes, _keep;
     std::vector<Pending> _pending;
     std::vector<Warning> _warnings;
     std::vector<DvnfEntity*> _defined, _named;
+    std::set<std::pair<std::string_view, std::string_view>> _seen;  // type and name of each definition
     int _unknownDepth = 0;
     std::unordered_map<const DvnfEntityType*, std::unique_ptr<PathInfo>> _roots;
     std::unordered_map<std::string_view, const DvnfEntityType*> _typeCache;
@@ -1062,9 +1101,23 @@ int DvnTRXFrontend::ReadFile(const char* file, int acceptLevel, std::vector<Dvnf
         if (firstError) *firstError = name + ": cannot be opened";
         return DvnTRXFailed;
     }
-    std::ostringstream text;
-    text << in.rdbuf();
-    return ReadText(text.str(), file, acceptLevel, defined, firstError);
+    // Read straight into one string of the file's size (a stream buffer and
+    // its copy would hold the text twice while the parse runs).
+    std::string text;
+    in.seekg(0, std::ios::end);
+    std::streamoff size = in.tellg();
+    if (size >= 0) {
+        in.seekg(0, std::ios::beg);
+        text.resize(static_cast<size_t>(size));
+        in.read(text.data(), size);
+        text.resize(static_cast<size_t>(in.gcount()));
+    } else {  // not a file one can seek in (a pipe)
+        in.clear();
+        std::ostringstream all;
+        all << in.rdbuf();
+        text = std::move(all).str();
+    }
+    return ReadText(text, file, acceptLevel, defined, firstError);
 }
 
 int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, int acceptLevel,
@@ -1081,8 +1134,7 @@ int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, in
     // When the core data holds nothing yet, the checked scratch data is the
     // result: it is taken over instead of being built a second time.
     bool takeOver = _data.NumberOfEntities() == 0;
-    Arena arena;
-    std::vector<const EntityNode*> defs;
+    Arena strings;
     DvnfTRXData scratch(_data.Types(), nullptr);
     Builder check(scratch);
     std::vector<Warning> warnings;
@@ -1090,8 +1142,24 @@ int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, in
         size_t bad = FirstNonUtf8(body);
         if (bad != std::string::npos)
             throw TrxError{PlaceOf(body, bad), DvnTRXMsgSyntax, NotUtf8(static_cast<unsigned char>(body[bad])), ""};
-        defs = Parser(body, arena).File();
-        check.Build(defs);
+        // Each definition is built as soon as it is parsed. After an error
+        // of the build the rest is still parsed, since a syntax error
+        // anywhere in the text is the one reported.
+        Arena nodes;
+        Parser parser(body, strings, nodes);
+        std::optional<TrxError> buildError;
+        while (const EntityNode* d = parser.Next()) {
+            if (!buildError) {
+                try {
+                    check.Define(*d);
+                } catch (const TrxError& e) {
+                    buildError = e;
+                }
+            }
+            nodes.Reset();
+        }
+        if (buildError) throw *buildError;
+        check.Finish();
         warnings = check.Warnings();
     } catch (const TrxError& e) {
         report(e.pos, e.number, e.a4, e.a5);
@@ -1116,7 +1184,13 @@ int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, in
     } else {
         again = std::make_unique<Builder>(_data);
         try {
-            again->Build(defs);
+            Arena nodes;
+            Parser parser(body, strings, nodes);
+            while (const EntityNode* d = parser.Next()) {
+                again->Define(*d);
+                nodes.Reset();
+            }
+            again->Finish();
         } catch (const TrxError&) {
             // Cannot happen: the same tree was built without error just before.
             DVNK_INVARIANT(false, "TRX build failed after a clean check");

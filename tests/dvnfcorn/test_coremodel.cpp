@@ -157,6 +157,57 @@ TEST(Attributes, SubWritesAsAPathDoesAndFindsWhatIsThere) {
     EXPECT_EQ(rb("Sets").Type(), DvnfAttributeType::Set);
 }
 
+// Removing members and elements anywhere in their order, walking a set
+// after a removal, and copying a whole tree onto an entity's root.
+TEST(Attributes, RemovalsKeepTheOrderOfWhatIsLeftAndCopiesKeepTheirOwner) {
+    DvnfTRXData data;
+    DvnfEntity& p = data.CreateEntity(S("Process"), S("P1"), S("P"));
+    DvnfAttributeData r = p.AttributeData();
+    for (const char* n : {"A", "B", "C", "D"}) r(n) = n;
+    r.Reset("A");  // the first
+    r.Reset("C");  // one inside
+    r.Reset("D");  // the last
+    r.Reset("X");  // none
+    EXPECT_EQ(Dump(r), "{B=B}");
+    r("B").Reset();  // the only one
+    EXPECT_EQ(Dump(r), "{}");
+    r("E") = 1L;
+    EXPECT_EQ(Dump(r), "{E=1}");
+
+    DvnfEntity& a = data.CreateEntity(S("Category"), S("CA"), S("a"));
+    DvnfEntity& b = data.CreateEntity(S("Category"), S("CB"), S("b"));
+    DvnfAttributeData set = r("Refs");
+    for (DvnfEntity* e : {&a, &b, &a, &a, &b, &a}) set.NewSetElement(*e);
+    DvnfDataSetIterator it = set.ElementsOfSet();
+    EXPECT_EQ(it.First().AsEntity().Name().str(), "a");
+    EXPECT_EQ(it.Next().AsEntity().Name().str(), "b");
+    EXPECT_EQ(it.Next().AsEntity().Name().str(), "a");
+    EXPECT_EQ(set.RemoveSetElement(a), 4);  // first, inside and last
+    EXPECT_EQ(set.NumberOfElements(), 2);
+    EXPECT_EQ(Dump(set), "[<Category>;<Category>;]");
+    it = set.ElementsOfSet();
+    EXPECT_EQ(it.First().AsEntity().Name().str(), "b");
+    EXPECT_EQ(it.Next().AsEntity().Name().str(), "b");
+    EXPECT_FALSE(it.Next().IsValid());
+    EXPECT_EQ(set.RemoveSetElement(b), 2);
+    EXPECT_FALSE(set.ElementsOfSet().First().IsValid());
+    set.NewSetElement(a);
+    EXPECT_EQ(set.NumberOfElements(), 1);
+
+    // A tree copied onto another entity's root: the root stays that entity's,
+    // so elements it makes are entities of the catalogue's type there.
+    DvnfEntity& s1 = data.CreateEntity(S("DataStructure"), S("D1"), S("S1"));
+    DvnfEntity& s2 = data.CreateEntity(S("DataStructure"), S("D2"), S("S2"));
+    s1.AttributeData()("Description") = "d";
+    s1.AttributeData()("Members").NewSetElement()("Name") = "m";
+    s2.AttributeData() = s1.AttributeData();
+    EXPECT_EQ(Dump(s2.AttributeData()), "{Description=d Members=[<DataStructureMember>;]}");
+    DvnfAttributeData added = s2.AttributeData()("Members").NewSetElement();
+    EXPECT_EQ(added.AsEntity().Type().Name().str(), "DataStructureMember");
+    EXPECT_EQ(s2.AttributeData()("Members").NumberOfElements(), 2);
+    EXPECT_EQ(s1.AttributeData()("Members").NumberOfElements(), 1);
+}
+
 TEST(CoreData, UndefinedEntityStaysInertAndLinksAreFoundOnlyBetweenTheirEnds) {
     DvnfEntity& u = DvnfEntity::undefined;
     u.State(DvnfObject::StateChanged);

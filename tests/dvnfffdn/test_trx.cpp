@@ -140,6 +140,14 @@ TEST(TrxErrors, NameFileLineAndColumnAndChangeNothing) {
         {"\xEF\xBB\xBF" "Categry \"A\" {}", "t.trx:1:1: error: unknown entity type Categry."},
         {"\xEF\xBB\xBF\xEF\xBB\xBF" "Category \"A\" {}", "t.trx:1:1: error: unexpected character 0xEF"},
         {"Category \"A\" {}\n  \xEF\xBB\xBF" "Category \"B\" {}", "t.trx:2:3: error: unexpected character 0xEF"},
+        // Definitions are built while the text is parsed, yet a syntax error
+        // after an error of the build is the one reported, and errors of the
+        // build come before those of the links, as for a file read whole.
+        {"Role \"R\" {}\nRole \"R\" {}\nCategory \"C\" { Description = ; }",
+         "t.trx:3:30: error: expected a value (number, true, false, string, '{', '[' or an entity), found ';'"},
+        {"Process \"P\" { Diagram { ControlConnectors [ ControlConnector { ControlFromActivity -> \"A\"; } ] } }\n"
+         "Role \"R\" {}\nRole \"R\" {}",
+         "t.trx:3:1: error: Role R is defined twice."},
     };
     for (const Case& c : cases) {
         DvnfCollectingMessageHandler mh;
@@ -284,6 +292,46 @@ TEST(TrxState, EmptyAndLoadedDataReadAFileAlikeAndOwnWhatItDefines) {
     long before = empty.NumberOfEntities();
     EXPECT_EQ(ds.AttributeData()("Members").NewSetElement().AsEntity().CoreData(), &empty);
     EXPECT_EQ(empty.NumberOfEntities(), before + 1);
+}
+
+// Many definitions (more nodes than one block of the parser's memory holds
+// at a time) whose names and link targets are escaped strings, linked
+// backwards and forwards: every link finds the entity the file defines, in
+// empty and in loaded data alike.
+TEST(TrxState, LargeFilesKeepEscapedNamesAndLinksAcrossDefinitions) {
+    const int n = 600;
+    std::ostringstream text;
+    for (int i = 0; i < n; ++i) {
+        text << "DataStructure \"S\\x41\\t" << i << "\" {\n  Members [\n";
+        for (int m = 0; m < 5; ++m)
+            text << "    DataStructureMember \"M" << m << "\" { Name = \"n\\\"" << m << "\"; Type = 4;"
+                 << " HasSubStructure -> \"S\\x41\\t" << (i + m) % n << "\"; }\n";
+        text << "  ]\n}\n";
+    }
+    DvnfCollectingMessageHandler mh;
+    DvnfTRXData empty(DvnfTRXTypes::_instance, &mh), loaded(DvnfTRXTypes::_instance, &mh);
+    loaded.CreateEntity(S("Category"), S("K"), S("Kept")).State(DvnfObject::StateUnchanged);
+    ASSERT_EQ(DvnTRXFrontend(empty, nullptr).ReadText(text.str(), "t.trx", 2, nullptr, nullptr), DvnTRXGood);
+    ASSERT_EQ(DvnTRXFrontend(loaded, nullptr).ReadText(text.str(), "t.trx", 2, nullptr, nullptr), DvnTRXGood);
+    for (DvnfTRXData* d : {&empty, &loaded}) {
+        EXPECT_EQ(d->GetEntities(S("DataStructure")).size(), static_cast<size_t>(n));  // no skeletons
+        DvnfEntity& s7 = d->GetEntityByName(S("DataStructure"), S("SA\t7"));
+        ASSERT_TRUE(s7.IsValid());
+        DvnfDataSetIterator it = s7.AttributeData()("Members").ElementsOfSet();
+        int m = 0;
+        for (DvnfAttributeDataReader e = it.First(); e.IsValid(); e = it.Next(), ++m) {
+            DvnfEntity& member = e.AsEntity();
+            EXPECT_EQ(member.AttributeData()("Name").AsString().str(), "n\"" + std::to_string(m));
+            EXPECT_EQ(member.FirstLinkOfType(S("HasSubStructure")).Target().Name().str(),
+                      "SA\t" + std::to_string(7 + m));
+        }
+        EXPECT_EQ(m, 5);
+    }
+    std::string fromLoaded = DvnTRXWriter(loaded).Write();
+    std::string kept = "Category \"Kept\" {}\n\n";
+    ASSERT_NE(fromLoaded.find(kept), std::string::npos);
+    fromLoaded.erase(fromLoaded.find(kept), kept.size());
+    EXPECT_EQ(DvnTRXWriter(empty).Write(), fromLoaded);
 }
 
 TEST(TrxState, DefinitionsOverLoadedDataMarkChangesAndReplaceContent) {
