@@ -578,6 +578,19 @@ protected:
     // The mark of a row that a save updates (families without a second
     // pass): 3 for a row marked 0 or 3 in a marking run, else the source mark.
     int MarkForUpdate(int current) const;
+    // The key and mark of a row of a family without a second pass: a new row
+    // gets a fresh key, the source mark and no holder; a row found gets
+    // MarkForUpdate.
+    template <class Set>
+    void StampRow(Set& row, CString Set::*key, bool isNew) const {
+        if (isNew) {
+            row.*key = DvnfObject::CreateOID().c_str();
+            row.m_CHECKED_OUT = m_nSourceMark;
+            row.SetFieldNull(&row.m_CHECKED_OUT_BY);
+        } else {
+            row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
+        }
+    }
     // The mark of a row that a first pass inserts: 9 in a family with a
     // second pass, which then sets the source mark; else the source mark.
     int MarkForInsert(bool withSecondPass) const { return withSecondPass ? MarkFirstPassDone : m_nSourceMark; }

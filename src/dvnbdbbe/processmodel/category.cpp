@@ -44,13 +44,7 @@ int DvnConvCoreDbBe::CategoryInUse(CDatabase& db, DvnfEntity& entity, const CStr
 
 int DvnConvCoreDbBe::ReadCategoryAttributes(CDatabase&, DvnfEntity& entity, DvnCategorySet& row, bool isNew) {
     row.m_NAME = entity.Name().c_str();
-    if (isNew) {
-        row.m_CATID = DvnfObject::CreateOID().c_str();
-        row.m_CHECKED_OUT = m_nSourceMark;
-        row.SetFieldNull(&row.m_CHECKED_OUT_BY);
-    } else {
-        row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
-    }
+    StampRow(row, &DvnCategorySet::m_CATID, isNew);
     DvnfAttributeData attributes = entity.AttributeData();
     SetDescription(row, entity);
     auto documentation = attributes("Documentation");

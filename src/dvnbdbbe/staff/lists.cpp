@@ -112,13 +112,7 @@ int DvnConvCoreDbBe::SaveWorkList(CDatabase& db, DvnfEntity& entity) {
 
 int DvnConvCoreDbBe::ReadListAttributes(CDatabase& db, DvnfEntity& entity, DvnListSet& row, bool isNew) {
     row.m_NAME = entity.Name().c_str();
-    if (isNew) {
-        row.m_LIST_ID = DvnfObject::CreateOID().c_str();
-        row.m_CHECKED_OUT = m_nSourceMark;
-        row.SetFieldNull(&row.m_CHECKED_OUT_BY);
-    } else {
-        row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
-    }
+    StampRow(row, &DvnListSet::m_LIST_ID, isNew);
     DvnfAttributeData attributes = entity.AttributeData();
     const DvnfAttributeDataReader common = attributes("ListCommon");
 

@@ -59,13 +59,7 @@ int DvnConvCoreDbBe::SaveDomain(CDatabase& db, DvnfEntity& entity) { return Save
 
 int DvnConvCoreDbBe::ReadDomainAttributes(CDatabase& db, DvnfEntity& entity, DvnDomainSet& row, bool isNew) {
     row.m_NAME = entity.Name().c_str();
-    if (isNew) {
-        row.m_DOMAIN_ID = DvnfObject::CreateOID().c_str();
-        row.m_CHECKED_OUT = m_nSourceMark;
-        row.SetFieldNull(&row.m_CHECKED_OUT_BY);
-    } else {
-        row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
-    }
+    StampRow(row, &DvnDomainSet::m_DOMAIN_ID, isNew);
     const DvnfAttributeDataReader attributes = static_cast<const DvnfEntity&>(entity).AttributeData();
     const DvnfAttributeDataReader verification = attributes("ExternalVerification");
     row.m_EXT_VERIFICATION = verification.IsDefined() && verification.AsBool(false) ? 1 : 0;

@@ -74,13 +74,7 @@ int DvnConvCoreDbBe::SaveNode(CDatabase& db, DvnfEntity& entity, bool isDefault)
 
 int DvnConvCoreDbBe::ReadNodeAttributes(CDatabase&, DvnfEntity& entity, DvnNodeSet& row, bool isNew) {
     row.m_NAME = entity.Name().c_str();
-    if (isNew) {
-        row.m_NODE_ID = DvnfObject::CreateOID().c_str();
-        row.m_CHECKED_OUT = m_nSourceMark;
-        row.SetFieldNull(&row.m_CHECKED_OUT_BY);
-    } else {
-        row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
-    }
+    StampRow(row, &DvnNodeSet::m_NODE_ID, isNew);
     SetDescription(row, entity);
     SetDocumentation(row, entity);
     const DvnfAttributeDataReader attributes = static_cast<const DvnfEntity&>(entity).AttributeData();

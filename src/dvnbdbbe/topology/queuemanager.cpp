@@ -74,13 +74,7 @@ int DvnConvCoreDbBe::ReadQueueManagerAttributes(CDatabase& db, DvnfEntity& entit
     int level = LevelOk;
     const DvnString name = entity.Name();
     row.m_NAME = name.c_str();
-    if (isNew) {
-        row.m_QUEUE_MANAGER_ID = DvnfObject::CreateOID().c_str();
-        row.m_CHECKED_OUT = m_nSourceMark;
-        row.SetFieldNull(&row.m_CHECKED_OUT_BY);
-    } else {
-        row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
-    }
+    StampRow(row, &DvnQueueManagerSet::m_QUEUE_MANAGER_ID, isNew);
     SetDescription(row, entity);
     SetDocumentation(row, entity);
 

@@ -218,13 +218,7 @@ int DvnConvCoreDbBe::ServerInUse(CDatabase& db, DvnfEntity& entity, const CStrin
 template <class Set>
 void DvnConvCoreDbBe::ReadServerIdentity(DvnfEntity& entity, Set& row, CString Set::*key, bool isNew) {
     row.m_NAME = ServerName(entity.Name()).c_str();
-    if (isNew) {
-        row.*key = DvnfObject::CreateOID().c_str();
-        row.m_CHECKED_OUT = m_nSourceMark;
-        row.SetFieldNull(&row.m_CHECKED_OUT_BY);
-    } else {
-        row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
-    }
+    StampRow(row, key, isNew);
     row.m_SYSTEM = m_serverSystem;
 }
 

@@ -149,13 +149,7 @@ int DvnConvCoreDbBe::ReadSystemAttributes(CDatabase& db, DvnfEntity& entity, Dvn
 
     // 3. Name, key and mark.
     row.m_NAME = name;
-    if (isNew) {
-        row.m_SYSTEM_ID = DvnfObject::CreateOID().c_str();
-        row.m_CHECKED_OUT = m_nSourceMark;
-        row.SetFieldNull(&row.m_CHECKED_OUT_BY);
-    } else {
-        row.m_CHECKED_OUT = MarkForUpdate(row.m_CHECKED_OUT);
-    }
+    StampRow(row, &DvnSystemSet::m_SYSTEM_ID, isNew);
 
     // 4. The group: the link's, else the profile's, else the one there is.
     DvnSystemGroupSet groups(&db);
