@@ -52,15 +52,15 @@ int DvnConvCoreDbIF::LoadCategory(DvnfEntity& category) {
                    [&](DvnConvCoreDbFe& fe) { return fe.CategoryToCore(category); });
 }
 
-// The row of an end (SOURCE or SINK) of that key; found(row) when there is one.
 namespace {
+// The row of an end (SOURCE or SINK) of that key; found(row) when there is one.
 template <class Set, class Found>
 void EndRow(CDatabase& db, const CString& prefix, const char* table, const char* keyColumn, const CString& key,
             Found found) {
     Set rs(&db);
-    rs.Open(CRecordset::snapshot,
-            CString("SELECT * FROM ") + prefix + table + " WHERE [" + keyColumn + "] ='" + key + "'",
-            CRecordset::readOnly);
+    const CString statement =
+        CString("SELECT * FROM ") + prefix + table + " WHERE [" + keyColumn + "] =" + Quoted(DvnString(key.c_str()));
+    rs.Open(CRecordset::snapshot, statement, CRecordset::readOnly);
     if (!rs.IsEOF()) found(rs);
     rs.Close();
 }
