@@ -131,6 +131,17 @@ public:
     // it has a name and no state, otherwise by key; 8 when no live row is found.
     int ProgramToCore(DvnfEntity& program);
 
+    // ---- the server of a program activity (topology/server.cpp)
+    // Fills a program execution server or a user one: a skeleton with a name
+    // and no state by its dotted name (server.system[.group]; a name of one
+    // level is left as it is, with 0), otherwise by key. It takes "Type" 7 or
+    // 8, the columns of its row, and state 3; its name stays. 51184 and 8
+    // when the name finds no live server, 8 when no live row has the key.
+    int PeUnitToCore(DvnfEntity& server);
+    // The key of a system group: by name, or with no name the profile's
+    // "SystemGroup" ("SYS_GRP" when it has none), else the default group.
+    CString SystemGroupKey(DvnString const& name);
+
     // ---- staff (staff/*.cpp): every object (id empty) or the one of that
     // key; a link is made only to a row that exists, and the rows of a
     // relation come in the order of their key. Levels and Persons trace a

@@ -18,45 +18,9 @@
 
 namespace {
 
-void SetFlag(DvnfEntity& entity, unsigned bit) {
-    if (entity.IsValid()) entity.SetFlags(bit);
-}
-
-// The long attributes of one row, found by key: the recordset opened on the
-// filter (a database exception here is 51368 and level 12), 8 with the
-// not-found message when no row has the key, else read(row) and the flag
-// "attributes complete".
-struct AttributeRead {
-    const char* table;
-    const char* keyColumn;
-    long notFound;
-};
-
-template <class Set, class Read>
-int ReadAttributes(CDatabase& db, const CString& prefix, const AttributeRead& what, DvnfEntity& entity,
-                   DvnfMessageHandler& handler, Read read) {
-    Set rs(&db);
-    rs.m_strFilter = CString(what.keyColumn) + " =" + ReturnQuotedString(entity.OID(), "'", "'").c_str();
-    try {
-        rs.Open(CRecordset::snapshot, prefix + what.table, CRecordset::readOnly);
-    } catch (CDBException* e) {
-        handler.Report(51368, DvnString(e->m_strError.c_str()));
-        DVN_TRACE(1, 2, "Exception opening table " << what.table << ": rc =" << e->m_nRetCode << "Error: "
-                                                    << e->m_strError << "State: " << e->m_strStateNativeOrigin);
-        e->Delete();
-        return 12;
-    }
-    if (rs.IsEOF()) {
-        rs.Close();
-        handler.Report(what.notFound, entity.Name());
-        return 8;
-    }
-    rs.MoveFirst();
-    const int level = read(rs);
-    SetFlag(entity, DvnfEntity::FlagAttributesComplete);
-    rs.Close();
-    return level;
-}
+using dvnload::AttributeRead;
+using dvnload::ReadAttributes;
+using dvnload::SetFlag;
 
 const AttributeRead kProcessRow{"PROCESS", "PID", 51700};
 const AttributeRead kActivityRow{"ACTIVITY", "AID", 51701};

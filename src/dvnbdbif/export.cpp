@@ -353,13 +353,7 @@ void DvnConvCoreDbIF::ReadServersByName(DvnConvCoreDbFe& fe, DvnCmdVisitor::Comm
         } else {
             system = DvnSystemSet(&db).GetSystemID(systemLevel.c_str(), prefix, true);
         }
-        CString group;
-        if (groupLevel.IsNull()) {
-            group = DvnSystemGroupSet(&db).GetSysGrpID(ProfileValue("SystemGroup", "SYS_GRP").c_str(), prefix);
-            if (group.IsEmpty()) group = DvnSystemGroupSet(&db).GetDefaultSysGrpID(prefix);
-        } else {
-            group = DvnSystemGroupSet(&db).GetSysGrpID(groupLevel.c_str(), prefix);
-        }
+        const CString group = fe.SystemGroupKey(groupLevel);
         const CString key = kind->table ? DvnServerSet(&db).GetServerID(server, system, prefix, kind->table)
                                         : DvnUPEServerSet(&db).GetUPESID(server, system, prefix);
         if (key.IsEmpty()) {

@@ -1,7 +1,8 @@
 // The frame of every load of a single object through the facade: trace,
 // user, connection from the machine profile, front end with the prefix, one
 // transaction, the work under the four handlers, then the front end gone and
-// the connection closed. Used by lookups.cpp and editor.cpp.
+// the connection closed; and the read of one row by key inside it. Used by
+// lookups.cpp and editor.cpp.
 #pragma once
 
 #include <cstring>
@@ -17,6 +18,51 @@ namespace dvnguard {
 inline Words LoadWords(const char* where) { return For(where, std::strcmp(where, "GetName") == 0 ? "In" : "in"); }
 
 }  // namespace dvnguard
+
+namespace dvnload {
+
+// A completeness flag, on a valid entity only.
+inline void SetFlag(DvnfEntity& entity, unsigned bit) {
+    if (entity.IsValid()) entity.SetFlags(bit);
+}
+
+// The long attributes of one row, found by key: the recordset opened on the
+// filter (a database exception here is 51368 and level 12), 8 with the
+// not-found message when no row has the key, else read(row) and the flag
+// "attributes complete". Used by the editor's loads and the data mapping.
+struct AttributeRead {
+    const char* table;
+    const char* keyColumn;
+    long notFound;
+};
+
+template <class Set, class Read>
+int ReadAttributes(CDatabase& db, const CString& prefix, const AttributeRead& what, DvnfEntity& entity,
+                   DvnfMessageHandler& handler, Read read) {
+    Set rs(&db);
+    rs.m_strFilter = CString(what.keyColumn) + " =" + ReturnQuotedString(entity.OID(), "'", "'").c_str();
+    try {
+        rs.Open(CRecordset::snapshot, prefix + what.table, CRecordset::readOnly);
+    } catch (CDBException* e) {
+        handler.Report(51368, DvnString(e->m_strError.c_str()));
+        DVN_TRACE(1, 2, "Exception opening table " << what.table << ": rc =" << e->m_nRetCode << "Error: "
+                                                    << e->m_strError << "State: " << e->m_strStateNativeOrigin);
+        e->Delete();
+        return 12;
+    }
+    if (rs.IsEOF()) {
+        rs.Close();
+        handler.Report(what.notFound, entity.Name());
+        return 8;
+    }
+    rs.MoveFirst();
+    const int level = read(rs);
+    SetFlag(entity, DvnfEntity::FlagAttributesComplete);
+    rs.Close();
+    return level;
+}
+
+}  // namespace dvnload
 
 // first: traced with the name before the open; second (null: none) with the
 // name after BeginTrans. work(frontEnd) gives the level; after() runs once

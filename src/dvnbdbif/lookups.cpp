@@ -52,24 +52,66 @@ int DvnConvCoreDbIF::LoadCategory(DvnfEntity& category) {
                    [&](DvnConvCoreDbFe& fe) { return fe.CategoryToCore(category); });
 }
 
-// The loads whose reads do not exist yet: the entity stays as it is, and
-// the caller learns why.
+namespace {
+// The row of an end (SOURCE or SINK) of that key; found(row) when there is one.
+template <class Set, class Found>
+void EndRow(CDatabase& db, const CString& prefix, const char* table, const char* keyColumn, const CString& key,
+            Found found) {
+    Set rs(&db);
+    const CString statement =
+        CString("SELECT * FROM ") + prefix + table + " WHERE [" + keyColumn + "] =" + Quoted(DvnString(key.c_str()));
+    rs.Open(CRecordset::snapshot, statement, CRecordset::readOnly);
+    if (!rs.IsEOF()) found(rs);
+    rs.Close();
+}
+}  // namespace
+
+// The mappings of one data connector and the containers at both its ends:
+// an activity's own, or for a source or sink the containers of what holds
+// it, the block activity or the process. An end that the core data does not
+// hold is neither read nor marked.
 int DvnConvCoreDbIF::LoadDataMapping(DvnfEntity& connector) {
     if (connector.IsAttributeDataAttrComplete()) {
         DVN_TRACE(1, 8, "Data mapping for " << connector.Name() << " is already loded");
         return 0;
     }
-    return RunLoad(connector, "Load Data Mapping ", "DataMapping", "LoadDataMapping", [&](DvnConvCoreDbFe&) {
-        Report(51911, DvnString("Data connector"), connector.Name());
-        return 8;
+    return RunLoad(connector, "Load Data Mapping ", "DataMapping", "LoadDataMapping", [&](DvnConvCoreDbFe& fe) {
+        const CString prefix = fe.GetTablePrefix();
+        CDatabase& db = *m_pDatabase;
+        auto activity = [&](const CString& aid) {
+            DvnfEntity& end = m_pData->GetEntityByOID(DvnfString("Activity"), DvnfString(aid.c_str()), false);
+            if (!end.IsValid()) return;
+            fe.ActivityContainers(end.AttributeData(), &end, aid);
+            dvnload::SetFlag(end, DvnfEntity::FlagContainersComplete);
+        };
+        // A source or a sink: its block when it lies inside one, else its process.
+        auto holder = [&](auto& row) {
+            if (!row.IsFieldNull(&row.m_BLOCK_AID) && !row.m_BLOCK_AID.IsEmpty()) return activity(row.m_BLOCK_AID);
+            DvnfEntity& process = m_pData->GetEntityByOID(DvnfString("Process"), DvnfString(row.m_PID.c_str()), false);
+            if (!process.IsValid()) return;
+            fe.ProcessContainers(process.AttributeData(), &process, row.m_PID);
+            dvnload::SetFlag(process, DvnfEntity::FlagContainersComplete);
+        };
+        return dvnload::ReadAttributes<DvnDataConnectorSet>(
+            db, prefix, {"DATA_CONNECTOR", "DCID", 51702}, connector, *m_pData->MessageHandler(),
+            [&](DvnDataConnectorSet& row) {
+                const int level = fe.DataMapping(&connector, CString(connector.OID().c_str()));
+                const CString fromActivity = row.m_FROM_ACTIVITY, toActivity = row.m_TO_ACTIVITY;
+                const CString fromSource = row.m_FROM_SOURCE, toSink = row.m_TO_SINK;
+                if (!fromActivity.IsEmpty()) activity(fromActivity);
+                if (!toActivity.IsEmpty()) activity(toActivity);
+                if (!fromSource.IsEmpty()) EndRow<DvnSourceSet>(db, prefix, "SOURCE", "SOURCE_ID", fromSource, holder);
+                if (!toSink.IsEmpty()) EndRow<DvnSinkSet>(db, prefix, "SINK", "SINK_ID", toSink, holder);
+                return level;
+            });
     });
 }
 
+// A server that a program activity names: by its key, or, a skeleton, by
+// its dotted name (server.system[.group]).
 int DvnConvCoreDbIF::LoadPEUnit(DvnfEntity& server) {
-    return RunLoad(server, "Load program execution unit", "PeUnit", "LoadPeUnit", [&](DvnConvCoreDbFe&) {
-        Report(51911, DvnString("Server"), server.Name());
-        return 8;
-    });
+    return RunLoad(server, "Load program execution unit", "PeUnit", "LoadPeUnit",
+                   [&](DvnConvCoreDbFe& fe) { return fe.PeUnitToCore(server); });
 }
 
 // ------------------------------------------------------------------ lookups

@@ -5,10 +5,10 @@
 // parse of a TRX file and the process cleaner. Each read runs through a
 // facade of its own, and so a connection of its own, always to the data
 // source of the machine profile: it never shares the connection of the
-// operation that it interrupts. Categories, data structures and programs are
-// read, and the inside of a block (ReadBlock, the editor's LoadBlock);
-// processes, activities and servers are not read: their entities stay as
-// they are (servers say so, 51911).
+// operation that it interrupts. Categories, data structures, programs and
+// the servers of program activities are read, and the inside of a block
+// (ReadBlock, the editor's LoadBlock); processes and activities are not
+// read: their entities stay as they are.
 //
 // DvnfExportFrontend is the reader of the deep export: through the front end
 // and the connection of the export, it pulls in what the processes,

@@ -181,3 +181,67 @@ void DvnConvCoreDbFe::UPEServer(DvnUPEServerSet& row, DvnfEntity& server, long) 
     number(row.m_MOD_LEVEL, "Level", 2);
     CopyTexts(row, row.m_DESCRIPTION, row.m_DOCUMENTATION, server.AttributeData());
 }
+
+// ------------------------------------------------------------------ the server of a program activity
+
+CString DvnConvCoreDbFe::SystemGroupKey(DvnString const& name) {
+    DvnSystemGroupSet groups(m_pDatabase);
+    if (!name.IsNull()) return groups.GetSysGrpID(CString(name.c_str()), m_strTablePrefix);
+    DvnString profiled;
+    try {
+        DvnProfile profile;
+        profile.OpenConfig(profile.CurrentConfig(), false);
+        profiled = profile.Find(DvnString("SystemGroup"), false);
+    } catch (const DvnException&) {
+        // No profile: the default name holds.
+    }
+    if (profiled.IsEmpty()) profiled = DvnString("SYS_GRP");
+    const CString key = groups.GetSysGrpID(CString(profiled.c_str()), m_strTablePrefix);
+    return key.IsEmpty() ? groups.GetDefaultSysGrpID(m_strTablePrefix) : key;
+}
+
+int DvnConvCoreDbFe::PeUnitToCore(DvnfEntity& server) {
+    try {
+        CString key(server.OID().c_str());
+        const DvnString name = server.Name();
+        const bool byName = server.State() == DvnfObject::StateNone && !name.str().empty();
+        if (byName) {
+            DvnString::Tokenizer levels(name, '.', true, true);
+            const CString serverName = levels.Next().c_str();
+            if (levels.Empty()) return LevelOk;
+            const CString system = DvnSystemSet(m_pDatabase).GetSystemID(levels.Next().c_str(), m_strTablePrefix, true);
+            const CString group = SystemGroupKey(levels.Empty() ? DvnString() : levels.Next());
+            key = CString();
+            if (!system.IsEmpty() && !group.IsEmpty()) {
+                key = DvnPEServerSet(m_pDatabase).GetPESID(serverName, system, m_strTablePrefix);
+                if (key.IsEmpty()) key = DvnUPEServerSet(m_pDatabase).GetUPESID(serverName, system, m_strTablePrefix);
+            }
+            if (key.IsEmpty()) {
+                Report(51184, name);
+                return LevelError;
+            }
+        }
+        // The row's columns on the entity as it is: its name is the one the
+        // activity's link holds.
+        auto fill = [&](auto& row, long type, auto columns) {
+            if (!server.IsValid()) return;
+            server.AttributeData()("Type") = type;
+            (this->*columns)(row, server, type);
+            server.State(DvnfObject::StateUnchanged);
+        };
+        DvnPEServerSet pes(m_pDatabase);
+        if (ReadRows(pes, SelectLive("PE_SERVER", "SERVER_ID", Literal(DvnString(key.c_str()))),
+                     [&](DvnPEServerSet& row) { fill(row, 7, &DvnConvCoreDbFe::PEServerColumns); }) > 0)
+            return LevelOk;
+        DvnUPEServerSet upes(m_pDatabase);
+        const long found = ReadRows(upes, SelectLive("USER_PE_SERVER", "SERVER_ID", Literal(DvnString(key.c_str()))),
+                                    [&](DvnUPEServerSet& row) { fill(row, 8, &DvnConvCoreDbFe::UPEServerColumns); });
+        if (found > 0) return LevelOk;
+        // A name whose server is only a tombstone names no server either.
+        if (byName) Report(51184, name);
+        return LevelError;
+    } catch (CDBException* e) {
+        TraceDbException("Exception In PeUnitToCore: rc =", e);
+        return LevelError;
+    }
+}
