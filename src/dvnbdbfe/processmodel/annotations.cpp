@@ -11,7 +11,8 @@ using namespace processload;
 namespace {
 
 struct Annotation {
-    std::string name, text;
+    std::string name;
+    std::optional<std::string> text;  // NULL: no "Text"
     std::optional<long> textColor, backColor;
     std::optional<std::string> font;
     std::optional<long> fontSize, fontStyle;
@@ -33,7 +34,7 @@ void DvnConvCoreDbFe::GetTextAnnotation(CString const& pid, CString const& block
              CString("SELECT * FROM ") + Table("TEXT_ANNOTATION") + " WHERE [PID] =" + Literal(DvnString(pid.c_str())) +
                  InBlock("[INSIDE_BLOCK]", blockId),
              [&](DvnTextAnnotationSet& row) {
-                 annotations.push_back({row.m_NAME.str(), row.m_ANNOTATION_TEXT.str(), Value(row, row.m_TEXT_COLOR),
+                 annotations.push_back({row.m_NAME.str(), Value(row, row.m_ANNOTATION_TEXT), Value(row, row.m_TEXT_COLOR),
                                         Value(row, row.m_BACK_COLOR), Value(row, row.m_TEXT_FONT),
                                         Value(row, row.m_TEXT_FONT_SIZ), Value(row, row.m_TEXT_FONT_STYLE),
                                         row.m_TEXT_FONT_DESC.str(), Value(row, row.m_XPOS), Value(row, row.m_YPOS),
@@ -46,7 +47,7 @@ void DvnConvCoreDbFe::GetTextAnnotation(CString const& pid, CString const& block
         DvnfEntity& annotation = m_pCoreData->CreateTextAnnotation(diagram, DvnfString(a.name));
         TakeParentState(annotation, *parent);
         DvnfAttributeData attributes = annotation.AttributeData();
-        attributes("Text") = a.text.c_str();
+        if (a.text) attributes("Text") = a.text->c_str();
         if (a.textColor) GetColor(*a.textColor, attributes("Color"));
         if (a.backColor) GetColor(*a.backColor, attributes("BackgroundColor"));
         // The store keeps no font without a name.

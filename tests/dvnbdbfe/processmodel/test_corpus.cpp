@@ -52,10 +52,7 @@ protected:
         RoundTripTest::SetUp();
         DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
         DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
-        Store(ReadData("definitions.trx"));
-        // No store writes servers yet: the program activities' server is a row.
-        AddServer(Db(), "PE_SERVER", "PES-KEY-1", "PES1",
-                  QueryValue(Db(), "SELECT SYSTEM_ID FROM DVBT.SYSTEM WHERE NAME = 'DVNSYS'"));
+        Store(ReadData("definitions.trx"));  // with the server the program activities run on
     }
     void TearDown() override {
         DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
