@@ -17,6 +17,12 @@
 // each, the same way, with their three loads:
 //   node+qm+agent <database> <run> 1x=<us> 10x=<us> growth=<10x / 1x>
 //
+// Then N systems with six servers each (execution, gateway, modelling,
+// distribution, program execution, user defined program execution): import,
+// re-import, the load of all servers, and the deletion of every system with
+// the servers that may go with it:
+//   system+servers <database> <run> 1x=<us> 10x=<us> growth=<10x / 1x>
+//
 // usage: bench_topology [N] (default 1000)
 #include <cstdio>
 #include <cstdlib>
@@ -68,6 +74,38 @@ std::string WriteNodes(int n) {
             << "\"; PEADefault { TaskingMode = 1; MaximumTasksStarted = 5; SupportMode = 1; } }\n";
     }
     return path;
+}
+
+// N systems, each with an execution, a gateway, a modelling, a distribution,
+// a program execution and a user defined program execution server.
+const char* const kServers[][2] = {{"EX", "3"}, {"GW", "4"}, {"MO", "5"}, {"DI", "2"}, {"PES", "7"}, {"UPES", "8"}};
+
+std::string WriteServers(int n) {
+    const std::string path = bench::TempFile("bench_topology_servers", n, ".trx");
+    std::ofstream out(path);
+    out << "Domain \"domain\" {}\nSystemGroup \"SYS_GRP\" { GroupIsInDomain -> \"domain\"; }\n";
+    for (int i = 0; i < n; ++i) {
+        const std::string system = Numbered("S", i);
+        out << "System \"" << system << "\" { SystemIdentifier = " << i + 1
+            << "; SystemIsInSystemGroup -> \"SYS_GRP\"; }\n";
+        for (const auto& server : kServers)
+            out << "Server \"" << server[0] << "." << system << ".SYS_GRP\" { Type = " << server[1]
+                << "; ServerIsInSystem -> \"" << system << "\"; Description = \"server " << i << "\"; }\n";
+    }
+    return path;
+}
+
+// The deletion of every system with the servers that may go with it (the
+// gateway, modelling and distribution servers are never deleted).
+std::string DeleteServers(int n) {
+    std::string text;
+    for (int i = 0; i < n; ++i) {
+        const std::string system = Numbered("S", i);
+        for (const char* server : {"EX", "PES", "UPES"})
+            text += "delete Server \"" + std::string(server) + "." + system + ".SYS_GRP\";\n";
+        text += "delete System \"" + system + "\";\n";
+    }
+    return text;
 }
 
 // The persons of the agents, as rows, in one transaction.
@@ -122,5 +160,25 @@ int main(int argc, char** argv) {
                                   [count](CDatabase& db) { InsertPersons(db, count); });
     });
     triples.Print("node+qm+agent");
-    return status != 0 ? status : nodeStatus;
+
+    // Systems with six servers each: a unit is a system and its servers
+    // (seven objects, seven transactions); last, every system deleted with
+    // its execution and program execution servers.
+    std::printf("\nsystems of six servers each, at %d and at %d\n", std::max(1, n / 10), n);
+    bench::PrintHeader("systems");
+    bench::Growth servers;
+    const int serverStatus = bench::ForTwoSizes("bench_topology_servers", n, WriteServers,
+                                                [&](const char* backend, const std::string& ds,
+                                                    const std::string& path, int count) {
+        const std::vector<const char*> kinds = {"EXECUTION_SERVER", "GATEWAY_SERVER", "MODELLING_SERVER",
+                                                "DISTRIBUTION_SRV", "PE_SERVER",      "USER_PE_SERVER"};
+        std::vector<const char*> tables = kinds;
+        tables.push_back("SYSTEM");
+        const auto all = static_cast<void (DvnConvCoreDbFe::*)(const DvnString&)>(&DvnConvCoreDbFe::Servers);
+        const bench::Workload work{7L * count, tables, {{"Servers", all, "Server", kinds}}, DeleteServers(count)};
+        bench::ImportTwiceAndLoad(backend, ds, path, count, work, servers);
+    });
+    servers.Print("system+servers");
+    if (status != 0) return status;
+    return nodeStatus != 0 ? nodeStatus : serverStatus;
 }

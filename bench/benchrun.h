@@ -132,6 +132,9 @@ struct Workload {
     long objects;
     std::vector<const char*> tables;
     std::vector<Load> loads;
+    // When not empty: the text of a file imported last, after the loads,
+    // that deletes what the first file made (run "delete").
+    std::string deletion = {};
 };
 
 inline void PrintHeader(const char* unit) {
@@ -186,6 +189,21 @@ inline void ImportTwiceAndLoad(const char* backend, const std::string& dataSourc
         RawInsert(db, static_cast<int>(rows), false, false);
         const double raw = Seconds([&] { RawLookup(db, static_cast<int>(rows)); });
         line(std::string("load ") + load.name, objects, rows, seconds, cpu, raw, "");
+    }
+    if (!work.deletion.empty()) {
+        const std::string deletePath = path + ".delete.trx";
+        std::ofstream(deletePath) << work.deletion;
+        const long before = CountRows(db, work.tables);
+        int level = 0;
+        const std::clock_t start = std::clock();
+        const double seconds = ImportQuietly(deletePath, dataSource, level);
+        const double cpu = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+        std::filesystem::remove(deletePath);
+        const long rows = before - CountRows(db, work.tables);
+        ResetRawTable(db);
+        const int perTransaction = static_cast<int>(std::max(1L, rows / std::max(1L, work.objects)));
+        const double raw = Seconds([&] { RawInsertInBatches(db, static_cast<int>(rows), perTransaction, true); });
+        line("delete", n, rows, seconds, cpu, raw, "level " + std::to_string(level));
     }
 }
 
