@@ -429,12 +429,9 @@ protected:
     // "DELETE FROM" the table "WHERE" where: 0, or 8 after reporting.
     int DeleteRows(CDatabase& db, const char* table, const CString& where);
 
-    // A kind of part of a process that the store does not write yet: 51900
-    // (process name, kind) once per process and kind, level 8.
     // Removes the processes a broken import left under their temporary
     // name ("TEMP" + key); 0, or 8 after reporting the failure.
     int RemoveStrandedProcesses(CDatabase& db);
-    int PartNotStoredYet(DvnfEntity& process, const char* kind);
     // The key of a structure that a link names, "Default Data Structure"
     // (with the container attribute reset and 51102) when it is not found.
     // An activity stores the target's key when even that is not found; a
@@ -462,7 +459,6 @@ protected:
     CString ServerKey(CDatabase& db, const CString& text, const DvnString& activity);
     // The second pass of a bundle's pattern activity.
     int SavePatternActivity2(CDatabase& db, DvnfEntity& bundle, DvnfEntity& process, const CString& aid);
-    std::set<std::string> m_notStoredParts;  // kinds reported for the process being saved
     DvnString m_savingProcess;                // its own name (the entity may carry "TEMP...")
 public:
 
@@ -501,10 +497,6 @@ protected:
     // The second pass: each valid entity with a state above 1, in a
     // transaction, without a further test of the right.
     int SecondPassLoop(CDatabase& db, const char* typeName, const std::function<int(DvnfEntity&)>& save2);
-
-    // A kind whose store is not there yet: reports 51900 (name, kind) and
-    // gives 8, so that nothing of the file is lost in silence.
-    int NotStoredYet(DvnfEntity& entity, const char* kind);
 
     // ---- families of one row each (familystore.h)
     // What a family states: table, key, messages, texts and its own steps.

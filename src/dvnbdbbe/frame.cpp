@@ -42,12 +42,6 @@ int DvnConvCoreDbBe::ReportDbException(CDBException* e, const char* action, cons
     return LevelError;
 }
 
-int DvnConvCoreDbBe::NotStoredYet(DvnfEntity& entity, const char* kind) {
-    Report(51900, entity.Name(), DvnString(kind));
-    DVN_TRACE(1, 2, kind << " " << entity.Name() << " cannot be stored yet");
-    return LevelError;
-}
-
 int DvnConvCoreDbBe::StoreIcon(CRecordset& row, CString& member, const DvnfAttributeDataReader& icon) {
     if (!icon.IsDefined()) return LevelOk;
     const DvnString text = icon.AsString("");

@@ -220,7 +220,6 @@ TEST_P(DvnbtRoundTrip, TheExampleOrderModelGoesRoundUnchanged) {
     // 3: its process activity names a process the file does not define.
     CliResult r = RunDvnbt({"--db", file, "import", "--initial-load", std::string(DVN_SOURCE_DIR) + "/examples/order.trx"});
     EXPECT_EQ(r.status, 3) << r.err;
-    EXPECT_EQ(r.err.find("51900"), std::string::npos) << r.err;
     const CliResult first = RunDvnbt({"--db", file, "export"}, admin);
     ASSERT_EQ(first.status, 0) << first.err;
     for (const char* kind : {"Node: 1\n", "QueueManager: 1\n", "Server: 1\n", "PEAgent: 1\n", "Process: 1\n"})

@@ -45,15 +45,6 @@ int DvnConvCoreDbBe::RemoveStrandedProcesses(CDatabase& db) {
     return level;
 }
 
-int DvnConvCoreDbBe::PartNotStoredYet(DvnfEntity& process, const char* kind) {
-    if (m_notStoredParts.insert(kind).second) {
-        const DvnString name = m_savingProcess.IsEmpty() ? DvnString(process.Name()) : m_savingProcess;
-        Report(51900, name, DvnString(kind));
-        DVN_TRACE(1, 2, kind << " " << name << " cannot be stored yet");
-    }
-    return LevelError;
-}
-
 int DvnConvCoreDbBe::SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdentifier) {
     const bool import = !byIdentifier;
     // In an import a process in state 3 is one the file only calls, filled
@@ -68,7 +59,6 @@ int DvnConvCoreDbBe::SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdent
     bool replaced = false;
     int level = LevelOk;
     int sub = LevelOk;
-    m_notStoredParts.clear();
     m_savingProcess = name;
 
     // 1. Progress.
