@@ -151,7 +151,7 @@ public:
     void Roles(DvnString const& id);
     void Orgs(DvnString const& id);
 
-    // ---- processes (processmodel/process.cpp, activities.cpp, flow.cpp,
+    // ---- processes (processmodel/process.cpp, activity.cpp, flow.cpp,
     // annotations.cpp). Every process (pid empty) or the one of that key,
     // whole, each under a lock of its own that is released after its load.
     void Processes(DvnString const& pid);
