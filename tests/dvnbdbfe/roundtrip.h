@@ -19,15 +19,16 @@ protected:
         DvnBTAuthorization::DestroyInstance();
         RepositoryTest::TearDown();
     }
-    // Imports the text as an initial load, overwriting; the level.
-    int Import(const std::string& text, bool sourceOption = true) {
+    // Imports the file as an initial load, overwriting; the level.
+    int ImportFile(const std::string& path, bool sourceOption = true) {
         DvnConvCoreDbIF facade;
         testing::internal::CaptureStdout();
-        const int level = facade.ImportTRX(DvnString(m_files.Write(text)), DvnString(DataSource()), true,
-                                           sourceOption, true);
+        const int level = facade.ImportTRX(DvnString(path), DvnString(DataSource()), true, sourceOption, true);
         testing::internal::GetCapturedStdout();
         return level;
     }
+    // The same for a text.
+    int Import(const std::string& text, bool sourceOption = true) { return ImportFile(m_files.Write(text), sourceOption); }
     // The text as the writer writes what the parser made of it.
     static std::string Canonical(const std::string& text) {
         DvnfCollectingMessageHandler handler;

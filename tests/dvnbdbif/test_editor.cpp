@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "backendrun.h"
+#include "facadetest.h"
 #include "dvnbauth.h"
 #include "dvnbdbif.h"
 #include "dvnbdbrd.h"
@@ -24,22 +24,8 @@ public:
     bool ConnectionOpen() const { return m_pDatabase->IsOpen(); }
 };
 
-class Editor : public RepositoryTest {
+class Editor : public FacadeTest {
 protected:
-    void SetUp() override {
-        RepositoryTest::SetUp();
-        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
-    }
-    void TearDown() override {
-        DvnBTAuthorization::DestroyInstance();
-        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
-        RepositoryTest::TearDown();
-    }
-    Lines Messages() {
-        Lines lines = MessageLines(handler);
-        handler.Clear();
-        return lines;
-    }
     // The text parsed into the editor's core data, as a file gives it.
     void Parse(const std::string& text) {
         std::string error;
@@ -53,8 +39,6 @@ protected:
         const size_t words = out.find("Finished with");
         return {level, words == std::string::npos ? std::string() : out.substr(words)};
     }
-    DvnfCollectingMessageHandler handler;
-    DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
 };
 
 // A process entity in the core data as a load leaves it: state 3, with a

@@ -5,7 +5,7 @@
 
 #include <sstream>
 
-#include "backendrun.h"
+#include "facadetest.h"
 #include "dvnbauth.h"
 #include "dvnbdbfe.h"
 #include "dvnbdbif.h"
@@ -18,17 +18,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class Export : public RepositoryTest {
+class Export : public FacadeTest {
 protected:
-    void SetUp() override {
-        RepositoryTest::SetUp();
-        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
-    }
-    void TearDown() override {
-        DvnBTAuthorization::DestroyInstance();
-        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
-        RepositoryTest::TearDown();
-    }
     static void AllRights() { DvnBTAuthorization::GetInstance()->GrantDefinitionRights(); }
     DvnString Source() const { return DvnString(DataSource()); }
     // Two structures, Order holding an Address; the key of each.
@@ -48,13 +39,6 @@ protected:
                 names.push_back(name.str() + "|" + std::to_string(object->State()));
         return names;
     }
-    Lines Messages() {
-        Lines lines = MessageLines(handler);
-        handler.Clear();
-        return lines;
-    }
-    DvnfCollectingMessageHandler handler;
-    DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
 };
 
 TEST_P(Export, WithoutRightsEverySectionIsRefusedAndNothingIsRead) {

@@ -3,36 +3,12 @@
 // person, and the agent's maxima only with their mode.
 #include <gtest/gtest.h>
 
-#include "dvnbauth.h"
-#include "dvnbdbif.h"
-#include "dvnfffdn.h"
 #include "../loadrun.h"
-#include "testenv.h"
+#include "../roundtrip.h"
 
 namespace {
 
-class NodesLoad : public RepositoryTest {
-protected:
-    void TearDown() override {
-        DvnBTAuthorization::DestroyInstance();
-        RepositoryTest::TearDown();
-    }
-    int ImportFile(const std::string& file) {
-        DvnConvCoreDbIF facade;
-        testing::internal::CaptureStdout();
-        const int level = facade.ImportTRX(DvnString(file), DvnString(DataSource()), true, true, true);
-        testing::internal::GetCapturedStdout();
-        return level;
-    }
-    static std::string Canonical(const std::string& text) {
-        DvnfCollectingMessageHandler handler;
-        DvnfTRXData data(DvnfTRXTypes::_instance, &handler);
-        std::string error;
-        EXPECT_EQ(DvnTRXFrontend(data, nullptr).ReadText(text, "expected", 0, nullptr, &error), 0) << error;
-        return DvnTRXWriter(data).Write();
-    }
-    TrxFiles m_files;
-};
+class NodesLoad : public RoundTripTest {};
 
 TEST_P(NodesLoad, TheExampleComesBackButForTheDocumentedDifferences) {
     // The level of the whole import is not this test's: the example holds

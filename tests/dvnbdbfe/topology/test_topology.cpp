@@ -2,36 +2,12 @@
 // level gets its own columns only, by the readings undone.
 #include <gtest/gtest.h>
 
-#include "dvnbauth.h"
-#include "dvnbdbif.h"
-#include "dvnfffdn.h"
 #include "../loadrun.h"
-#include "testenv.h"
+#include "../roundtrip.h"
 
 namespace {
 
-class TopologyLoad : public RepositoryTest {
-protected:
-    void TearDown() override {
-        DvnBTAuthorization::DestroyInstance();
-        RepositoryTest::TearDown();
-    }
-    int Import(const std::string& text) {
-        DvnConvCoreDbIF facade;
-        testing::internal::CaptureStdout();
-        const int level = facade.ImportTRX(DvnString(m_files.Write(text)), DvnString(DataSource()), true, true, true);
-        testing::internal::GetCapturedStdout();
-        return level;
-    }
-    static std::string Canonical(const std::string& text) {
-        DvnfCollectingMessageHandler handler;
-        DvnfTRXData data(DvnfTRXTypes::_instance, &handler);
-        std::string error;
-        EXPECT_EQ(DvnTRXFrontend(data, nullptr).ReadText(text, "expected", 0, nullptr, &error), 0) << error;
-        return DvnTRXWriter(data).Write();
-    }
-    TrxFiles m_files;
-};
+class TopologyLoad : public RoundTripTest {};
 
 const char* const kGroupAndSystem = R"(
 SystemGroup "SYS_GRP" { GroupIsInDomain -> "domain"; AuditQueueName = "AQ";

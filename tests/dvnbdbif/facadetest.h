@@ -1,0 +1,37 @@
+// A repository that the machine profile's data source names, as the
+// facade's operations open it, with core data and the messages reported
+// into it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "backendrun.h"
+#include "dvnbauth.h"
+#include "dvnbdbif.h"
+#include "repositorydb.h"
+#include "testenv.h"
+
+class FacadeTest : public RepositoryTest {
+protected:
+    using Lines = std::vector<std::string>;
+    void SetUp() override {
+        RepositoryTest::SetUp();
+        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
+    }
+    void TearDown() override {
+        DvnBTAuthorization::DestroyInstance();
+        DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
+        RepositoryTest::TearDown();
+    }
+    // The messages reported since the last call.
+    Lines Messages() {
+        Lines lines = MessageLines(handler);
+        handler.Clear();
+        return lines;
+    }
+    DvnfCollectingMessageHandler handler;
+    DvnfTRXData data{DvnfTRXTypes::_instance, &handler};
+};
