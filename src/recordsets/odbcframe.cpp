@@ -489,8 +489,10 @@ void CDatabase::LeaveManualCommit() {
 void CDatabase::BeginAsWriter() {
     try {
         // Prepared once per connection: it runs before every object. The
-        // use keeps a pointer into the text, which must outlive it.
-        const std::string probe = "DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1";
+        // use keeps a pointer into the text, which must outlive it. The
+        // leading WITH keeps it compiled in the driver (see Update).
+        const std::string probe =
+            "WITH KEPT AS (SELECT 1) DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1";
         StatementUse use(*this, probe);
         DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
     } catch (CDBException*) {
@@ -508,8 +510,8 @@ void CDatabase::BeginAsWriter() {
 // there is none (an empty file, an in-memory database). Looked up once.
 const std::string& CDatabase::WriterProbeTable() {
     if (!m_strWriterProbe.empty()) return m_strWriterProbe;
-    // A table without triggers: the driver compiles the delete again at each
-    // transaction, and with it every trigger of its table (the cascades of
+    // A table without triggers: were the delete compiled again, every
+    // trigger of its table would be compiled with it (the cascades of
     // ACTIVITY cost more than the object's own statements).
     const char* sql =
         "SELECT name FROM DVBT.sqlite_master WHERE type = 'table' AND name NOT IN "
@@ -975,7 +977,11 @@ bool CRecordset::Update() {
     }
     const CDatabase::RowLocator& loc = db.Locator();
     if (mode == Impl::Adding) {
-        sql = "INSERT INTO " + m.table + " (";
+        // SQLite's driver compiles an INSERT anew at every execution, but
+        // keeps a statement that begins like a query compiled: the unused
+        // common table expression makes the insert such a statement. An
+        // insert needs no row count (the driver reports 0 for it there).
+        sql = (db.IsSQLite() ? "WITH KEPT AS (SELECT 1) INSERT INTO " : "INSERT INTO ") + m.table + " (";
         std::string values;
         for (size_t k = 0; k < changed.size(); ++k) {
             sql += (k ? ", [" : "[") + m.fields[changed[k]].name + "]";
