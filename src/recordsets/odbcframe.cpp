@@ -402,6 +402,7 @@ void CDatabase::AttachOwnFileAsDvbt() {
 void CDatabase::FreeStatements() {
     for (auto& [sql, h] : m_statements) DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeHandle, SQL_HANDLE_STMT, h);
     m_statements.clear();
+    m_translated.clear();  // the next connection may quote otherwise
     if (m_hstmtDirect != SQL_NULL_HSTMT)
         DVN_ODBC(Cleanup, SQL_HANDLE_STMT, m_hstmtDirect, SQLFreeHandle, SQL_HANDLE_STMT, m_hstmtDirect);
     m_hstmtDirect = SQL_NULL_HSTMT;
@@ -645,6 +646,13 @@ std::string CDatabase::TranslateBrackets(const std::string& sql) const {
         i = close + 1;
     }
     return out;
+}
+
+const std::string& CDatabase::TranslateBracketsOnce(const std::string& sql) {
+    auto it = m_translated.find(sql);
+    if (it != m_translated.end()) return it->second;
+    if (m_translated.size() >= 256) m_translated.clear();
+    return m_translated.emplace(sql, TranslateBrackets(sql)).first->second;
 }
 
 // ============================================================ field exchange
@@ -997,10 +1005,9 @@ bool CRecordset::Update() {
         p.text = m.rows[m.current].locator;
         p.isText = true;
     }
-    sql = db.TranslateBrackets(sql);
     std::string newLocator;
     {
-        StatementUse use(db, sql);
+        StatementUse use(db, db.TranslateBracketsOnce(sql));
         BindParams(use.h, params);
         DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
         if (mode == Impl::Editing) {

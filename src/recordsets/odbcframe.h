@@ -95,6 +95,9 @@ public:
     // Rewrites every "[name]" of a statement into a quoted identifier;
     // text inside string literals and quoted identifiers is left alone.
     std::string TranslateBrackets(const std::string& sql) const;
+    // The same, kept for statements that are built again and again (the
+    // inserts and updates of the recordsets): valid until the next call.
+    const std::string& TranslateBracketsOnce(const std::string& sql);
     bool IsSQLite() const { return m_strDbms == "SQLite"; }
 
     // How the recordsets name one row exactly: a select expression and a
@@ -137,6 +140,7 @@ protected:
     int m_nIdentifierCase = SQL_IC_SENSITIVE;
     RowLocator m_locator;
     std::unordered_map<std::string, SQLHSTMT> m_statements;
+    std::unordered_map<std::string, std::string> m_translated;  // TranslateBracketsOnce
     SQLHSTMT m_hstmtDirect = SQL_NULL_HSTMT;
     std::string m_strWriterProbe;  // SQLite: a table of DVBT that BeginTrans writes nothing to
 };
