@@ -34,6 +34,7 @@ struct TypeVocabulary {
     std::vector<std::pair<std::string, std::string>> links;  // link, target type
     Node tree;     // every path that is not also the prefix of another one
     Node variant;  // the others: a path that is a value in one reading and a group in another
+    bool inner = false;  // held by an attribute of another type, never at the top level
 };
 
 void Insert(Node& root, const std::string& path, const std::string& kind, const std::string& type) {
@@ -73,6 +74,7 @@ std::map<std::string, TypeVocabulary> ReadVocabulary() {
         for (const auto& w : typeLines) {
             if (w[0] == "link") tv.links.emplace_back(w[1], w[2]);
             else Insert(prefixes.count(w[0]) ? tv.variant : tv.tree, w[0], w[1], w[2]);
+            if (w[0] != "link" && !w[2].empty()) v[w[2]].inner = true;
         }
     }
     return v;
@@ -85,17 +87,14 @@ std::string NameFor(const std::string& type) { return type == "Source" || type =
 
 class VocabularyText {
 public:
-    explicit VocabularyText(const std::map<std::string, TypeVocabulary>& v) : _v(v) {
-        for (const auto& [type, tv] : _v)
-            for (const auto& [name, kid] : tv.tree.kids) CollectInner(kid);
-    }
+    explicit VocabularyText(const std::map<std::string, TypeVocabulary>& v) : _v(v) {}
     std::set<std::string> reached;  // the types the text holds an entity of
 
     // Entity "A" of every top-level type, and "B" with the paths that take a second reading.
     std::string Text() {
         std::ostringstream o;
         for (const auto& [type, tv] : _v) {
-            if (_inner.count(type)) continue;
+            if (tv.inner) continue;
             reached.insert(type);
             o << type << " \"A\" {\n";
             Body(o, type, tv.tree, true, true, "");
@@ -109,11 +108,6 @@ public:
     }
 
 private:
-    void CollectInner(const Node& n) {
-        if (!n.type.empty()) _inner.insert(n.type);
-        for (const auto& [name, kid] : n.kids) CollectInner(kid);
-    }
-
     void Entity(std::ostringstream& o, const std::string& type) {
         reached.insert(type);
         Body(o, type, _v.at(type).tree, false, true, "");
@@ -156,7 +150,6 @@ private:
     }
 
     const std::map<std::string, TypeVocabulary>& _v;
-    std::set<std::string> _inner;
 };
 
 // The lines of a text without their indentation, sorted; blank lines left out.
