@@ -1,7 +1,6 @@
-// The TRX language: the example file and data built as a load builds it read
-// back, error positions, files with errors change nothing, warnings, the
-// reader for objects a file only names, definitions over loaded data, the
-// corpus of the fuzzer.
+// The TRX language: round trips, error positions (a file with errors changes
+// nothing), warnings, the reader for what a file only names, definitions over
+// loaded data, the fuzzer's corpus.
 #include "dvnfffdn.h"
 #include "parsed.h"
 
@@ -10,17 +9,16 @@
 #include <climits>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace {
 
 DvnfString S(const char* s) { return DvnfString(s); }
 
-std::string ReadAll(const std::string& path) {
+std::string ReadAll(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 TEST(TrxRoundTrip, ExampleFileArrivesInTheCoreModelAndWritesToAFixedPoint) {
@@ -47,8 +45,7 @@ TEST(TrxRoundTrip, ExampleFileArrivesInTheCoreModelAndWritesToAFixedPoint) {
               &block("Activities").ElementsOfSet().Next().AsEntity());
 
     // Written with keys, it reads back to the same text and the same keys.
-    DvnTRXWriter::Options withKeys;
-    withKeys.withOIDs = true;
+    const DvnTRXWriter::Options withKeys{.withOIDs = true};
     std::string keyed = DvnTRXWriter(d, withKeys).Write();
     Parsed k(keyed);
     ASSERT_EQ(k.rc, DvnTRXGood) << k.error;
@@ -150,26 +147,25 @@ TEST(TrxErrors, NameFileLineAndColumnAndChangeNothing) {
          "t.trx:3:1: error: Role R is defined twice."},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
         DvnfCollectingMessageHandler mh;
         DvnfTRXData d(DvnfTRXTypes::_instance, &mh);
         DvnfEntity& before = d.CreateEntity(S("Category"), S("K"), S("Kept"));
         before.AttributeData()("Description") = "old";
         before.State(DvnfObject::StateUnchanged);
-        std::string text0 = DvnTRXWriter(d).Write();
-        long count0 = d.NumberOfEntities();
+        const std::string text0 = DvnTRXWriter(d).Write();
         std::string err;
-        EXPECT_EQ(DvnTRXFrontend(d, nullptr).ReadText(c.text, "t.trx", 2, nullptr, &err), DvnTRXFailed) << c.text;
-        EXPECT_EQ(err, c.error) << c.text;
-        EXPECT_EQ(d.NumberOfEntities(), count0) << c.text;
-        EXPECT_EQ(DvnTRXWriter(d).Write(), text0) << c.text;
+        EXPECT_EQ(DvnTRXFrontend(d, nullptr).ReadText(c.text, "t.trx", 2, nullptr, &err), DvnTRXFailed);
+        EXPECT_EQ(err, c.error);
+        EXPECT_EQ(d.NumberOfEntities(), 1);
+        EXPECT_EQ(DvnTRXWriter(d).Write(), text0);
         EXPECT_EQ(before.State(), DvnfObject::StateUnchanged);
         EXPECT_EQ(mh.Count(DvnTRXMsgNotCommitted), 1u);
     }
     // Deep nesting is refused rather than crashing.
     std::string deep = "Process \"P\" {";
     for (int i = 0; i < 5000; ++i) deep += " A {";
-    deep += std::string(5001, '}');
-    Parsed p(deep);
+    Parsed p(deep + std::string(5001, '}'));
     EXPECT_EQ(p.rc, DvnTRXFailed);
     EXPECT_NE(p.error.find("nesting too deep"), std::string::npos);
 
@@ -185,11 +181,10 @@ TEST(TrxEncoding, UTF8TextIsKeptByteForByteAfterAnOptionalByteOrderMark) {
     // string (a character like any other there), and escaped bytes that make
     // a character together.
     const std::string name = "Caf\xC3\xA9 \xE2\x9C\x93 \xF0\x9F\x98\x80";
-    const std::string text = "\xC2\x80 \xDF\xBF \xE0\xA0\x80 \xED\x9F\xBF \xEE\x80\x80 \xEF\xBB\xBF "
-                             "\xF0\x90\x80\x80 \xF4\x8F\xBF\xBF \xC3\xA9";
-    const std::string file = "\xEF\xBB\xBF# \xC3\xBC" "ber\nCategory \"" + name +
-                             "\" {\n  Description = \"\xC2\x80 \xDF\xBF \xE0\xA0\x80 \xED\x9F\xBF \xEE\x80\x80 "
-                             "\xEF\xBB\xBF \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF \\xC3\\xA9\";\n}\n";
+    const std::string chars = "\xC2\x80 \xDF\xBF \xE0\xA0\x80 \xED\x9F\xBF \xEE\x80\x80 \xEF\xBB\xBF "
+                              "\xF0\x90\x80\x80 \xF4\x8F\xBF\xBF ", text = chars + "\xC3\xA9";
+    const std::string file = "\xEF\xBB\xBF# \xC3\xBC" "ber\nCategory \"" + name + "\" {\n  Description = \"" +
+                             chars + "\\xC3\\xA9\";\n}\n";
     Parsed p(file);
     ASSERT_EQ(p.rc, DvnTRXGood) << p.error;
     DvnfEntity& c = p.data.GetEntityByName(S("Category"), DvnfString(name));
@@ -267,40 +262,16 @@ TEST(TrxReader, IsAskedForWhatTheFileOnlyNames) {
     EXPECT_EQ(none.rc, DvnTRXGood);
 }
 
-TEST(TrxState, EmptyAndLoadedDataReadAFileAlikeAndOwnWhatItDefines) {
-    std::string path = std::string(DVN_SOURCE_DIR) + "/examples/order.trx";
-    DvnfCollectingMessageHandler mh;
-    DvnfTRXData empty(DvnfTRXTypes::_instance, &mh), loaded(DvnfTRXTypes::_instance, &mh);
-    loaded.CreateEntity(S("Category"), S("K"), S("Kept")).State(DvnfObject::StateUnchanged);
-    std::vector<DvnfEntity*> defined, definedLoaded;
-    ASSERT_EQ(DvnTRXFrontend(empty, nullptr).ReadFile(path.c_str(), 2, &defined, nullptr), DvnTRXGood);
-    ASSERT_EQ(DvnTRXFrontend(loaded, nullptr).ReadFile(path.c_str(), 2, &definedLoaded, nullptr), DvnTRXGood);
-    std::string fromEmpty = DvnTRXWriter(empty).Write();
-    std::string fromLoaded = DvnTRXWriter(loaded).Write();
-    std::string kept = "Category \"Kept\" {}\n\n";
-    ASSERT_NE(fromLoaded.find(kept), std::string::npos);
-    fromLoaded.erase(fromLoaded.find(kept), kept.size());
-    EXPECT_EQ(fromEmpty, fromLoaded);
-    EXPECT_EQ(empty.NumberOfEntities() + 1, loaded.NumberOfEntities());
-    ASSERT_EQ(defined.size(), definedLoaded.size());
-    // Every entity answers to the data it was read into, so what is made for
-    // it later (a member of a structure) is made there too.
-    for (DvnfEntity* e : empty.AllEntities()) ASSERT_EQ(e->CoreData(), &empty);
-    for (DvnfEntity* e : defined) EXPECT_EQ(e->CoreData(), &empty);
-    DvnfEntity& ds = empty.GetEntityByName(S("DataStructure"), S("OrderData"));
-    ASSERT_TRUE(ds.IsValid());
-    long before = empty.NumberOfEntities();
-    EXPECT_EQ(ds.AttributeData()("Members").NewSetElement().AsEntity().CoreData(), &empty);
-    EXPECT_EQ(empty.NumberOfEntities(), before + 1);
-}
-
-// Many definitions (more nodes than one block of the parser's memory holds
-// at a time) whose names and link targets are escaped strings, linked
-// backwards and forwards: every link finds the entity the file defines, in
-// empty and in loaded data alike.
-TEST(TrxState, LargeFilesKeepEscapedNamesAndLinksAcrossDefinitions) {
+// The example file followed by many definitions (more nodes than one block
+// of the parser's memory holds) whose names and link targets are escaped
+// strings, linked backwards and forwards: read into empty data and into data
+// that holds an entity already, it arrives alike, every link finds the entity
+// the file defines, and every entity answers to the data it was read into, so
+// what is made for it later (a member of a structure) is made there too.
+TEST(TrxState, EmptyAndLoadedDataReadALargeFileAlikeAndOwnWhatItDefines) {
     const int n = 600;
     std::ostringstream text;
+    text << ReadAll(std::string(DVN_SOURCE_DIR) + "/examples/order.trx") << "\n";
     for (int i = 0; i < n; ++i) {
         text << "DataStructure \"S\\x41\\t" << i << "\" {\n  Members [\n";
         for (int m = 0; m < 5; ++m)
@@ -311,27 +282,34 @@ TEST(TrxState, LargeFilesKeepEscapedNamesAndLinksAcrossDefinitions) {
     DvnfCollectingMessageHandler mh;
     DvnfTRXData empty(DvnfTRXTypes::_instance, &mh), loaded(DvnfTRXTypes::_instance, &mh);
     loaded.CreateEntity(S("Category"), S("K"), S("Kept")).State(DvnfObject::StateUnchanged);
-    ASSERT_EQ(DvnTRXFrontend(empty, nullptr).ReadText(text.str(), "t.trx", 2, nullptr, nullptr), DvnTRXGood);
-    ASSERT_EQ(DvnTRXFrontend(loaded, nullptr).ReadText(text.str(), "t.trx", 2, nullptr, nullptr), DvnTRXGood);
+    std::vector<DvnfEntity*> defined, definedLoaded;
+    ASSERT_EQ(DvnTRXFrontend(empty, nullptr).ReadText(text.str(), "t.trx", 2, &defined, nullptr), DvnTRXGood);
+    ASSERT_EQ(DvnTRXFrontend(loaded, nullptr).ReadText(text.str(), "t.trx", 2, &definedLoaded, nullptr), DvnTRXGood);
+    EXPECT_EQ(defined.size(), definedLoaded.size());
+    EXPECT_EQ(empty.NumberOfEntities() + 1, loaded.NumberOfEntities());
     for (DvnfTRXData* d : {&empty, &loaded}) {
-        EXPECT_EQ(d->GetEntities(S("DataStructure")).size(), static_cast<size_t>(n));  // no skeletons
+        EXPECT_EQ(d->GetEntities(S("DataStructure")).size(), n + 2u);  // the example's two, no skeletons
+        for (DvnfEntity* e : d->AllEntities()) ASSERT_EQ(e->CoreData(), d);
         DvnfEntity& s7 = d->GetEntityByName(S("DataStructure"), S("SA\t7"));
         ASSERT_TRUE(s7.IsValid());
         DvnfDataSetIterator it = s7.AttributeData()("Members").ElementsOfSet();
         int m = 0;
         for (DvnfAttributeDataReader e = it.First(); e.IsValid(); e = it.Next(), ++m) {
-            DvnfEntity& member = e.AsEntity();
-            EXPECT_EQ(member.AttributeData()("Name").AsString().str(), "n\"" + std::to_string(m));
-            EXPECT_EQ(member.FirstLinkOfType(S("HasSubStructure")).Target().Name().str(),
+            EXPECT_EQ(e.AsEntity().AttributeData()("Name").AsString().str(), "n\"" + std::to_string(m));
+            EXPECT_EQ(e.AsEntity().FirstLinkOfType(S("HasSubStructure")).Target().Name().str(),
                       "SA\t" + std::to_string(7 + m));
         }
         EXPECT_EQ(m, 5);
     }
-    std::string fromLoaded = DvnTRXWriter(loaded).Write();
-    std::string kept = "Category \"Kept\" {}\n\n";
+    for (DvnfEntity* e : defined) EXPECT_EQ(e->CoreData(), &empty);
+    std::string fromLoaded = DvnTRXWriter(loaded).Write(), kept = "Category \"Kept\" {}\n\n";
     ASSERT_NE(fromLoaded.find(kept), std::string::npos);
-    fromLoaded.erase(fromLoaded.find(kept), kept.size());
-    EXPECT_EQ(DvnTRXWriter(empty).Write(), fromLoaded);
+    EXPECT_EQ(DvnTRXWriter(empty).Write(), fromLoaded.erase(fromLoaded.find(kept), kept.size()));
+
+    long before = empty.NumberOfEntities();
+    DvnfEntity& ds = empty.GetEntityByName(S("DataStructure"), S("OrderData"));
+    EXPECT_EQ(ds.AttributeData()("Members").NewSetElement().AsEntity().CoreData(), &empty);
+    EXPECT_EQ(empty.NumberOfEntities(), before + 1);
 }
 
 TEST(TrxState, DefinitionsOverLoadedDataMarkChangesAndReplaceContent) {

@@ -28,25 +28,21 @@ struct Node {
         if (!kids.count(name)) order.push_back(name);
         return kids[name];
     }
+    Node& At(const std::string& path) {  // made as needed
+        Node* n = this;
+        std::istringstream segments(path);
+        for (std::string seg; std::getline(segments, seg, '.');)
+            n = seg.ends_with("[]") ? &n->Kid(seg.substr(0, seg.size() - 2)).Kid("[]") : &n->Kid(seg);
+        return *n;
+    }
 };
 
 struct TypeVocabulary {
     std::vector<std::pair<std::string, std::string>> links;  // link, target type
     Node tree;     // every path that is not also the prefix of another one
     Node variant;  // the others: a path that is a value in one reading and a group in another
+    bool inner = false;  // held by an attribute of another type, never at the top level
 };
-
-void Insert(Node& root, const std::string& path, const std::string& kind, const std::string& type) {
-    Node* n = &root;
-    std::istringstream segments(path);
-    for (std::string seg; std::getline(segments, seg, '.');) {
-        bool element = seg.size() > 2 && seg.compare(seg.size() - 2, 2, "[]") == 0;
-        n = &n->Kid(element ? seg.substr(0, seg.size() - 2) : seg);
-        if (element) n = &n->Kid("[]");
-    }
-    n->kind = kind;
-    n->type = type;
-}
 
 std::map<std::string, TypeVocabulary> ReadVocabulary() {
     std::ifstream in(std::string(DVN_SOURCE_DIR) + "/tests/dvnfffdn/vocabulary.txt");
@@ -54,9 +50,9 @@ std::map<std::string, TypeVocabulary> ReadVocabulary() {
     std::map<std::string, std::vector<std::vector<std::string>>> lines;  // type: its lines, split in words
     std::vector<std::string> current;
     for (std::string line; std::getline(in, line);) {
-        if (line.empty() || line[0] == '#') continue;
         std::istringstream s(line);
         std::vector<std::string> words{std::istream_iterator<std::string>(s), {}};
+        if (words.empty() || words[0][0] == '#') continue;
         words.resize(std::max<size_t>(words.size(), 3));
         if (words[0] == "type") current.assign(words.begin() + 1, words.end());
         else
@@ -71,8 +67,14 @@ std::map<std::string, TypeVocabulary> ReadVocabulary() {
             for (size_t i = w[0].find('.'); i != std::string::npos; i = w[0].find('.', i + 1))
                 prefixes.insert(w[0].substr(0, i));
         for (const auto& w : typeLines) {
-            if (w[0] == "link") tv.links.emplace_back(w[1], w[2]);
-            else Insert(prefixes.count(w[0]) ? tv.variant : tv.tree, w[0], w[1], w[2]);
+            if (w[0] == "link") {
+                tv.links.emplace_back(w[1], w[2]);
+                continue;
+            }
+            Node& n = (prefixes.count(w[0]) ? tv.variant : tv.tree).At(w[0]);
+            n.kind = w[1];
+            n.type = w[2];
+            if (!w[2].empty()) v[w[2]].inner = true;
         }
     }
     return v;
@@ -83,23 +85,19 @@ long LongOf(const std::string& path) { return static_cast<long>(path.size()) * 1
 std::string TextOf(const std::string& path) { return DvnTRXWriter::Quote("\"" + path + "\" ✓\n"); }
 std::string NameFor(const std::string& type) { return type == "Source" || type == "Sink" ? "1" : "A"; }
 
-class VocabularyText {
-public:
-    explicit VocabularyText(const std::map<std::string, TypeVocabulary>& v) : _v(v) {
-        for (const auto& [type, tv] : _v)
-            for (const auto& [name, kid] : tv.tree.kids) CollectInner(kid);
-    }
+// Entity "A" of every top-level type, and "B" with the paths that take a
+// second reading. Entities stand in the diagram of a top-level entity only.
+// The lines go without indentation: the comparison leaves it out.
+struct VocabularyText {
+    const std::map<std::string, TypeVocabulary>& v;
     std::set<std::string> reached;  // the types the text holds an entity of
 
-    // Entity "A" of every top-level type, and "B" with the paths that take a second reading.
     std::string Text() {
         std::ostringstream o;
-        for (const auto& [type, tv] : _v) {
-            if (_inner.count(type)) continue;
-            reached.insert(type);
+        for (const auto& [type, tv] : v) {
+            if (tv.inner) continue;
             o << type << " \"A\" {\n";
-            Body(o, type, tv.tree, true, true, "");
-            o << "}\n";
+            Entity(o, type);
             if (tv.variant.order.empty()) continue;
             o << type << " \"B\" {\n";
             Body(o, type, tv.variant, true, false, "");
@@ -107,21 +105,11 @@ public:
         }
         return o.str();
     }
-
-private:
-    void CollectInner(const Node& n) {
-        if (!n.type.empty()) _inner.insert(n.type);
-        for (const auto& [name, kid] : n.kids) CollectInner(kid);
-    }
-
-    void Entity(std::ostringstream& o, const std::string& type) {
+    void Entity(std::ostringstream& o, const std::string& type, bool topLevel = true) {
         reached.insert(type);
-        Body(o, type, _v.at(type).tree, false, true, "");
+        Body(o, type, v.at(type).tree, topLevel, true, "");
         o << "}\n";
     }
-
-    // Entities stand in the diagram of a top-level entity only. The lines go
-    // without indentation: the comparison leaves it out.
     void Body(std::ostringstream& o, const std::string& type, const Node& n, bool topLevel, bool withLinks,
               const std::string& prefix) {
         for (const std::string& name : n.order) {
@@ -134,10 +122,10 @@ private:
             else if (k.kind == "texts") o << " [\n" << TextOf(path + "#1") << "\n" << TextOf(path + "#2") << "\n]\n";
             else if (k.kind == "entity") {
                 o << " = " << k.type << " {\n";
-                Entity(o, k.type);
+                Entity(o, k.type, false);
             } else if (k.kind == "elements" && !k.type.empty() && topLevel) {
                 o << " [\n" << k.type << " \"" << NameFor(k.type) << "\" {\n";
-                Entity(o, k.type);
+                Entity(o, k.type, false);
                 o << "]\n";
             } else if (k.kind == "elements" && k.kids.count("[]")) {
                 o << " [\n{\n";
@@ -152,11 +140,8 @@ private:
             }
         }
         if (withLinks)
-            for (const auto& [link, target] : _v.at(type).links) o << link << " -> \"" << NameFor(target) << "\";\n";
+            for (const auto& [link, target] : v.at(type).links) o << link << " -> \"" << NameFor(target) << "\";\n";
     }
-
-    const std::map<std::string, TypeVocabulary>& _v;
-    std::set<std::string> _inner;
 };
 
 // The lines of a text without their indentation, sorted; blank lines left out.
@@ -172,7 +157,7 @@ std::vector<std::string> Lines(const std::string& text) {
 TEST(TrxVocabulary, EveryPathAndLinkReadsBackInItsKindAndSurvivesTheWriter) {
     const auto v = ReadVocabulary();
     ASSERT_EQ(v.size(), 31u);
-    VocabularyText gen(v);
+    VocabularyText gen{v, {}};
     const std::string text = gen.Text();
     EXPECT_EQ(gen.reached.size(), v.size());
     // A text names no link's target type: the stores ask the catalogue with it.
