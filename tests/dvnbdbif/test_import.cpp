@@ -150,19 +150,17 @@ TEST_P(Import, ADocumentationOfAnyLengthIsStoredAndReadBackWhole) {
     EXPECT_EQ(Messages(), (Lines{Line(51027, "Default Node"), Line(51026, "Default Queue Manager"),
                                  Line(51019, "Long"), Line(51021, "Long")}));
     // Read back through the recordsets, as every load reads.
-    DvnCategorySet category(&Db());
-    category.m_strFilter = "NAME = 'Long'";
-    category.Open(CRecordset::snapshot, "DVBT.CATEGORY", CRecordset::readOnly);
-    ASSERT_FALSE(category.IsEOF());
-    EXPECT_EQ(category.m_DOCUMENTATION.str().size(), text.size());
-    EXPECT_TRUE(category.m_DOCUMENTATION.str() == text);
-    category.Close();
-    DvnDataStructureSet structure(&Db());
-    structure.m_strFilter = "NAME = 'Long'";
-    structure.Open(CRecordset::snapshot, "DVBT.DATA_STRUCTURE", CRecordset::readOnly);
-    ASSERT_FALSE(structure.IsEOF());
-    EXPECT_TRUE(structure.m_DOCUMENTATION.str() == text);
-    structure.Close();
+    auto readBack = [&](auto&& set, const char* table) {
+        SCOPED_TRACE(table);
+        set.m_strFilter = "NAME = 'Long'";
+        set.Open(CRecordset::snapshot, table, CRecordset::readOnly);
+        ASSERT_FALSE(set.IsEOF());
+        EXPECT_EQ(set.m_DOCUMENTATION.str().size(), text.size());
+        EXPECT_TRUE(set.m_DOCUMENTATION.str() == text);
+        set.Close();
+    };
+    readBack(DvnCategorySet(&Db()), "DVBT.CATEGORY");
+    readBack(DvnDataStructureSet(&Db()), "DVBT.DATA_STRUCTURE");
 }
 
 // A message stream that raises a failure at the first report starting with
