@@ -233,42 +233,6 @@ TEST_P(Export, AnImportTakesWhatAFileOnlyNamesFromTheRepositoryWithoutTouchingIt
     EXPECT_EQ(QueryRows(Db(), "SELECT CHECKED_OUT FROM DVBT.DATA_STRUCTURE WHERE DSID = 'D1'"), Lines{"0"});
 }
 
-TEST_P(Export, AServerNameWithoutSystemIsLookedForUnderTheProfileSystemThenDvnsysThenTheFirst) {
-    ExecAll(Db(), {"INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME) VALUES ('S1', 'DVNSYS')",
-                   "INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME) VALUES ('S2', 'Other')",
-                   "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM) VALUES ('K1', 'PES1', 'S1')",
-                   "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM) VALUES ('K2', 'PES2', 'S2')"});
-    AllRights();
-    // Each name alone: a server found is read (51532), one not found is
-    // reported (51568).
-    auto found = [&](const char* name) {
-        DvnfTRXData scratch{DvnfTRXTypes::_instance, &handler};
-        DvnConvCoreDbIF facade(&scratch);
-        DvnCmdVisitor::Command command(DvnEntityType::Server, {name}, false, false, DvnSvrKind::PEServer);
-        EXPECT_EQ(facade.ExportByCommand(Source(), command), 0);
-        const Lines lines = Messages();
-        return std::string(lines.size() == 1 && lines[0].starts_with("51532|") ? "found"
-                           : lines == Lines{"51568"}                            ? "not found"
-                                                                                : "?");
-    };
-    struct Case {
-        const char* profile;  // the profile's "System"; null: none
-        bool dvnsys;          // the system DVNSYS exists
-        const char *pes1, *pes2;
-    };
-    for (const Case& c : {Case{"Other", true, "not found", "found"}, Case{nullptr, true, "found", "not found"},
-                          Case{nullptr, false, "not found", "found"}}) {
-        SCOPED_TRACE(std::string(c.profile ? c.profile : "no profile") + (c.dvnsys ? ", DVNSYS" : ""));
-        ProfileFile profile(std::string("current = Work\n[Work]\n") +
-                            (c.profile ? std::string("System = ") + c.profile + "\n" : ""));
-        if (!c.dvnsys) ExecAll(Db(), {"DELETE FROM DVBT.SYSTEM WHERE SYSTEM_ID = 'S1'"});
-        EXPECT_EQ(found("PES1"), c.pes1);
-        EXPECT_EQ(found("PES2"), c.pes2);
-        // With the system named, the profile plays no part.
-        EXPECT_EQ(found("PES2.Other"), "found");
-    }
-}
-
 // One connector from a source at process level to Check, one from a source
 // inside the block Pack to Wrap; each activity holds Number in its input
 // container (1, 2, 3), the process 7.
@@ -370,15 +334,17 @@ TEST_P(Export, ADataMappingIsReadOnceWithTheContainersOfWhatHoldsItsEnds) {
     EXPECT_FALSE(inner.IsAttributeDataAttrComplete() || pack.IsAttributeDataContainerComplete());
 }
 
-TEST_P(Export, AServerOfAProgramActivityIsReadByItsDottedNameOrItsKey) {
+TEST_P(Export, AServerIsFoundByItsDottedNameOrKeyOrUnderTheProfileSystemThenDvnsysThenTheFirst) {
     ExecAll(Db(), {"INSERT INTO DVBT.SYSTEM_GROUP (SYSTEM_GROUP_ID, NAME) VALUES ('G1', 'SYS_GRP')",
                    "INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME, SYSTEM_GROUP) VALUES ('S1', 'DVNSYS', 'G1')",
+                   "INSERT INTO DVBT.SYSTEM (SYSTEM_ID, NAME) VALUES ('S2', 'Other')",
+                   "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM) VALUES ('K4', 'PES2', 'S2')",
                    "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM, DESCRIPTION, USER_SUPPORT, CHECKED_OUT) "
                    "VALUES ('K1', 'PES1', 'S1', 'runs programs', 2, 0)",
                    "INSERT INTO DVBT.USER_PE_SERVER (SERVER_ID, NAME, SYSTEM, QMGRNAME, CHECKED_OUT) "
                    "VALUES ('K2', 'UPES1', 'S1', 'QM1', 0)",
                    "INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('K3', 'GONE', 'S1', 4)"});
-    DvnBTAuthorization::GetInstance();
+    DvnBTAuthorization::GetInstance();  // the loads need no right
     DvnConvCoreDbIF facade(&data);
     auto type = [](const DvnfEntity& e) { return e.AttributeData()("Type").AsLong(0); };
 
@@ -421,6 +387,37 @@ TEST_P(Export, AServerOfAProgramActivityIsReadByItsDottedNameOrItsKey) {
     EXPECT_EQ(facade.LoadPEUnit(bare), 0);
     EXPECT_EQ(bare.State(), DvnfObject::StateNone);
     EXPECT_EQ(Messages(), Lines{});
+
+    // An export of each name alone: a server found is read (51532), one not
+    // found is reported (51568); without a system in the name, the profile's
+    // system, then DVNSYS, then the first.
+    AllRights();
+    auto found = [&](const char* name) {
+        DvnfTRXData scratch{DvnfTRXTypes::_instance, &handler};
+        DvnConvCoreDbIF exporter(&scratch);
+        DvnCmdVisitor::Command command(DvnEntityType::Server, {name}, false, false, DvnSvrKind::PEServer);
+        EXPECT_EQ(exporter.ExportByCommand(Source(), command), 0);
+        const Lines lines = Messages();
+        return std::string(lines.size() == 1 && lines[0].starts_with("51532|") ? "found"
+                           : lines == Lines{"51568"}                            ? "not found"
+                                                                                : "?");
+    };
+    struct Case {
+        const char* profile;  // the profile's "System"; null: none
+        bool dvnsys;          // the system DVNSYS exists
+        const char *pes1, *pes2;
+    };
+    for (const Case& c : {Case{"Other", true, "not found", "found"}, Case{nullptr, true, "found", "not found"},
+                          Case{nullptr, false, "not found", "found"}}) {
+        SCOPED_TRACE(std::string(c.profile ? c.profile : "no profile") + (c.dvnsys ? ", DVNSYS" : ""));
+        ProfileFile profile(std::string("current = Work\n[Work]\n") +
+                            (c.profile ? std::string("System = ") + c.profile + "\n" : ""));
+        if (!c.dvnsys) ExecAll(Db(), {"DELETE FROM DVBT.SYSTEM WHERE SYSTEM_ID = 'S1'"});
+        EXPECT_EQ(found("PES1"), c.pes1);
+        EXPECT_EQ(found("PES2"), c.pes2);
+        // With the system named, the profile plays no part.
+        EXPECT_EQ(found("PES2.Other"), "found");
+    }
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(Export);
