@@ -267,7 +267,9 @@ std::string Pairs(const DvnfAttributeDataReader& set, const char* first, const c
         out += m(first).AsString().str() + "=" + m(second).AsString().str() + ";";
     return out;
 }
-std::string Members(const DvnfEntity& e) { return Pairs(e.AttributeData()("InputContainer")("Members"), "Name", "Value"); }
+std::string Members(const DvnfEntity& e) {
+    return Pairs(e.AttributeData()("InputContainer")("Members"), "Name", "Value");
+}
 std::string Mappings(const DvnfEntity& e) { return Pairs(e.AttributeData()("Mappings"), "From", "To"); }
 
 TEST_P(Export, ADataMappingIsReadOnceWithTheContainersOfWhatHoldsItsEnds) {
@@ -280,8 +282,8 @@ TEST_P(Export, ADataMappingIsReadOnceWithTheContainersOfWhatHoldsItsEnds) {
     DvnfEntity& check = Named("Activity", "Check", false);
     DvnfEntity& wrap = Named("Activity", "Wrap", false);
     auto connector = [&](const char* where) -> DvnfEntity& {
-        return Keyed("DataConnector", QueryValue(Db(), std::string("SELECT DCID FROM DVBT.DATA_CONNECTOR WHERE ") + where),
-                     false);
+        const std::string sql = std::string("SELECT DCID FROM DVBT.DATA_CONNECTOR WHERE ") + where;
+        return Keyed("DataConnector", QueryValue(Db(), sql), false);
     };
     DvnfEntity& outer = connector("INSIDE_BLOCK IS NULL");
     DvnfEntity& inner = connector("INSIDE_BLOCK IS NOT NULL");

@@ -150,8 +150,10 @@ TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRep
     std::vector<std::string> restore;
     for (auto t = written.rbegin(); t != written.rend(); ++t) {
         restore.push_back("DELETE FROM " + prefix.str() + *t);
-        if (*t == "DATA_STRUCTURE") restore.back() += std::string(" WHERE DSID <> '") + DvnSchema::kDefaultDataStructureKey + "'";
-        else EXPECT_TRUE(fresh.at(*t).empty()) << *t << " has seeded rows";
+        if (*t == "DATA_STRUCTURE")
+            restore.back() += std::string(" WHERE DSID <> '") + DvnSchema::kDefaultDataStructureKey + "'";
+        else
+            EXPECT_TRUE(fresh.at(*t).empty()) << *t << " has seeded rows";
     }
 
     // Calls fail one at a time, as a lost connection or as a serialization

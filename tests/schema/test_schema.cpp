@@ -123,7 +123,8 @@ int Count(CDatabase& db, const std::string& table) { return std::stoi(QueryValue
 // process; removing a data connector removes its bend points and maps.
 TEST_P(Schema, DeletingAProcessASourceASinkOrADataConnectorLeavesNoOrphans) {
     PopulateProcess(Db(), "2");
-    ExecAll(Db(), {"INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_SOURCE, TO_SINK) VALUES ('P2', 'E2', 'SO2', 'SI2')"});
+    ExecAll(Db(),
+            {"INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_SOURCE, TO_SINK) VALUES ('P2', 'E2', 'SO2', 'SI2')"});
     const auto withProcess2 = Counts(Db());
     PopulateProcess(Db(), "1");
     for (const char* sql : {
