@@ -26,6 +26,16 @@ protected:
         DvnProfile::SetOverride("BTODBCDataSourceName", DvnString());
         RepositoryTest::TearDown();
     }
+    // Imports the text as an initial load with every right: level 0.
+    void ImportText(const std::string& text) {
+        DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
+        TrxFiles files;
+        DvnConvCoreDbIF importer;
+        testing::internal::CaptureStdout();
+        const int level = importer.ImportTRX(DvnString(files.Write(text)), DvnString(DataSource()), true, true, true);
+        const std::string out = testing::internal::GetCapturedStdout();
+        ASSERT_EQ(level, 0) << out;
+    }
     // The messages reported since the last call.
     Lines Messages() {
         Lines lines = MessageLines(handler);

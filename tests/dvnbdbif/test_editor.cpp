@@ -6,16 +6,10 @@
 #include <algorithm>
 
 #include "facadetest.h"
-#include "dvnbauth.h"
-#include "dvnbdbif.h"
 #include "dvnbdbrd.h"
 #include "dvnfffdn.h"
-#include "repositorydb.h"
-#include "testenv.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 // The facade with its connection in view.
 class EditorFacade : public DvnConvCoreDbIF {
@@ -57,46 +51,36 @@ struct Shallow {
     }
 };
 
-TEST_P(Editor, RowsThatAreNotThereGiveTheirMessageAndEightAndTheConnectionIsClosed) {
+TEST_P(Editor, RowsThatAreNotThereGiveEightWhatIsInMemoryIsNotReadAndAFailedOpenGivesTwelve) {
     DvnBTAuthorization::GetInstance();
     EditorFacade facade(&data);
     Shallow s(data);
-    TraceCapture trace;
+    {
+        TraceCapture trace;
+        // The process's attributes are read at every call: two calls, two reports.
+        EXPECT_EQ(facade.LoadProcessAttributes(s.process), 8);
+        EXPECT_EQ(facade.LoadProcessAttributes(s.process), 8);
+        EXPECT_FALSE(facade.ConnectionOpen());
+        EXPECT_EQ(Messages(), (Lines{"51700|Gone", "51700|Gone"}));
+        EXPECT_EQ(facade.LoadActivityAttributes(s.program), 8);
+        EXPECT_FALSE(facade.ConnectionOpen());
+        EXPECT_EQ(Messages(), Lines{"51701|Check"});
+        EXPECT_FALSE(s.process.IsAttributeDataAttrComplete() || s.program.IsAttributeDataAttrComplete());
+        // A name that no process has: undefined, and the connection closed.
+        EXPECT_FALSE(facade.LoadProcess(DvnString("Nope")).IsValid());
+        EXPECT_FALSE(facade.ConnectionOpen());
+        EXPECT_EQ(Messages(), Lines{});
+        for (const char* traced : {"Load Process attributes Gone", "Load Activity attributes Check",
+                                   "Load Process Nope", "ProcesstoCoreNope"})
+            EXPECT_NE(trace.Text().find(traced), std::string::npos) << traced;
+    }
 
-    // The process's attributes are read at every call: two calls, two reports.
-    EXPECT_EQ(facade.LoadProcessAttributes(s.process), 8);
-    EXPECT_EQ(facade.LoadProcessAttributes(s.process), 8);
-    EXPECT_FALSE(facade.ConnectionOpen());
-    EXPECT_EQ(Messages(), (Lines{"51700|Gone", "51700|Gone"}));
-    EXPECT_FALSE(s.process.IsAttributeDataAttrComplete());
-    EXPECT_EQ(facade.LoadActivityAttributes(s.program), 8);
-    EXPECT_FALSE(facade.ConnectionOpen());
-    EXPECT_EQ(Messages(), Lines{"51701|Check"});
-    EXPECT_FALSE(s.program.IsAttributeDataAttrComplete());
-
-    // A name that no process has: undefined, and the connection closed.
-    DvnfEntity& none = facade.LoadProcess(DvnString("Nope"));
-    EXPECT_FALSE(none.IsValid());
-    EXPECT_FALSE(facade.ConnectionOpen());
-    EXPECT_EQ(Messages(), Lines{});
-
-    const std::string text = trace.Text();
-    for (const char* traced : {"Load Process attributes Gone", "Load Activity attributes Check", "Load Process Nope",
-                               "ProcesstoCoreNope"})
-        EXPECT_NE(text.find(traced), std::string::npos) << traced;
-}
-
-TEST_P(Editor, WhatIsInMemoryIsNotReadAgainAndAFailedOpenGivesItsLevel) {
-    DvnBTAuthorization::GetInstance();
-    EditorFacade facade(&data);
-    Shallow s(data);
+    // In memory: 0 before anything is opened, so a data source that cannot
+    // be opened does not matter.
     s.program.SetFlags(DvnfEntity::FlagAttributesComplete);
     s.block.SetFlags(DvnfEntity::FlagBlockContent);
     DvnProfile::SetOverride("BTODBCDataSourceName", DvnString("dvnbt_no_such_dsn"));
     TraceCapture trace;
-
-    // In memory: 0 before anything is opened, so a data source that cannot
-    // be opened does not matter.
     EXPECT_EQ(facade.LoadActivityAttributes(s.program), 0);
     EXPECT_EQ(facade.LoadBlock(s.block, DvnString("P404"), true), 0);
     EXPECT_NE(trace.Text().find("Attributes for Check are already loded"), std::string::npos);
@@ -112,8 +96,7 @@ TEST_P(Editor, WhatIsInMemoryIsNotReadAgainAndAFailedOpenGivesItsLevel) {
     EXPECT_FALSE(facade.LoadProcess(DvnString("Gone")).IsValid());
     EXPECT_EQ(Save(facade), std::make_pair(12, std::string()));
     EXPECT_EQ(Messages(), Lines{});
-    EXPECT_FALSE(s.block.IsBlockContentInMemory());
-    EXPECT_FALSE(s.program.IsAttributeDataAttrComplete());
+    EXPECT_FALSE(s.block.IsBlockContentInMemory() || s.program.IsAttributeDataAttrComplete());
     size_t failed = 0;
     for (size_t at = trace.Text().find("Open database failed"); at != std::string::npos;
          at = trace.Text().find("Open database failed", at + 1))
@@ -165,19 +148,8 @@ Process "Order" {
 }
 )";
 
-// Imports kNested as an initial load, with every right.
-void ImportNestedInto(const std::string& dataSource) {
-    DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
-    TrxFiles files;
-    DvnConvCoreDbIF importer;
-    testing::internal::CaptureStdout();
-    const int level = importer.ImportTRX(DvnString(files.Write(kNested)), DvnString(dataSource), true, true, true);
-    const std::string out = testing::internal::GetCapturedStdout();
-    ASSERT_EQ(level, 0) << out;
-}
-
-TEST_P(Editor, ABlockIsReadLevelByLevelOrWholeAndOnlyTheBlockGivenIsMarked) {
-    ASSERT_NO_FATAL_FAILURE(ImportNestedInto(DataSource()));
+TEST_P(Editor, AttributesAndBlocksAreReadAsAskedAndOnlyWhatIsAskedIsMarked) {
+    ASSERT_NO_FATAL_FAILURE(ImportText(kNested));
     EditorFacade facade(&data);
     DvnfEntity& order = facade.LoadProcess(DvnString("Order"));
     ASSERT_TRUE(order.IsValid());
@@ -186,41 +158,7 @@ TEST_P(Editor, ABlockIsReadLevelByLevelOrWholeAndOnlyTheBlockGivenIsMarked) {
     auto activity = [&](const char* name) -> DvnfEntity& {
         return data.GetEntityByName(DvnfString("Activity"), DvnfString(name));
     };
-    // The first level: Outer is a shell.
-    DvnfEntity& outer = activity("Outer");
-    ASSERT_TRUE(outer.IsValid());
-    EXPECT_FALSE(outer.IsBlockContentInMemory());
-    EXPECT_FALSE(activity("Inner").IsValid());
-
-    // One level: Inner appears as a shell, and only Outer is marked.
-    const DvnString pid(order.OID().c_str());
-    EXPECT_EQ(facade.LoadBlock(outer, pid, false), 0);
-    EXPECT_FALSE(facade.ConnectionOpen());
-    DvnfEntity& inner = activity("Inner");
-    ASSERT_TRUE(inner.IsValid());
-    EXPECT_TRUE(outer.IsBlockContentInMemory());
-    EXPECT_FALSE(inner.IsBlockContentInMemory());
-    EXPECT_FALSE(activity("Deepest").IsValid());
-    // Outer is in memory: deep or not, nothing more is read through it.
-    EXPECT_EQ(facade.LoadBlock(outer, pid, true), 0);
-    EXPECT_FALSE(activity("Deepest").IsValid());
-
-    // Deep from Inner, asked by the on-demand reader of the process: the
-    // blocks found on the way are read in the same call.
-    DvnODBCReader reader(data, &order);
-    reader.ReadBlock(data, inner, true);
-    EXPECT_TRUE(inner.IsBlockContentInMemory());
-    EXPECT_TRUE(activity("Deepest").IsValid());
-    EXPECT_TRUE(activity("Leaf").IsValid());
-    EXPECT_EQ(Messages(), Lines{});
-}
-
-TEST_P(Editor, ActivityAttributesAreReadOnceAndProcessAttributesAtEveryCall) {
-    ASSERT_NO_FATAL_FAILURE(ImportNestedInto(DataSource()));
-    EditorFacade facade(&data);
-    DvnfEntity& order = facade.LoadProcess(DvnString("Order"));
-    ASSERT_TRUE(order.IsValid());
-    DvnfEntity& check = data.GetEntityByName(DvnfString("Activity"), DvnfString("Check"));
+    DvnfEntity& check = activity("Check");
     // The editor's load reads the attributes of the first level already.
     EXPECT_TRUE(order.IsAttributeDataAttrComplete());
     EXPECT_TRUE(check.IsAttributeDataAttrComplete());
@@ -239,7 +177,6 @@ TEST_P(Editor, ActivityAttributesAreReadOnceAndProcessAttributesAtEveryCall) {
     ExecAll(Db(), {"UPDATE DVBT.ACTIVITY SET DESCRIPTION = 'again' WHERE NAME = 'Check'"});
     EXPECT_EQ(facade.LoadActivityAttributes(check), 0);
     EXPECT_EQ(description(check), "changed");
-
     // The process's attributes are read whenever asked.
     EXPECT_EQ(facade.LoadProcessAttributes(order), 0);
     EXPECT_EQ(description(order), "changed");
@@ -247,6 +184,32 @@ TEST_P(Editor, ActivityAttributesAreReadOnceAndProcessAttributesAtEveryCall) {
     EXPECT_EQ(facade.LoadProcessAttributes(order), 0);
     EXPECT_EQ(description(order), "again");
     EXPECT_FALSE(facade.ConnectionOpen());
+
+    // The first level: Outer is a shell. One level: Inner appears as a
+    // shell, and only Outer is marked.
+    DvnfEntity& outer = activity("Outer");
+    ASSERT_TRUE(outer.IsValid());
+    EXPECT_FALSE(outer.IsBlockContentInMemory());
+    EXPECT_FALSE(activity("Inner").IsValid());
+    const DvnString pid(order.OID().c_str());
+    EXPECT_EQ(facade.LoadBlock(outer, pid, false), 0);
+    EXPECT_FALSE(facade.ConnectionOpen());
+    DvnfEntity& inner = activity("Inner");
+    ASSERT_TRUE(inner.IsValid());
+    EXPECT_TRUE(outer.IsBlockContentInMemory());
+    EXPECT_FALSE(inner.IsBlockContentInMemory());
+    EXPECT_FALSE(activity("Deepest").IsValid());
+    // Outer is in memory: deep or not, nothing more is read through it.
+    EXPECT_EQ(facade.LoadBlock(outer, pid, true), 0);
+    EXPECT_FALSE(activity("Deepest").IsValid());
+    // Deep from Inner, asked by the on-demand reader of the process: the
+    // blocks found on the way are read in the same call.
+    DvnODBCReader reader(data, &order);
+    reader.ReadBlock(data, inner, true);
+    EXPECT_TRUE(inner.IsBlockContentInMemory());
+    EXPECT_TRUE(activity("Deepest").IsValid());
+    EXPECT_TRUE(activity("Leaf").IsValid());
+    EXPECT_EQ(Messages(), Lines{});
     // No load stamps the process.
     EXPECT_EQ(QueryValue(Db(), "SELECT CHECKED_OUT_BY FROM DVBT.PROCESS"), "<null>");
 }

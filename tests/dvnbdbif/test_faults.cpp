@@ -71,73 +71,45 @@ protected:
     // The rows of the tables (all of them when none are named), and of every
     // other table the number of rows under the name "others".
     Contents Rows(const std::vector<std::string>& only = {}) {
-        Contents raw;
+        std::map<std::string, std::vector<std::vector<std::string>>> raw;
         std::map<std::string, std::string> label;  // generated key -> "TABLE:name"
         std::string others;
         for (const auto& table : DvnSchema::Tables()) {
+            const std::string from = " FROM " + prefix.str() + table.name;
             if (!only.empty() && std::find(only.begin(), only.end(), table.name) == only.end()) {
-                others += std::string(others.empty() ? "SELECT " : " + ") + "(SELECT COUNT(*) FROM " + prefix.str() +
-                          table.name + ")";
+                others += (others.empty() ? "SELECT (SELECT COUNT(*)" : " + (SELECT COUNT(*)") + from + ")";
                 continue;
             }
-            const auto columns = DvnSchema::Columns(table);
             std::string list;
-            size_t name = 0;
-            for (size_t i = 0; i < columns.size(); ++i) {
-                list += (i ? ", [" : "[") + columns[i].name + "]";
-                if (columns[i].name == "NAME") name = i;
+            size_t name = 0, i = 0;
+            for (const auto& column : DvnSchema::Columns(table)) {
+                if (column.name == "NAME") name = i;
+                list += (i++ ? ", [" : "[") + column.name + "]";
             }
-            auto rows = QueryRows(Db(), "SELECT " + list + " FROM " + prefix.str() + table.name);
-            for (const auto& row : rows) {
-                auto values = Split(row);
+            auto& rows = raw[table.name];
+            for (const auto& row : QueryRows(Db(), "SELECT " + list + from)) {
+                const auto& values = rows.emplace_back(Split(row));
                 if (!values.empty() && IsGeneratedKey(values[0]))
                     label[values[0]] = std::string(table.name) + ":" + (name ? values[name] : "?");
             }
-            raw[table.name] = std::move(rows);
         }
         Contents out;
         if (!others.empty()) out["others"] = QueryRows(Db(), others);
-        for (auto& [table, rows] : raw) {
-            for (auto& row : rows) {
-                std::string canonical;
-                auto values = Split(row);
+        for (const auto& [table, rows] : raw) {
+            auto& canonical = out[table];
+            for (const auto& values : rows) {
+                std::string line;
                 for (size_t i = 0; i < values.size(); ++i) {
-                    const std::string& v = values[i];
-                    auto it = label.find(v);
-                    canonical += (i ? "|" : "") + (it != label.end() ? "<" + it->second + ">"
-                                                   : IsGeneratedKey(v) ? std::string("<dangling key>")
-                                                                       : v);
+                    auto it = label.find(values[i]);
+                    line += (i ? "|" : "") + (it != label.end()             ? "<" + it->second + ">"
+                                              : IsGeneratedKey(values[i]) ? std::string("<dangling key>")
+                                                                          : values[i]);
                 }
-                out[table].push_back(canonical);
+                canonical.push_back(line);
             }
-            std::sort(out[table].begin(), out[table].end());
+            std::sort(canonical.begin(), canonical.end());
         }
         return out;
-    }
-
-    // The tables an import writes, and the statements that take the
-    // repository back to its state after creation once it holds their rows:
-    // the rows go, the seeded row stays.
-    std::vector<std::string> Written(const Contents& fresh, const Contents& loaded) {
-        std::vector<std::string> out;
-        for (const auto& table : DvnSchema::Tables())
-            if (fresh.at(table.name) != loaded.at(table.name)) out.push_back(table.name);
-        return out;
-    }
-    std::vector<std::string> Restoring(const Contents& fresh, const std::vector<std::string>& written) {
-        std::vector<std::string> out;
-        for (auto t = written.rbegin(); t != written.rend(); ++t) {
-            std::string sql = "DELETE FROM " + prefix.str() + *t;
-            if (*t == "DATA_STRUCTURE")
-                sql += std::string(" WHERE DSID <> '") + DvnSchema::kDefaultDataStructureKey + "'";
-            else
-                EXPECT_TRUE(fresh.at(*t).empty()) << *t << " has seeded rows";
-            out.push_back(sql);
-        }
-        return out;
-    }
-    void Run(const std::vector<std::string>& statements) {
-        for (const auto& sql : statements) ExecAll(Db(), {sql.c_str()});
     }
 
     std::ostringstream m_messages;
@@ -157,7 +129,9 @@ TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRep
     ASSERT_NE(fresh, all);
     // From here on the tables the import writes are compared row by row,
     // the others by their number of rows (none but the seeded).
-    const std::vector<std::string> written = Written(fresh, all);
+    std::vector<std::string> written;
+    for (const auto& table : DvnSchema::Tables())
+        if (fresh.at(table.name) != all.at(table.name)) written.push_back(table.name);
     const Contents loaded = Rows(written);
     ASSERT_GT(calls, 20u);
     // Every object of the file is either stored or refused with a message;
@@ -171,19 +145,25 @@ TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRep
     EXPECT_LE(againLevel, 8);
     EXPECT_EQ(messages.find("51368"), std::string::npos) << messages;
     EXPECT_EQ(Rows(), all);
-    const std::vector<std::string> restore = Restoring(fresh, written);
+    // What takes the repository back to its state after creation: the rows
+    // written go, the seeded row stays.
+    std::vector<std::string> restore;
+    for (auto t = written.rbegin(); t != written.rend(); ++t) {
+        restore.push_back("DELETE FROM " + prefix.str() + *t);
+        if (*t == "DATA_STRUCTURE")
+            restore.back() += std::string(" WHERE DSID <> '") + DvnSchema::kDefaultDataStructureKey + "'";
+        else
+            EXPECT_TRUE(fresh.at(*t).empty()) << *t << " has seeded rows";
+    }
 
     // Calls fail one at a time, as a lost connection or as a serialization
-    // failure by turns. Each failed call costs three imports, and an import
-    // of the file makes about two thousand calls, so the calls are sampled:
-    // the n-th run fails the call at the n-th point of a sequence that halves
-    // the gaps left so far (the first call, 1/2, 1/4, 3/4, 1/8, ...), so that every prefix of
-    // the runs covers the whole import evenly. The runs end at 60 on SQLite
-    // and 30 on PostgreSQL (a third as many in a build with the address
-    // sanitizer, which is there for what the sanitizers see), or earlier when
-    // the runs have taken two minutes: a loaded machine covers the import as
-    // evenly, only less densely, and the test stays within its time limit.
-    // The message of a failure names the call, which DVN_ODBC_FAIL repeats.
+    // failure by turns. An import makes about two thousand calls, so the
+    // n-th run fails the call at the n-th point of a sequence that halves the
+    // gaps left so far (the first call, 1/2, 1/4, 3/4, 1/8, ...): every
+    // prefix of the runs covers the import evenly. At most 60 runs on SQLite,
+    // 30 on PostgreSQL (a third under the address sanitizer), or fewer when
+    // they take two minutes. The message names the call, which DVN_ODBC_FAIL
+    // repeats.
 #if defined(__SANITIZE_ADDRESS__)
     const unsigned long sample = 3;
 #else
@@ -199,48 +179,46 @@ TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRep
     };
     std::set<unsigned long> tried;
     int tolerated = 0, failedRuns = 0, swallowed = 0;
-    {
-        for (unsigned long k = 0; tried.size() < std::min(budget, calls); ++k) {
-            if (!tried.empty() && std::chrono::steady_clock::now() > deadline) break;
-            const unsigned long n = point(k);
-            if (!tried.insert(n).second) continue;
-            const char* state = tried.size() % 2 ? "40001" : "08S01";
-            SCOPED_TRACE(std::string(state) + " at call " + std::to_string(n) + " of " + std::to_string(calls));
-            Run(restore);
-            DvnOdbcFaults::Reset();
-            DvnOdbcFaults::FailCall(n, state);
-            const int level = Import(messages);
-            ASSERT_TRUE(DvnOdbcFaults::Fired());
-            const std::string injected = "injected into call " + std::to_string(n) + ",";
-            if (DvnOdbcFaults::FiredTolerated()) {
-                // A call whose failure the layer survives by design: the run
-                // is an undisturbed one.
-                ++tolerated;
-                EXPECT_EQ(level, baseLevel);
-                EXPECT_EQ(messages, baseMessages);
-            } else if (messages.find(injected) == std::string::npos &&
-                       m_out.find(injected) != std::string::npos) {
-                // A lookup that gives its empty result on a database failure
-                // prints the driver's text on standard output; the store goes
-                // on as for an object not found.
-                ++swallowed;
-                EXPECT_NE(m_out.find(std::string("(") + state + ","), std::string::npos) << m_out;
-            } else {
-                ++failedRuns;
-                EXPECT_GE(level, 8);
-                const bool named = messages.find(injected) != std::string::npos;
-                const bool notOpened = level == 12 && messages.find("51366") != std::string::npos &&
-                                       DvnConvCoreDbIF::LastOpenError().str().find(injected) != std::string::npos;
-                EXPECT_TRUE(named || notOpened) << messages << DvnConvCoreDbIF::LastOpenError();
-                const std::string reason = named ? messages : DvnConvCoreDbIF::LastOpenError().str();
-                EXPECT_NE(reason.find(std::string("(") + state + ","), std::string::npos) << reason;
-            }
-            // A clean run repairs whatever the failure left.
-            DvnOdbcFaults::Reset();
-            EXPECT_LE(Import(messages), std::max(baseLevel, againLevel));
-            EXPECT_EQ(messages.find("51368"), std::string::npos) << messages;
-            ASSERT_EQ(Rows(written), loaded);
+    for (unsigned long k = 0; tried.size() < std::min(budget, calls); ++k) {
+        if (!tried.empty() && std::chrono::steady_clock::now() > deadline) break;
+        const unsigned long n = point(k);
+        if (!tried.insert(n).second) continue;
+        const char* state = tried.size() % 2 ? "40001" : "08S01";
+        SCOPED_TRACE(std::string(state) + " at call " + std::to_string(n) + " of " + std::to_string(calls));
+        for (const auto& sql : restore) ExecAll(Db(), {sql.c_str()});
+        DvnOdbcFaults::Reset();
+        DvnOdbcFaults::FailCall(n, state);
+        const int level = Import(messages);
+        ASSERT_TRUE(DvnOdbcFaults::Fired());
+        const std::string injected = "injected into call " + std::to_string(n) + ",";
+        if (DvnOdbcFaults::FiredTolerated()) {
+            // A call whose failure the layer survives by design: the run
+            // is an undisturbed one.
+            ++tolerated;
+            EXPECT_EQ(level, baseLevel);
+            EXPECT_EQ(messages, baseMessages);
+        } else if (messages.find(injected) == std::string::npos &&
+                   m_out.find(injected) != std::string::npos) {
+            // A lookup that gives its empty result on a database failure
+            // prints the driver's text on standard output; the store goes
+            // on as for an object not found.
+            ++swallowed;
+            EXPECT_NE(m_out.find(std::string("(") + state + ","), std::string::npos) << m_out;
+        } else {
+            ++failedRuns;
+            EXPECT_GE(level, 8);
+            const bool named = messages.find(injected) != std::string::npos;
+            const bool notOpened = level == 12 && messages.find("51366") != std::string::npos &&
+                                   DvnConvCoreDbIF::LastOpenError().str().find(injected) != std::string::npos;
+            EXPECT_TRUE(named || notOpened) << messages << DvnConvCoreDbIF::LastOpenError();
+            const std::string reason = named ? messages : DvnConvCoreDbIF::LastOpenError().str();
+            EXPECT_NE(reason.find(std::string("(") + state + ","), std::string::npos) << reason;
         }
+        // A clean run repairs whatever the failure left.
+        DvnOdbcFaults::Reset();
+        EXPECT_LE(Import(messages), std::max(baseLevel, againLevel));
+        EXPECT_EQ(messages.find("51368"), std::string::npos) << messages;
+        ASSERT_EQ(Rows(written), loaded);
     }
     EXPECT_GT(failedRuns, 0);
     EXPECT_GE(tried.size(), std::min<unsigned long>(4, calls));

@@ -96,16 +96,6 @@ TEST_P(Import, EachSectionIsRefusedOnceUnderItsRightAndAnInitialLoadStoresWhatIt
     EXPECT_EQ(Version(), (Lines{"3|3|7"}));
 }
 
-TEST_P(Import, AFileThatDoesNotParseStoresNothingAndOneWithWarningsIsStored) {
-    EXPECT_EQ(Run(File("Category \"A\" {}\nCategory \"B\" { Description = ; }\n"), true), 12);
-    EXPECT_EQ(Run(m_files.Folder() + "/missing.trx", true), 12);
-    EXPECT_EQ(Count("CATEGORY"), "0");
-    EXPECT_EQ(Count("VERSION"), "0");  // the version row comes after the parse
-
-    EXPECT_EQ(Run(File("Category \"A\" { Colour = 3; }\n"), true), 4);
-    EXPECT_EQ(Count("CATEGORY"), "1");
-}
-
 TEST_P(Import, TheDataSourceComesFromTheArgumentOrElseFromTheProfile) {
     std::string file = File("Category \"A\" {}\n");
     DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
@@ -123,7 +113,8 @@ TEST_P(Import, TheDataSourceComesFromTheArgumentOrElseFromTheProfile) {
     EXPECT_EQ(Messages(), (Lines{Line(51366, "dvnbt_no_such_dsn;Password=********")}));
 }
 
-TEST_P(Import, AFolderOrAnUnreadableFileIsRefusedByNameAndNothingIsStored) {
+TEST_P(Import, AFileThatCannotBeReadOrParsedStoresNothingAndOneWithWarningsIsStored) {
+    // A folder, an unreadable file and an empty one are refused by name.
     const std::string unreadable = File("Category \"A\" {}\n");
     std::filesystem::permissions(unreadable, std::filesystem::perms::none);
     const bool asRoot = static_cast<bool>(std::ifstream(unreadable));  // root reads it all the same
@@ -134,8 +125,13 @@ TEST_P(Import, AFolderOrAnUnreadableFileIsRefusedByNameAndNothingIsStored) {
         EXPECT_EQ(out, "Could not load TRX" + path);
         EXPECT_EQ(Messages(), (Lines{Line(51301, path.c_str())}));  // after the parser's 52001
     }
+    EXPECT_EQ(Run(File("Category \"A\" {}\nCategory \"B\" { Description = ; }\n"), true), 12);
+    EXPECT_EQ(Run(m_files.Folder() + "/missing.trx", true), 12);
     EXPECT_EQ(Count("CATEGORY"), "0");
-    EXPECT_EQ(Count("VERSION"), "0");
+    EXPECT_EQ(Count("VERSION"), "0");  // the version row comes after the parse
+
+    EXPECT_EQ(Run(File("Category \"A\" { Colour = 3; }\n"), true), 4);
+    EXPECT_EQ(Count("CATEGORY"), "1");
 }
 
 TEST_P(Import, ADocumentationOfAnyLengthIsStoredAndReadBackWhole) {
@@ -150,19 +146,17 @@ TEST_P(Import, ADocumentationOfAnyLengthIsStoredAndReadBackWhole) {
     EXPECT_EQ(Messages(), (Lines{Line(51027, "Default Node"), Line(51026, "Default Queue Manager"),
                                  Line(51019, "Long"), Line(51021, "Long")}));
     // Read back through the recordsets, as every load reads.
-    DvnCategorySet category(&Db());
-    category.m_strFilter = "NAME = 'Long'";
-    category.Open(CRecordset::snapshot, "DVBT.CATEGORY", CRecordset::readOnly);
-    ASSERT_FALSE(category.IsEOF());
-    EXPECT_EQ(category.m_DOCUMENTATION.str().size(), text.size());
-    EXPECT_TRUE(category.m_DOCUMENTATION.str() == text);
-    category.Close();
-    DvnDataStructureSet structure(&Db());
-    structure.m_strFilter = "NAME = 'Long'";
-    structure.Open(CRecordset::snapshot, "DVBT.DATA_STRUCTURE", CRecordset::readOnly);
-    ASSERT_FALSE(structure.IsEOF());
-    EXPECT_TRUE(structure.m_DOCUMENTATION.str() == text);
-    structure.Close();
+    auto readBack = [&](auto&& set, const char* table) {
+        SCOPED_TRACE(table);
+        set.m_strFilter = "NAME = 'Long'";
+        set.Open(CRecordset::snapshot, table, CRecordset::readOnly);
+        ASSERT_FALSE(set.IsEOF());
+        EXPECT_EQ(set.m_DOCUMENTATION.str().size(), text.size());
+        EXPECT_TRUE(set.m_DOCUMENTATION.str() == text);
+        set.Close();
+    };
+    readBack(DvnCategorySet(&Db()), "DVBT.CATEGORY");
+    readBack(DvnDataStructureSet(&Db()), "DVBT.DATA_STRUCTURE");
 }
 
 // A message stream that raises a failure at the first report starting with

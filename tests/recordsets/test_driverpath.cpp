@@ -42,7 +42,6 @@ protected:
         }
         fs::remove_all(dir);
     }
-    void Registry(const std::string& text) { std::ofstream(dir / "odbcinst.ini") << text; }
     std::string Touch(const std::string& name) {
         std::ofstream(dir / name) << "not a driver";
         return (dir / name).string();
@@ -58,8 +57,9 @@ TEST_F(DriverPath, EnvironmentThenRegisteredDriverThenLibraryFolders) {
     struct Case {
         const char* what;
         std::string env;       // $DVN_SQLITE_ODBC_DRIVER, empty: unset
-        std::string registry;  // odbcinst.ini, empty: none
+        std::string registry;  // the registry file, empty: none
         std::string expected;  // empty: a real driver library of this machine
+        const char* file = "odbcinst.ini";  // another: named by ODBCINSTINI, as in unixODBC
     };
     const std::vector<Case> cases = {
         {"the environment wins over a registered driver", "/opt/x/libsqlite3odbc.so",
@@ -73,11 +73,14 @@ TEST_F(DriverPath, EnvironmentThenRegisteredDriverThenLibraryFolders) {
         {"a bare registered name", "", "[SQLite3]\nDriver=libsqlite3odbc.so\n", ""},
         {"only another driver registered", "", "[SQLite]\nDriver=" + fake + "\n", ""},
         {"no registry at all", "", "", ""},
+        {"a registry file of another name", "", "[SQLite3]\nDriver=" + fake + "\n", fake, "drivers.ini"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         fs::remove(dir / "odbcinst.ini");
-        if (!c.registry.empty()) Registry(c.registry);
+        if (!c.registry.empty()) std::ofstream(dir / c.file) << c.registry;
+        if (c.file == std::string("odbcinst.ini")) unsetenv("ODBCINSTINI");
+        else setenv("ODBCINSTINI", c.file, 1);
         if (c.env.empty()) unsetenv("DVN_SQLITE_ODBC_DRIVER");
         else setenv("DVN_SQLITE_ODBC_DRIVER", c.env.c_str(), 1);
         const std::string found = DvnConnection::EmbeddedDriverPath();
@@ -91,18 +94,10 @@ TEST_F(DriverPath, EnvironmentThenRegisteredDriverThenLibraryFolders) {
     }
 }
 
-// ODBCINSTINI names another file in the system folder, as in unixODBC.
-TEST_F(DriverPath, OtherRegistryFileName) {
-    const std::string fake = Touch("fake-driver.so");
-    std::ofstream(dir / "drivers.ini") << "[SQLite3]\nDriver=" << fake << "\n";
-    setenv("ODBCINSTINI", "drivers.ini", 1);
-    EXPECT_EQ(DvnConnection::EmbeddedDriverPath(), fake);
-}
-
 // The driver found from a bare registered name loads: a database file is
 // created and answers.
 TEST_F(DriverPath, FoundDriverConnects) {
-    Registry("[SQLite3]\nDriver=libsqlite3odbc.so\n");
+    std::ofstream(dir / "odbcinst.ini") << "[SQLite3]\nDriver=libsqlite3odbc.so\n";
     const std::string file = (dir / "found.db").string();
     CDatabase db;
     ASSERT_TRUE(db.OpenEx(DvnConnection::BuildConnectString(DvnConnection::EmbeddedDataSource(file), "", "")));

@@ -65,8 +65,9 @@ TEST_P(Lookups, ByNameAndByIdHonourTombstonesAndQuotes) {
     EXPECT_EQ(person.GetPersonID(Quoted("d'Arcy"), prefix, true), "P2");
 }
 
-// The lookups whose rows depend on more than one column or on a default.
-TEST_P(Lookups, BlocksDefaultsAndQueueManagerNames) {
+// The lookups whose rows depend on more than one column, on a default or on
+// another table.
+TEST_P(Lookups, BlocksDefaultsQueueManagerNamesAndAgents) {
     Exec("INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, INSIDE_BLOCK) VALUES ('A1', 'Check', 'P1', NULL)");
     Exec("INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, INSIDE_BLOCK) VALUES ('A2', 'Check', 'P1', 'B1')");
     Exec("INSERT INTO DVBT.SOURCE (SOURCE_ID, SOURCE_NUMBER, PID, BLOCK_AID) VALUES ('SO1', 1, 'P1', NULL)");
@@ -102,11 +103,9 @@ TEST_P(Lookups, BlocksDefaultsAndQueueManagerNames) {
     EXPECT_TRUE(qm.IsValidQueueManagerName("MQ1", Quoted("QM1"), prefix));
     EXPECT_FALSE(qm.IsValidQueueManagerName("MQ1", Quoted("QM2"), prefix));
     EXPECT_TRUE(qm.IsValidQueueManagerName("MQ9", Quoted("QM2"), prefix));
-}
 
-// An agent is found by its person's user id, which the schema keeps in
-// PE_AGENT.NAME as agents and persons are written or changed.
-TEST_P(Lookups, AgentsAreFoundByTheirPersonsUserId) {
+    // An agent is found by its person's user id, which the schema keeps in
+    // PE_AGENT.NAME as agents and persons are written or changed.
     Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P1', 'ANNA', 0)");
     Exec("INSERT INTO DVBT.PE_AGENT (PE_AGENT_ID, ASSOC_USER, CHECKED_OUT) VALUES ('A1', 'P1', 0)");
     Exec("INSERT INTO DVBT.PE_AGENT (PE_AGENT_ID, ASSOC_USER, CHECKED_OUT) VALUES ('A2', 'P2', 0)");

@@ -46,26 +46,24 @@ bool IsShortText(SQLSMALLINT type) { return type == SQL_VARCHAR || type == SQL_W
 
 using Schema = RepositoryTest;
 
-TEST_P(Schema, EveryTableHasExactlyTheColumnsItsClassExchangesInOrder) {
+// Each column's type holds what its class binds: a number, text of 255, or
+// long text; and a class's count is what its field exchange binds.
+TEST_P(Schema, EveryTableHasTheColumnsItsClassExchangesInTypesThatHoldTheirValues) {
     ASSERT_EQ(DvnSchema::ExistingTables(Db()).size(), DvnSchema::Tables().size());
     for (const auto& table : DvnSchema::Tables()) {
         SCOPED_TRACE(table.name);
-        // The count a class declares is the count its field exchange binds.
         const auto rs = table.make(nullptr);
         EXPECT_EQ(static_cast<size_t>(rs->m_nFields), rs->DescribeFields().size());
         const auto expected = DvnSchema::Columns(table);
         const auto actual = SelectStarColumns(Db(), table.name);
         ASSERT_EQ(actual.size(), expected.size());
         for (size_t i = 0; i < expected.size(); ++i) {
-            SCOPED_TRACE(expected[i].name);
-            EXPECT_EQ(actual[i].name, expected[i].name);
-            if (expected[i].kind != CFieldInfo::Text)
-                EXPECT_EQ(actual[i].type, SQL_INTEGER);
-            else if (expected[i].sqlType == SQL_VARCHAR)
-                EXPECT_TRUE(IsShortText(actual[i].type) && actual[i].size == 255) << actual[i].type << " " << actual[i].size;
-            else  // long text must hold at least what the class binds
-                EXPECT_TRUE(IsLongText(actual[i].type) || actual[i].size >= static_cast<SQLULEN>(expected[i].maxLength))
-                    << actual[i].type << " " << actual[i].size;
+            const auto& [name, type, size] = actual[i];
+            const CFieldInfo& bound = expected[i];
+            const bool holds = bound.kind != CFieldInfo::Text ? type == SQL_INTEGER
+                               : bound.sqlType == SQL_VARCHAR ? IsShortText(type) && size == 255
+                                                              : IsLongText(type) || size >= SQLULEN(bound.maxLength);
+            EXPECT_TRUE(name == bound.name && holds) << bound.name << ": " << name << " " << type << " " << size;
         }
     }
 }
@@ -118,43 +116,21 @@ std::vector<std::string> Counts(CDatabase& db) {
 
 int Count(CDatabase& db, const std::string& table) { return std::stoi(QueryValue(db, "SELECT COUNT(*) FROM DVBT." + table)); }
 
-// Removing a process row by the one Delete the store makes removes all that
-// belongs to it and nothing of another process; removing a data connector
-// removes its bend points and maps.
-TEST_P(Schema, DeletingAProcessOrADataConnectorLeavesNoOrphans) {
-    PopulateProcess(Db(), "2");
-    const auto withProcess2 = Counts(Db());
-    PopulateProcess(Db(), "1");
-    DvnSimplePrcSet process(&Db());
-    process.m_strFilter = "NAME = 'Process1'";
-    ASSERT_TRUE(process.Open(CRecordset::snapshot, prefix + "PROCESS", CRecordset::none));
-    ASSERT_FALSE(process.IsEOF());
-    process.Delete();
-    process.Close();
-    EXPECT_EQ(Counts(Db()), withProcess2);
-
-    DvnDataConnectorSet connector(&Db());
-    connector.m_strFilter = "DCID = 'D2'";
-    ASSERT_TRUE(connector.Open(CRecordset::snapshot, prefix + "DATA_CONNECTOR", CRecordset::none));
-    connector.Delete();
-    connector.Close();
-    EXPECT_EQ(Count(Db(), "DATA_BENDPOINT"), 0);
-    EXPECT_EQ(Count(Db(), "DATA_MAP"), 0);
-    EXPECT_EQ(Count(Db(), "ACTIVITY"), 3);
-    EXPECT_EQ(OrphanRows(Db()), std::vector<std::string>{});
-}
-
 // A deleted source or sink takes the data connectors from or to it, and
 // they their bend points and mappings; a connector of another process that
-// names the same key stays. The orphan check sees what is left behind.
-TEST_P(Schema, DeletingASourceOrASinkTakesItsDataConnectors) {
-    PopulateProcess(Db(), "1");
+// names the same key stays. Removing a process row by the one Delete the
+// store makes removes all that belongs to it and nothing of another
+// process; removing a data connector removes its bend points and maps.
+TEST_P(Schema, DeletingAProcessASourceASinkOrADataConnectorLeavesNoOrphans) {
     PopulateProcess(Db(), "2");
+    ExecAll(Db(),
+            {"INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_SOURCE, TO_SINK) VALUES ('P2', 'E2', 'SO2', 'SI2')"});
+    const auto withProcess2 = Counts(Db());
+    PopulateProcess(Db(), "1");
     for (const char* sql : {
              "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_SOURCE, TO_SINK) VALUES ('P1', 'E1', 'SO1', 'SI1')",
              "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_ACTIVITY, TO_SINK) VALUES ('P1', 'F1', 'A1', 'SI1')",
              "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_SOURCE, TO_ACTIVITY) VALUES ('P1', 'G1', 'SO1', 'A1')",
-             "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_SOURCE, TO_SINK) VALUES ('P2', 'E2', 'SO2', 'SI2')",
              "INSERT INTO DVBT.DATA_BENDPOINT (DCID, SEQUENCENO) VALUES ('E1', 1), ('F1', 1), ('G1', 1)",
              "INSERT INTO DVBT.DATA_MAP (DCID, FROM_MEMBER, TO_MEMBER) VALUES ('E1', 'a', 'b'), ('G1', 'a', 'b')",
          })
@@ -168,6 +144,25 @@ TEST_P(Schema, DeletingASourceOrASinkTakesItsDataConnectors) {
               (std::vector<std::string>{"D1", "D2", "E2"}));
     EXPECT_EQ(QueryRows(Db(), "SELECT DCID FROM DVBT.DATA_BENDPOINT ORDER BY DCID"),
               (std::vector<std::string>{"D1", "D2"}));
+    EXPECT_EQ(OrphanRows(Db()), std::vector<std::string>{});
+
+    ExecAll(Db(), {"INSERT INTO DVBT.SOURCE (SOURCE_ID, SOURCE_NUMBER, PID, BLOCK_AID) VALUES ('SO1', 1, 'P1', 'B1')",
+                   "INSERT INTO DVBT.SINK (SINK_ID, SINK_NUMBER, PID) VALUES ('SI1', 1, 'P1')"});
+    DvnSimplePrcSet process(&Db());
+    process.m_strFilter = "NAME = 'Process1'";
+    ASSERT_TRUE(process.Open(CRecordset::snapshot, prefix + "PROCESS", CRecordset::none));
+    ASSERT_FALSE(process.IsEOF());
+    process.Delete();
+    process.Close();
+    EXPECT_EQ(Counts(Db()), withProcess2);
+    DvnDataConnectorSet connector(&Db());
+    connector.m_strFilter = "DCID = 'D2'";
+    ASSERT_TRUE(connector.Open(CRecordset::snapshot, prefix + "DATA_CONNECTOR", CRecordset::none));
+    connector.Delete();
+    connector.Close();
+    EXPECT_EQ(Count(Db(), "DATA_BENDPOINT"), 0);
+    EXPECT_EQ(Count(Db(), "DATA_MAP"), 0);
+    EXPECT_EQ(Count(Db(), "ACTIVITY"), 3);
     EXPECT_EQ(OrphanRows(Db()), std::vector<std::string>{});
 
     // What the check reports: rows whose owner is gone, per table.
