@@ -6,7 +6,6 @@
 #include <algorithm>
 
 #include "../loadrun.h"
-#include "odbccall.h"
 #include "testenv.h"
 
 namespace {
@@ -115,20 +114,6 @@ TEST_P(DataStructureLoad, ASkeletonIsFilledByNameOrByKeyAndATombstoneOrNoRowGive
     DvnfEntity& byKey = run.data.GetEntityByOID(DvnfString("DataStructure"), DvnfString("S3"), true);
     EXPECT_EQ(run.fe.DsToCore(byKey), 8);
     EXPECT_EQ(run.Messages(), Lines{});
-}
-
-TEST_P(DataStructureLoad, AFailedReadOfTheMembersIsTracedAndEndsThem) {
-    Rows();
-    TraceCapture trace;
-    LoadRun run(Db());
-    DvnfEntity& order = run.data.CreateEntity(DvnfString("DataStructure"), DvnfString("S1"), DvnfString("Order"));
-    DvnOdbcFaults::Reset();
-    DvnOdbcFaults::FailCall(1, "08S01");
-    run.fe.DataStructureMember("S1", &order);
-    EXPECT_TRUE(DvnOdbcFaults::Fired());
-    DvnOdbcFaults::Reset();
-    EXPECT_EQ(Members(order), Lines{});
-    EXPECT_NE(trace.Text().find("Exception In DataStructureMember: rc = -1"), std::string::npos);
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DataStructureLoad);
