@@ -1,9 +1,7 @@
 // Servers loaded back: every kind with the columns it holds, by the readings
-// undone, named by their full names; and the server of examples/order.trx.
+// undone, named by their full names (the server of examples/order.trx:
+// test_nodes.cpp).
 #include <gtest/gtest.h>
-
-#include <fstream>
-#include <sstream>
 
 #include "../loadrun.h"
 #include "../roundtrip.h"
@@ -57,15 +55,9 @@ TEST_P(ServerLoad, EveryKindComesBackAsTheFileGaveItButForItsStoredForms) {
     EXPECT_EQ(run.Messages(), (std::vector<std::string>{"51527|EXE", "51530|SCH", "51529|MOD", "51528|GW",
                                                         "51526|DST", "51525|CLN", "51532|PES1", "51570|UP1"}));
     // A duration comes back in seconds, a time event with "AnyTime".
-    std::string expected = kServers;
-    auto replace = [&](const std::string& from, const std::string& to) {
-        const size_t at = expected.find(from);
-        ASSERT_NE(at, std::string::npos) << from;
-        expected.replace(at, from.size(), to);
-    };
-    replace("CleanupTime { Minutes = 2; }", "CleanupTime { Seconds = 120; }");
-    replace("StartTime { Every = 1;", "StartTime { AnyTime = false; Every = 1;");
-    replace("StopTime { Every = 2;", "StopTime { AnyTime = false; Every = 2;");
+    const std::string expected = Replaced(kServers, {{"CleanupTime { Minutes = 2; }", "CleanupTime { Seconds = 120; }"},
+                                                     {"StartTime { Every = 1;", "StartTime { AnyTime = false; Every = 1;"},
+                                                     {"StopTime { Every = 2;", "StopTime { AnyTime = false; Every = 2;"}});
     EXPECT_EQ(DvnTRXWriter(run.data).Write(), Canonical(expected));
 
     // By kind and key; a key without a row is reported where the kind has a message.
@@ -78,21 +70,6 @@ TEST_P(ServerLoad, EveryKindComesBackAsTheFileGaveItButForItsStoredForms) {
     one.fe.Servers(27, DvnString(""));
     EXPECT_EQ(one.Messages(), (std::vector<std::string>{"51527|EXE", "51563|nokey", "51568|nokey"}));
     EXPECT_EQ(one.Count("Server"), 1u);
-}
-
-TEST_P(ServerLoad, TheServerOfTheExampleComesBackAsItIs) {
-    std::ifstream in(std::string(DVN_SOURCE_DIR) + "/examples/order.trx");
-    std::stringstream text;
-    text << in.rdbuf();
-    // Kinds of the example that are not stored yet make the level 8.
-    Import(text.str());
-    const std::string file = text.str();
-    const size_t begin = file.find("Server \"PES1.DVNSYS.SYS_GRP\"");
-    ASSERT_NE(begin, std::string::npos);
-    const std::string server = file.substr(begin, file.find("\n}\n", begin) + 3 - begin);
-    LoadRun run(Db());
-    run.fe.Servers(DvnString(""));
-    EXPECT_EQ(DvnTRXWriter(run.data).Write(), Canonical(server));
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(ServerLoad);
