@@ -9,6 +9,8 @@
 #include "backendrun.h"
 #include "dvnbdbfe.h"
 
+using Lines = std::vector<std::string>;
+
 // The protected parts of the frame, for the tests.
 class TestableFe : public DvnConvCoreDbFe {
 public:

@@ -183,7 +183,7 @@ TEST_P(NullRule, ANullColumnSetsNothingAndAReferenceBecomesALinkToASkeleton) {
     DvnfTRXData data;
     ColumnsFe fe(&Db(), &data);
     fe.SetTablePrefix("DVBT.");
-    std::vector<std::string> seen;
+    Lines seen;
     const long count = fe.Read("SELECT * FROM DVBT.PROCESS ORDER BY PID", [&](DvnProcessSet& row) {
         DvnfEntity& process = data.CreateEntity(DvnfString("Process"), DvnfString(row.m_PID.c_str()),
                                                 DvnfString(row.m_NAME.c_str()));
@@ -199,7 +199,7 @@ TEST_P(NullRule, ANullColumnSetsNothingAndAReferenceBecomesALinkToASkeleton) {
         seen.push_back(line);
     });
     EXPECT_EQ(count, 3);
-    EXPECT_EQ(seen, (std::vector<std::string>{
+    EXPECT_EQ(seen, (Lines{
                         "PromptAtProcessStart=true RcCreation=0 Description=d Documentation=doc"
                         "|ProcessHasCategory=C9//0|ProcessHasOrganization=/Org A/0",
                         "PromptAtProcessStart=false RcCreation=2",

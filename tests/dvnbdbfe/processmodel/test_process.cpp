@@ -14,14 +14,12 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // Stops at every annotation read and asks the database who holds the
 // process: the lock of an export lasts while its diagram is read.
 class LockWatch : public DvnfCollectingMessageHandler {
 public:
     CDatabase* db = nullptr;
-    std::vector<std::string> holders;
+    Lines holders;
     void Report(long number, const DvnString& a1, const DvnString& a2, const DvnString& a3, const DvnString& a4,
                 const DvnString& a5, const DvnString& a6, const DvnString& a7) override {
         DvnfCollectingMessageHandler::Report(number, a1, a2, a3, a4, a5, a6, a7);
