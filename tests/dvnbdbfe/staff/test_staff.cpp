@@ -1,6 +1,6 @@
 // Loads of the staff family: persons, roles, organizations and levels (every
 // column rule, links only to rows that exist, relations in a fixed order,
-// tombstones bare); programs stored by dvnbt import (the groups per platform
+// tombstones bare); programs as an import stores them (the groups per platform
 // with their extras and services, the general settings, a program loaded
 // twice, the fill of a skeleton by name or by key); lists and tool sets (a
 // file imported and loaded back gives its canonical text up to the
@@ -179,13 +179,8 @@ TEST_P(StaffLoad, WhatTheStoreWritesComesBackAsTheFileSaidUpToTheStoredForms) {
 
 DVN_INSTANTIATE_BOTH_BACKENDS(StaffLoad);
 
-class ProgramLoad : public RepositoryTest {
+class ProgramLoad : public RoundTripTest {
 protected:
-    void Import(const std::string& trx) {
-        const CliResult r =
-            RunDvnbt(DvnbtArgs({"import", "--initial-load", files.Write(trx)}), {"DVNBT_PASSWORD=pw"});
-        ASSERT_LE(r.status, 3) << r.err;
-    }
     // Every group of the program: group|its defined attributes, and
     // group.External|the service's.
     static Lines Groups(const DvnfEntity& program) {
@@ -211,11 +206,10 @@ protected:
     DvnfEntity& ByName(LoadRun& run, const char* name) {
         return run.data.GetEntityByName(DvnfString("Program"), DvnfString(name));
     }
-    TrxFiles files;
 };
 
 TEST_P(ProgramLoad, GroupsComeBackFromTheirTablesWithTheirExtrasAndServices) {
-    Import(R"(
+    ASSERT_EQ(Import(R"(
 Program "All" { Description = "d"; Icon = "ICON"; Unattended = true; ExecutionMode = 1; ExecutionUser = 1; Trusted = false;
   WINNT { Type = 1; PathAndFilename = "a.exe"; Parameter = "-v"; InheritEnvironment = true; Style = 2; Foreground = true; }
   WIN95 { Type = 4; PathAndFilename = "lost"; Style = 2;
@@ -224,7 +218,7 @@ Program "All" { Description = "d"; Icon = "ICON"; Unattended = true; ExecutionMo
   KRX { Type = 2; PathAndFilename = "/k"; XTerm = true; External { Service = "k"; Mapping = true; MappingType = "mt"; } }
   TR880 { External { Service = "t"; Codepage = 850; Duration { Type = 2; Minutes = 2; } } } }
 Program "Bare" { WINNT { Type = 2; PathAndFilename = "b.exe"; } }
-)");
+)"), 0);
     ExecAll(Db(), {"UPDATE DVBT.PROGRAM SET EXECUTION_USER = 3 WHERE NAME = 'Bare'"});
     LoadRun run(Db());
     TraceCapture trace;
@@ -262,10 +256,10 @@ Program "Bare" { WINNT { Type = 2; PathAndFilename = "b.exe"; } }
 }
 
 TEST_P(ProgramLoad, ASkeletonIsFilledByNameOrByKeyAndAProgramReadTwiceHoldsTheRowsOfNow) {
-    Import(R"(
+    ASSERT_EQ(Import(R"(
 Program "Calc" { WINNT { Type = 1; PathAndFilename = "c.exe"; } KRX { Type = 1; PathAndFilename = "/c"; } }
 Program "Gone" { WINNT { Type = 1; PathAndFilename = "g.exe"; } }
-)");
+)"), 0);
     ExecAll(Db(), {"UPDATE DVBT.PROGRAM SET CHECKED_OUT = 4 WHERE NAME = 'Gone'"});
     const std::string key = QueryValue(Db(), "SELECT PROGRAM_ID FROM DVBT.PROGRAM WHERE NAME = 'Calc'");
     LoadRun run(Db());
