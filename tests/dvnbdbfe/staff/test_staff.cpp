@@ -14,7 +14,7 @@
 
 namespace {
 
-class StaffLoad : public RepositoryTest {
+class StaffLoad : public RoundTripTest {
 protected:
     void Exec(const std::string& sql) { ExecAll(Db(), {sql.c_str()}); }
     static Lines Elements(DvnfEntity& entity, const char* set) {
@@ -22,6 +22,38 @@ protected:
         DvnfDataSetIterator elements = entity.AttributeData()(set).ElementsOfSet();
         for (auto e = elements.First(); e.IsValid(); e = elements.Next()) out.push_back(e.AsString("").str());
         return out;
+    }
+    // The lists and tool sets of the repository, loaded and written.
+    std::string Loaded() {
+        LoadRun run(Db());
+        run.fe.Lists(DvnString(""));
+        run.fe.ToolSet(DvnString(""));
+        return DvnTRXWriter(run.data).Write();
+    }
+    // Every group of the program: group|its defined attributes, and
+    // group.External|the service's.
+    static Lines Groups(const DvnfEntity& program) {
+        Lines out;
+        const DvnfAttributeDataReader attributes = program.AttributeData();
+        for (const char* g : {"WINNT", "WIN95", "NK2", "KRX", "HPUX", "Solaris", "TR880"}) {
+            const auto group = attributes(g);
+            if (!group.IsDefined()) continue;
+            out.push_back(std::string(g) + "|" +
+                          Defined(group, {"Type", "PathAndFilename", "Parameter", "EntryPoint", "InheritEnvironment",
+                                          "Autoclose", "Style", "Foreground", "XTerm"}));
+            const auto external = group("External");
+            if (!external.IsDefined()) continue;
+            std::string line = std::string(g) + ".External|" +
+                               Defined(external, {"Service", "LocalUser", "SecurityChecking", "Codepage", "Mapping",
+                                                  "MappingType", "ForwardMapping"});
+            if (external("Duration").IsDefined())
+                line += " Duration=" + Defined(external("Duration"), {"Type", "Seconds"});
+            out.push_back(line);
+        }
+        return out;
+    }
+    DvnfEntity& ByName(LoadRun& run, const char* name) {
+        return run.data.GetEntityByName(DvnfString("Program"), DvnfString(name));
     }
 };
 
@@ -177,38 +209,7 @@ TEST_P(StaffLoad, WhatTheStoreWritesComesBackAsTheFileSaidUpToTheStoredForms) {
     EXPECT_EQ(LinkKeys(run.Get("Role", roleId.c_str())), "RoleHasPerson>" + annId);
 }
 
-DVN_INSTANTIATE_BOTH_BACKENDS(StaffLoad);
-
-class ProgramLoad : public RoundTripTest {
-protected:
-    // Every group of the program: group|its defined attributes, and
-    // group.External|the service's.
-    static Lines Groups(const DvnfEntity& program) {
-        Lines out;
-        const DvnfAttributeDataReader attributes = program.AttributeData();
-        for (const char* g : {"WINNT", "WIN95", "NK2", "KRX", "HPUX", "Solaris", "TR880"}) {
-            const auto group = attributes(g);
-            if (!group.IsDefined()) continue;
-            out.push_back(std::string(g) + "|" +
-                          Defined(group, {"Type", "PathAndFilename", "Parameter", "EntryPoint", "InheritEnvironment",
-                                          "Autoclose", "Style", "Foreground", "XTerm"}));
-            const auto external = group("External");
-            if (!external.IsDefined()) continue;
-            std::string line = std::string(g) + ".External|" +
-                               Defined(external, {"Service", "LocalUser", "SecurityChecking", "Codepage", "Mapping",
-                                                  "MappingType", "ForwardMapping"});
-            if (external("Duration").IsDefined())
-                line += " Duration=" + Defined(external("Duration"), {"Type", "Seconds"});
-            out.push_back(line);
-        }
-        return out;
-    }
-    DvnfEntity& ByName(LoadRun& run, const char* name) {
-        return run.data.GetEntityByName(DvnfString("Program"), DvnfString(name));
-    }
-};
-
-TEST_P(ProgramLoad, GroupsComeBackFromTheirTablesWithTheirExtrasAndServices) {
+TEST_P(StaffLoad, ProgramGroupsComeBackFromTheirTablesWithTheirExtrasAndServices) {
     ASSERT_EQ(Import(R"(
 Program "All" { Description = "d"; Icon = "ICON"; Unattended = true; ExecutionMode = 1; ExecutionUser = 1; Trusted = false;
   WINNT { Type = 1; PathAndFilename = "a.exe"; Parameter = "-v"; InheritEnvironment = true; Style = 2; Foreground = true; }
@@ -255,7 +256,7 @@ Program "Bare" { WINNT { Type = 2; PathAndFilename = "b.exe"; } }
               QueryValue(Db(), "SELECT DSID FROM DVBT.DATA_STRUCTURE WHERE NAME = 'Default Data Structure'"));
 }
 
-TEST_P(ProgramLoad, ASkeletonIsFilledByNameOrByKeyAndAProgramReadTwiceHoldsTheRowsOfNow) {
+TEST_P(StaffLoad, AProgramSkeletonIsFilledByNameOrByKeyAndAProgramReadTwiceHoldsTheRowsOfNow) {
     ASSERT_EQ(Import(R"(
 Program "Calc" { WINNT { Type = 1; PathAndFilename = "c.exe"; } KRX { Type = 1; PathAndFilename = "/c"; } }
 Program "Gone" { WINNT { Type = 1; PathAndFilename = "g.exe"; } }
@@ -288,20 +289,7 @@ Program "Gone" { WINNT { Type = 1; PathAndFilename = "g.exe"; } }
     EXPECT_EQ(Groups(filled).size(), 1u);
 }
 
-DVN_INSTANTIATE_BOTH_BACKENDS(ProgramLoad);
-
-class ListLoad : public RoundTripTest {
-protected:
-    void Exec(const std::string& sql) { ExecAll(Db(), {sql.c_str()}); }
-    std::string Loaded() {
-        LoadRun run(Db());
-        run.fe.Lists(DvnString(""));
-        run.fe.ToolSet(DvnString(""));
-        return DvnTRXWriter(run.data).Write();
-    }
-};
-
-TEST_P(ListLoad, ListsAndToolSetsComeBackAsWrittenUpToTheDocumentedDifferences) {
+TEST_P(StaffLoad, ListsAndToolSetsComeBackAsWrittenUpToTheDocumentedDifferences) {
     Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P1', 'CLERK', 0)");
     const std::string input = R"(
 ActivitiesList "Mine" { Description = "Own"; ListCommon { Type = 1; Owner = "CLERK"; Where = "STATE = 'READY'"; OrderBy = "NAME"; Threshold = 0; } }
@@ -336,7 +324,7 @@ ToolSet "O'Brien" { Description = "Icons"; DefaultProcessActivityIcon = "dvnbprc
     EXPECT_EQ(Loaded(), loaded);
 }
 
-TEST_P(ListLoad, AKeyIsMissedOnlyWhenNoTableHoldsItAndRowsReadAsTheirColumnsSay) {
+TEST_P(StaffLoad, AKeyIsMissedOnlyWhenNoTableHoldsItAndRowsReadAsTheirColumnsSay) {
     Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P1', 'CLERK', 4)");
     Exec("INSERT INTO DVBT.WORK_LIST (LIST_ID, NAME, TYPE, OWNER, BEEP_OPTION, CHECKED_OUT) VALUES "
          "('W1', 'Loud', 2, 'P1', 2, 0), ('W2', 'Gone', 1, 'P1', 1, 4)");
@@ -375,7 +363,7 @@ TEST_P(ListLoad, AKeyIsMissedOnlyWhenNoTableHoldsItAndRowsReadAsTheirColumnsSay)
     }
 }
 
-TEST_P(ListLoad, EachLoadOfAToolSetMakesANewKeyAndATombstoneKeepsItsAttributes) {
+TEST_P(StaffLoad, EachLoadOfAToolSetMakesANewKeyAndATombstoneKeepsItsAttributes) {
     Exec("INSERT INTO DVBT.TOOL_SET_DEFAULT (NAME, PROC_ACT_NAME, BLK_ACT_NAME, BUN_ACT_NAME, INFO_ACT_NAME, "
          "PROG_ACT_NAME, CHECKED_OUT) VALUES ('It''s', 'p', 'b', 'n', 'i', 'g', 4)");
     Exec("INSERT INTO DVBT.TOOL_SET_ICONS (TOOL_SET_NAME, NAME, IS_PROC_ACT, IS_BLK_ACT, IS_BUN_ACT, IS_INFO_ACT, "
@@ -403,6 +391,6 @@ TEST_P(ListLoad, EachLoadOfAToolSetMakesANewKeyAndATombstoneKeepsItsAttributes) 
     EXPECT_FALSE(attributes("InfoActivityIcons").IsValid());
 }
 
-DVN_INSTANTIATE_BOTH_BACKENDS(ListLoad);
+DVN_INSTANTIATE_BOTH_BACKENDS(StaffLoad);
 
 }  // namespace
