@@ -11,16 +11,58 @@
 
 namespace {
 
-class CategoryLoad : public RepositoryTest {
+class CatalogLoad : public RepositoryTest {
 protected:
-    static std::string Texts(const DvnfEntity& e) { return Defined(e.AttributeData(), {"Description", "Documentation"}); }
+    static std::string Texts(const DvnfEntity& e) {
+        return Defined(e.AttributeData(), {"Description", "Documentation"});
+    }
     static Lines Sorted(Lines lines) {
         std::sort(lines.begin(), lines.end());
         return lines;
     }
+    // Order's members are inserted out of their order; Gone is a tombstone
+    // whose member rows stayed.
+    void StructureRows() {
+        ExecAll(Db(), {"INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT, DESCRIPTION) VALUES "
+                       "('S1', 'Order', 0, 'an order'), ('S2', 'Address', 3, NULL), ('S3', 'Gone', 4, 'x')",
+                       "INSERT INTO DVBT.DATA_STRUCTURE_MBR (MEMBER, DSID, SEQUENCE_NO, TYPE_DS, DATA_TYPE, "
+                       "ARRAY_SIZE, LENGTH, DESCRIPTION, DOCUMENTATION) VALUES "
+                       "('Lines', 'S1', 4, NULL, 6, 20, 8, 'the lines', NULL), "
+                       "('Number', 'S1', 1, NULL, 5, NULL, 4, NULL, 'docs'), "
+                       "('ShipTo', 'S1', 3, 'S2', 7, NULL, NULL, NULL, NULL), "
+                       "('Note', 'S1', 2, NULL, 1, NULL, NULL, NULL, NULL), "
+                       "('Ghost', 'S1', 5, 'NOWHERE', 7, 2, NULL, NULL, NULL), "
+                       "('Flag', 'S1', 6, NULL, 3, NULL, NULL, NULL, NULL), "
+                       "('Odd', 'S1', 7, NULL, 9, NULL, NULL, NULL, NULL), "
+                       "('Street', 'S2', 1, NULL, 1, NULL, NULL, NULL, NULL), "
+                       "('Left', 'S3', 1, NULL, 1, NULL, NULL, NULL, NULL)"});
+    }
+    // Each member as name|attributes|sub-structure link target.
+    static Lines Members(const DvnfEntity& structure) {
+        Lines out;
+        DvnfDataSetIterator members = structure.AttributeData()("Members").ElementsOfSet();
+        for (DvnfAttributeDataReader m = members.First(); m.IsValid(); m = members.Next()) {
+            const DvnfEntity& object = m.AsEntity();
+            std::string line = object.Name().str() + "|" +
+                               Defined(m, {"Name", "Type", "Cardinality", "Description", "Documentation"});
+            const DvnfLink& sub = object.FirstLinkOfType("HasSubStructure");
+            if (sub.IsValid()) line += "|" + sub.Target().OID().str() + "=" + sub.Target().Name().str();
+            out.push_back(line);
+        }
+        return out;
+    }
+    const Lines kOrder = {
+        "Number|Name=Number Type=1 Documentation=docs",
+        "Note|Name=Note Type=0",
+        "ShipTo|Name=ShipTo Type=4|S2=Address",
+        "Lines|Name=Lines Type=2 Cardinality=20 Description=the lines",
+        "Ghost|Name=Ghost Cardinality=2",  // its structure is not there: no "Type"
+        "Flag|Name=Flag Type=3",
+        "Odd|Name=Odd Type=0",
+    };
 };
 
-TEST_P(CategoryLoad, RowsBecomeCategoriesInTheStateOfTheirMarkOnceEachAndFillSkeletonsByKey) {
+TEST_P(CatalogLoad, RowsBecomeCategoriesInTheStateOfTheirMarkOnceEachAndFillSkeletonsByKey) {
     ExecAll(Db(), {"INSERT INTO DVBT.CATEGORY (CATID, NAME, CHECKED_OUT, DESCRIPTION, DOCUMENTATION) VALUES "
                    "('C1', 'Sales', 0, 'Customer orders', 'Long text'), ('C2', 'Obsolete', 4, 'gone', 'gone too'), "
                    "('C3', 'Pending', 9, NULL, 'only docs'), ('C4', 'Fresh', 5, 'new', NULL), "
@@ -95,59 +137,12 @@ TEST_P(CategoryLoad, RowsBecomeCategoriesInTheStateOfTheirMarkOnceEachAndFillSke
     EXPECT_EQ(empty.Messages(), Lines{});
 }
 
-DVN_INSTANTIATE_BOTH_BACKENDS(CategoryLoad);
-
-class DataStructureLoad : public RepositoryTest {
-protected:
-    // Order's members are inserted out of their order; Gone is a tombstone
-    // whose member rows stayed.
-    void Rows() {
-        ExecAll(Db(), {"INSERT INTO DVBT.DATA_STRUCTURE (DSID, NAME, CHECKED_OUT, DESCRIPTION) VALUES "
-                       "('S1', 'Order', 0, 'an order'), ('S2', 'Address', 3, NULL), ('S3', 'Gone', 4, 'x')",
-                       "INSERT INTO DVBT.DATA_STRUCTURE_MBR (MEMBER, DSID, SEQUENCE_NO, TYPE_DS, DATA_TYPE, "
-                       "ARRAY_SIZE, LENGTH, DESCRIPTION, DOCUMENTATION) VALUES "
-                       "('Lines', 'S1', 4, NULL, 6, 20, 8, 'the lines', NULL), "
-                       "('Number', 'S1', 1, NULL, 5, NULL, 4, NULL, 'docs'), "
-                       "('ShipTo', 'S1', 3, 'S2', 7, NULL, NULL, NULL, NULL), "
-                       "('Note', 'S1', 2, NULL, 1, NULL, NULL, NULL, NULL), "
-                       "('Ghost', 'S1', 5, 'NOWHERE', 7, 2, NULL, NULL, NULL), "
-                       "('Flag', 'S1', 6, NULL, 3, NULL, NULL, NULL, NULL), "
-                       "('Odd', 'S1', 7, NULL, 9, NULL, NULL, NULL, NULL), "
-                       "('Street', 'S2', 1, NULL, 1, NULL, NULL, NULL, NULL), "
-                       "('Left', 'S3', 1, NULL, 1, NULL, NULL, NULL, NULL)"});
-    }
-    // Each member as name|attributes|sub-structure link target.
-    static Lines Members(const DvnfEntity& structure) {
-        Lines out;
-        DvnfDataSetIterator members = structure.AttributeData()("Members").ElementsOfSet();
-        for (DvnfAttributeDataReader m = members.First(); m.IsValid(); m = members.Next()) {
-            const DvnfEntity& object = m.AsEntity();
-            std::string line = object.Name().str() + "|" +
-                               Defined(m, {"Name", "Type", "Cardinality", "Description", "Documentation"});
-            const DvnfLink& sub = object.FirstLinkOfType("HasSubStructure");
-            if (sub.IsValid()) line += "|" + sub.Target().OID().str() + "=" + sub.Target().Name().str();
-            out.push_back(line);
-        }
-        return out;
-    }
-    const Lines kOrder = {
-        "Number|Name=Number Type=1 Documentation=docs",
-        "Note|Name=Note Type=0",
-        "ShipTo|Name=ShipTo Type=4|S2=Address",
-        "Lines|Name=Lines Type=2 Cardinality=20 Description=the lines",
-        "Ghost|Name=Ghost Cardinality=2",  // its structure is not there: no "Type"
-        "Flag|Name=Flag Type=3",
-        "Odd|Name=Odd Type=0",
-    };
-};
-
-TEST_P(DataStructureLoad, MembersComeInTheirStoredOrderWithTheirKindsAndSubStructures) {
-    Rows();
+TEST_P(CatalogLoad, StructureMembersComeInTheirStoredOrderWithTheirKindsAndSubStructures) {
+    StructureRows();
     LoadRun run(Db());
     run.fe.DataStructures(DvnString(""));
-    Lines messages = run.Messages();
-    std::sort(messages.begin(), messages.end());
-    EXPECT_EQ(messages, (Lines{"51515|Address", "51515|Default Data Structure", "51515|Gone", "51515|Order"}));
+    EXPECT_EQ(Sorted(run.Messages()),
+              (Lines{"51515|Address", "51515|Default Data Structure", "51515|Gone", "51515|Order"}));
 
     const DvnfEntity& order = run.Get("DataStructure", "S1");
     EXPECT_EQ(order.State(), DvnfObject::StateUnchanged);
@@ -170,8 +165,8 @@ TEST_P(DataStructureLoad, MembersComeInTheirStoredOrderWithTheirKindsAndSubStruc
     EXPECT_EQ(run.Messages().back(), "51551|NOPE");
 }
 
-TEST_P(DataStructureLoad, ASkeletonIsFilledByNameOrByKeyAndATombstoneOrNoRowGivesEight) {
-    Rows();
+TEST_P(CatalogLoad, AStructureSkeletonIsFilledByNameOrByKeyAndATombstoneOrNoRowGivesEight) {
+    StructureRows();
     LoadRun run(Db());
     // By name: the skeleton takes the key of the row.
     DvnfEntity& byName = run.data.GetEntityByName(DvnfString("DataStructure"), DvnfString("Order"), true);
@@ -201,6 +196,6 @@ TEST_P(DataStructureLoad, ASkeletonIsFilledByNameOrByKeyAndATombstoneOrNoRowGive
     EXPECT_EQ(run.Messages(), Lines{});
 }
 
-DVN_INSTANTIATE_BOTH_BACKENDS(DataStructureLoad);
+DVN_INSTANTIATE_BOTH_BACKENDS(CatalogLoad);
 
 }  // namespace

@@ -437,8 +437,8 @@ TEST_P(ProcessLoad, AFailedReadIsTracedOrReportedWhereTheLoadCatchesIt) {
         DvnOdbcFaults::Reset();
         EXPECT_NE(trace.Text().find(context), std::string::npos) << trace.Text();
         EXPECT_EQ(result, expected);
-        EXPECT_EQ(run.Messages(), reported ? Lines{"51368|Communication link failure (08S01, injected into call 1, SQLAllocHandle)"}
-                                           : Lines{});
+        const Lines told = {"51368|Communication link failure (08S01, injected into call 1, SQLAllocHandle)"};
+        EXPECT_EQ(run.Messages(), reported ? told : Lines{});
     }
     EXPECT_EQ(QueryValue(Db(), "SELECT CHECKED_OUT_BY FROM DVBT.PROCESS"), "<null>");
 }

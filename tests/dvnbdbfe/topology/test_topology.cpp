@@ -153,9 +153,10 @@ TEST_P(TopologyLoad, EveryServerKindComesBackAsTheFileGaveItButForItsStoredForms
     EXPECT_EQ(run.Messages(), (Lines{"51527|EXE", "51530|SCH", "51529|MOD", "51528|GW",
                                                         "51526|DST", "51525|CLN", "51532|PES1", "51570|UP1"}));
     // A duration comes back in seconds, a time event with "AnyTime".
-    const std::string expected = Replaced(kServers, {{"CleanupTime { Minutes = 2; }", "CleanupTime { Seconds = 120; }"},
-                                                     {"StartTime { Every = 1;", "StartTime { AnyTime = false; Every = 1;"},
-                                                     {"StopTime { Every = 2;", "StopTime { AnyTime = false; Every = 2;"}});
+    const std::string expected =
+        Replaced(kServers, {{"CleanupTime { Minutes = 2; }", "CleanupTime { Seconds = 120; }"},
+                            {"StartTime { Every = 1;", "StartTime { AnyTime = false; Every = 1;"},
+                            {"StopTime { Every = 2;", "StopTime { AnyTime = false; Every = 2;"}});
     EXPECT_EQ(DvnTRXWriter(run.data).Write(), Canonical(expected));
 
     // By kind and key; a key without a row is reported where the kind has a message.
