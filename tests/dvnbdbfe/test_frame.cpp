@@ -7,7 +7,6 @@
 
 #include "dvnprocsets.h"
 #include "loadrun.h"
-#include "storedforms.h"
 
 namespace {
 
@@ -59,12 +58,6 @@ TEST(LoadFrame, ColoursComeBackFromTheirNineDigits) {
         s.fe.GetColor(c.value, s.Group("Color"));
         EXPECT_EQ(s.Read("Color", {"Red", "Green", "Blue"}), c.parts) << c.value;
     }
-    // Every colour the store packs comes back.
-    for (long red : {0L, 7L, 255L, 999L})
-        for (long blue : {0L, 99L, 128L}) {
-            const auto parts = DvnStored::UnpackedColor(DvnStored::PackedColor(red, 40, blue));
-            EXPECT_EQ(std::make_tuple(parts.red, parts.green, parts.blue), std::make_tuple(red, 40L, blue));
-        }
 }
 
 TEST(LoadFrame, AFontSetsOnlyWhatItsColumnsHold) {
@@ -127,16 +120,6 @@ TEST(LoadFrame, TimeEventsAreReadWordByWord) {
     CString anytime("ANYTIME");
     s.fe.GetTimeEvent(anytime, event);
     EXPECT_EQ(s.Read("Event", names), "AnyTime=true");
-    // What the store writes comes back.
-    for (long every : {1L, 2L, 3L, 4L})
-        for (long on : {1L, 7L}) {
-            Scratch r;
-            CString text(DvnStored::TimeEvent(every, on, 14, 5));
-            r.fe.GetTimeEvent(text, r.Group("Event"));
-            EXPECT_EQ(r.Read("Event", names), "AnyTime=false Every=" + std::to_string(every) +
-                                                  " On=" + std::to_string(on) + " AtHours=14 AtMinutes=5")
-                << text;
-        }
 }
 
 TEST(LoadFrame, OwnCoreDataDiesWithTheObjectAndTheCallersStays) {
