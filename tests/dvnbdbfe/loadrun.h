@@ -2,11 +2,14 @@
 // are collected, over a repository of the test.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "backendrun.h"
 #include "dvnbdbfe.h"
+
+using Lines = std::vector<std::string>;
 
 // The protected parts of the frame, for the tests.
 class TestableFe : public DvnConvCoreDbFe {
@@ -43,6 +46,18 @@ inline std::string Defined(const DvnfAttributeDataReader& group, std::initialize
         if (!value.IsDefined()) continue;
         if (!out.empty()) out += ' ';
         out += std::string(name) + "=" + value.Value().str();
+    }
+    return out;
+}
+
+// The entity's links as "LinkType>key" joined by ' ', in their order, but for
+// the types left out.
+inline std::string LinkKeys(const DvnfEntity& entity, std::initializer_list<const char*> leftOut = {}) {
+    std::string out;
+    for (const DvnfLink& link : entity.Links()) {
+        const std::string type = link.Type().Name().str();
+        if (std::any_of(leftOut.begin(), leftOut.end(), [&](const char* t) { return type == t; })) continue;
+        out += (out.empty() ? "" : " ") + type + ">" + link.Target().OID().str();
     }
     return out;
 }

@@ -37,5 +37,14 @@ protected:
         EXPECT_EQ(DvnTRXFrontend(data, nullptr).ReadText(text, "expected", 0, nullptr, &error), 0) << error;
         return DvnTRXWriter(data).Write();
     }
+    // The text with the first place of each "from" replaced by its "to".
+    static std::string Replaced(std::string text, std::initializer_list<std::pair<std::string, std::string>> pairs) {
+        for (const auto& [from, to] : pairs) {
+            const size_t at = text.find(from);
+            EXPECT_NE(at, std::string::npos) << from;
+            if (at != std::string::npos) text.replace(at, from.size(), to);
+        }
+        return text;
+    }
     TrxFiles m_files;
 };

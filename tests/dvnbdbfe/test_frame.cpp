@@ -1,9 +1,12 @@
 // The frame of the loads: row marks to states, the stored forms undone
-// (colours, fonts, periods, time events) and who owns the core data.
+// (colours, fonts, periods, time events), who owns the core data, and the
+// null rule and links from reference columns on rows of both databases.
 #include <gtest/gtest.h>
 
+#include <functional>
+
+#include "dvnprocsets.h"
 #include "loadrun.h"
-#include "storedforms.h"
 
 namespace {
 
@@ -55,12 +58,6 @@ TEST(LoadFrame, ColoursComeBackFromTheirNineDigits) {
         s.fe.GetColor(c.value, s.Group("Color"));
         EXPECT_EQ(s.Read("Color", {"Red", "Green", "Blue"}), c.parts) << c.value;
     }
-    // Every colour the store packs comes back.
-    for (long red : {0L, 7L, 255L, 999L})
-        for (long blue : {0L, 99L, 128L}) {
-            const auto parts = DvnStored::UnpackedColor(DvnStored::PackedColor(red, 40, blue));
-            EXPECT_EQ(std::make_tuple(parts.red, parts.green, parts.blue), std::make_tuple(red, 40L, blue));
-        }
 }
 
 TEST(LoadFrame, AFontSetsOnlyWhatItsColumnsHold) {
@@ -123,16 +120,6 @@ TEST(LoadFrame, TimeEventsAreReadWordByWord) {
     CString anytime("ANYTIME");
     s.fe.GetTimeEvent(anytime, event);
     EXPECT_EQ(s.Read("Event", names), "AnyTime=true");
-    // What the store writes comes back.
-    for (long every : {1L, 2L, 3L, 4L})
-        for (long on : {1L, 7L}) {
-            Scratch r;
-            CString text(DvnStored::TimeEvent(every, on, 14, 5));
-            r.fe.GetTimeEvent(text, r.Group("Event"));
-            EXPECT_EQ(r.Read("Event", names), "AnyTime=false Every=" + std::to_string(every) +
-                                                  " On=" + std::to_string(on) + " AtHours=14 AtMinutes=5")
-                << text;
-        }
 }
 
 TEST(LoadFrame, OwnCoreDataDiesWithTheObjectAndTheCallersStays) {
@@ -140,9 +127,6 @@ TEST(LoadFrame, OwnCoreDataDiesWithTheObjectAndTheCallersStays) {
     {
         DvnConvCoreDbFe fe(nullptr, &data);
         EXPECT_EQ(fe.CoreData(), &data);
-        EXPECT_EQ(fe.GetTablePrefix(), "");
-        fe.SetTablePrefix("DVBT.");
-        EXPECT_EQ(fe.GetTablePrefix(), "DVBT.");
     }
     data.CreateEntity(DvnfString("Category"), DvnfString(""), DvnfString("still here"));
     EXPECT_EQ(data.GetEntities(DvnfString("Category")).size(), 1u);
@@ -152,5 +136,62 @@ TEST(LoadFrame, OwnCoreDataDiesWithTheObjectAndTheCallersStays) {
     ASSERT_NE(own.CoreData(), nullptr);
     EXPECT_NE(own.CoreData()->MessageHandler(), nullptr);
 }
+
+class ColumnsFe : public TestableFe {
+public:
+    using TestableFe::TestableFe;
+    // The columns of a PROCESS row as a load would copy them.
+    void Copy(DvnProcessSet& row, DvnfEntity& process) {
+        DvnfAttributeData a = process.AttributeData();
+        CopyFlag(row, row.m_PROMPT_AT_PRC_STRT, a("PromptAtProcessStart"));
+        CopyLong(row, row.m_RC_CREATION, a("RcCreation"));
+        CopyTexts(row, row.m_DESCRIPTION, row.m_DOCUMENTATION, a);
+        LinkByOID(process, "ProcessHasCategory", "Category", row, row.m_CATID);
+        LinkByName(process, "ProcessHasOrganization", "Organization", row, row.m_ORGANIZATION);
+    }
+    long Read(const CString& statement, const std::function<void(DvnProcessSet&)>& onRow) {
+        DvnProcessSet rs(m_pDatabase);
+        return ReadRows(rs, statement, onRow);
+    }
+};
+
+class NullRule : public RepositoryTest {};
+
+TEST_P(NullRule, ANullColumnSetsNothingAndAReferenceBecomesALinkToASkeleton) {
+    ExecAll(Db(), {"INSERT INTO DVBT.PROCESS (PID, NAME, CATID, ORGANIZATION, RC_CREATION, PROMPT_AT_PRC_STRT, "
+                   "CHECKED_OUT, DESCRIPTION, DOCUMENTATION) VALUES "
+                   "('P1', 'One', 'C9', 'Org A', 0, 7, 0, 'd', 'doc'), "
+                   "('P2', 'Two', NULL, NULL, 2, 0, 0, NULL, NULL), "
+                   "('P3', 'Three', NULL, NULL, NULL, NULL, 0, NULL, NULL)"});
+    DvnfTRXData data;
+    ColumnsFe fe(&Db(), &data);
+    fe.SetTablePrefix("DVBT.");
+    Lines seen;
+    const long count = fe.Read("SELECT * FROM DVBT.PROCESS ORDER BY PID", [&](DvnProcessSet& row) {
+        DvnfEntity& process = data.CreateEntity(DvnfString("Process"), DvnfString(row.m_PID.c_str()),
+                                                DvnfString(row.m_NAME.c_str()));
+        fe.Copy(row, process);
+        const DvnfEntity& p = process;
+        std::string line = Defined(p.AttributeData(), {"PromptAtProcessStart", "RcCreation", "Description",
+                                                       "Documentation"});
+        for (const char* link : {"ProcessHasCategory", "ProcessHasOrganization"}) {
+            const DvnfLink& l = p.FirstLinkOfType(link);
+            if (l.IsValid()) line += std::string("|") + link + "=" + l.Target().OID().str() + "/" +
+                                     l.Target().Name().str() + "/" + std::to_string(l.Target().State());
+        }
+        seen.push_back(line);
+    });
+    EXPECT_EQ(count, 3);
+    EXPECT_EQ(seen, (Lines{
+                        "PromptAtProcessStart=true RcCreation=0 Description=d Documentation=doc"
+                        "|ProcessHasCategory=C9//0|ProcessHasOrganization=/Org A/0",
+                        "PromptAtProcessStart=false RcCreation=2",
+                        "",
+                    }));
+    // No row: no call, and the count says so.
+    EXPECT_EQ(fe.Read("SELECT * FROM DVBT.PROCESS WHERE PID = 'none'", [](DvnProcessSet&) { FAIL(); }), 0);
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(NullRule);
 
 }  // namespace

@@ -1,0 +1,396 @@
+// Loads of the staff family: persons, roles, organizations and levels (every
+// column rule, links only to rows that exist, relations in a fixed order,
+// tombstones bare); programs as an import stores them (the groups per platform
+// with their extras and services, the general settings, a program loaded
+// twice, the fill of a skeleton by name or by key); lists and tool sets (a
+// file imported and loaded back gives its canonical text up to the
+// differences docs/lists.md lists; keys of one kind of list, owners, beeps,
+// tombstones and the keys of tool sets).
+#include <gtest/gtest.h>
+
+#include "../loadrun.h"
+#include "../roundtrip.h"
+#include "testenv.h"
+
+namespace {
+
+class StaffLoad : public RoundTripTest {
+protected:
+    void Exec(const std::string& sql) { ExecAll(Db(), {sql.c_str()}); }
+    static Lines Elements(DvnfEntity& entity, const char* set) {
+        Lines out;
+        DvnfDataSetIterator elements = entity.AttributeData()(set).ElementsOfSet();
+        for (auto e = elements.First(); e.IsValid(); e = elements.Next()) out.push_back(e.AsString("").str());
+        return out;
+    }
+    // The lists and tool sets of the repository, loaded and written.
+    std::string Loaded() {
+        LoadRun run(Db());
+        run.fe.Lists(DvnString(""));
+        run.fe.ToolSet(DvnString(""));
+        return DvnTRXWriter(run.data).Write();
+    }
+    // Every group of the program: group|its defined attributes, and
+    // group.External|the service's.
+    static Lines Groups(const DvnfEntity& program) {
+        Lines out;
+        const DvnfAttributeDataReader attributes = program.AttributeData();
+        for (const char* g : {"WINNT", "WIN95", "NK2", "KRX", "HPUX", "Solaris", "TR880"}) {
+            const auto group = attributes(g);
+            if (!group.IsDefined()) continue;
+            out.push_back(std::string(g) + "|" +
+                          Defined(group, {"Type", "PathAndFilename", "Parameter", "EntryPoint", "InheritEnvironment",
+                                          "Autoclose", "Style", "Foreground", "XTerm"}));
+            const auto external = group("External");
+            if (!external.IsDefined()) continue;
+            std::string line = std::string(g) + ".External|" +
+                               Defined(external, {"Service", "LocalUser", "SecurityChecking", "Codepage", "Mapping",
+                                                  "MappingType", "ForwardMapping"});
+            if (external("Duration").IsDefined())
+                line += " Duration=" + Defined(external("Duration"), {"Type", "Seconds"});
+            out.push_back(line);
+        }
+        return out;
+    }
+    DvnfEntity& ByName(LoadRun& run, const char* name) {
+        return run.data.GetEntityByName(DvnfString("Program"), DvnfString(name));
+    }
+};
+
+TEST_P(StaffLoad, APersonComesBackWithItsColumnsAndOnlyTheLinksWhoseRowsExist) {
+    AddSystemGroup(Db(), "G1", "SYS_GRP");
+    AddSystem(Db(), "S1", "DVNSYS", "G1");
+    AddCategory(Db(), "K1", "Sales");
+    AddCategory(Db(), "K2", "Billing");
+    AddRole(Db(), "R2", "Clerks");
+    AddRole(Db(), "R1", "Auditors");
+    AddOrganization(Db(), "O1", "Office");
+    Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, LEVEL_ID, SYSTEM, SYSTEM_GROUP, SUBSTITUTE, ORGANIZATION_ID, "
+         "PASSWORD, PERSONID, FIRSTNAME, LASTNAME, PHONENUMBER, ABSENT_FLAG, STAFF_AUTH, TOPOLOGY_AUTH, "
+         "GLOBAL_PRC_AUTH, GLOBAL_PADM_AUTH, GLOBAL_PERS_AUTH, RESET_ABSENT_IND, CHECKED_OUT, DESCRIPTION) VALUES "
+         "('P1', 'ANN', 5, 'S1', 'G1', 'P2', 'O1', 'pbkdf2-sha256$2048$ab', 'E-1', 'Ann', 'Lee', '123', 1, 1, 0, "
+         "0, 0, 0, 0, 0, 'Lead'), "
+         "('P2', 'BOB', 0, 'SX', 'GX', 'PX', 'OX', NULL, NULL, NULL, NULL, NULL, 0, 0, 0, 1, 1, 1, NULL, 5, NULL), "
+         "('P3', 'CY', 1, 'S1', 'G1', NULL, NULL, 'x', NULL, 'Cy', NULL, NULL, 0, 1, 1, 0, 0, 0, 0, 4, 'gone'), "
+         "('P4', 'DEE', 1, 'S1', 'G1', NULL, NULL, NULL, NULL, NULL, NULL, NULL, 0, 0, 0, 1, 0, NULL, 0, 3, NULL)");
+    for (const char* relation : {"ROLE_INCL_PERSON VALUES ('R2', 'P1')", "ROLE_INCL_PERSON VALUES ('R1', 'P1')",
+                                 "ROLE_INCL_PERSON VALUES ('RX', 'P1')", "PERS_HAS_PRC_AUTH VALUES ('P1', 'K1')",
+                                 "PERS_HAS_PRC_AUTH VALUES ('P1', 'KX')", "PERS_SEL_PADM_AUTH VALUES ('P1', 'K2')",
+                                 "PERS_HAS_PRC_AUTH VALUES ('P2', 'K1')", "PERS_AUTH_FOR_PERS VALUES ('P1', 'P4')",
+                                 "PERS_AUTH_FOR_PERS VALUES ('P1', 'PX')", "PERS_AUTH_FOR_PERS VALUES ('P1', 'P2')"})
+        Exec(std::string("INSERT INTO DVBT.") + relation);
+
+    LoadRun run(Db());
+    run.fe.Persons(DvnString(""));
+    EXPECT_EQ(run.Count("Person"), 4u);
+    DvnfEntity& ann = run.Get("Person", "P1");
+    ASSERT_TRUE(ann.IsValid());
+    EXPECT_EQ(ann.Name().str(), "ANN");
+    EXPECT_EQ(Defined(ann.AttributeData(),
+                      {"PersonId", "Password", "FirstName", "MiddleName", "LastName", "Phone", "Level",
+                       "AuthorizedForStaff", "AuthorizedForTopology", "AuthorizedForAllCategories",
+                       "AuthorizedForWorklistsOfAll", "IsAbsent", "ResetAbsent", "Description"}),
+              "PersonId=E-1 Password=pbkdf2-sha256$2048$ab FirstName=Ann LastName=Lee Phone=123 Level=5 "
+              "AuthorizedForStaff=true AuthorizedForWorklistsOfAll=false IsAbsent=true ResetAbsent=false "
+              "Description=Lead");
+    // Relations in the order of their keys; the dangling ones left out.
+    EXPECT_EQ(LinkKeys(ann), "PersonIsInSystemGroup>G1 PersonIsInSystem>S1 HasSubstitute>P2 PersonHasRole>R1 "
+                             "PersonHasRole>R2 PersonIsInOrganization>O1 PersonIsAuthorizedAsAdminFor>K2 "
+                             "PersonIsAuthorizedFor>K1");
+    EXPECT_EQ(Elements(ann, "AuthorizedForWorklists"), (Lines{"BOB", "DEE"}));
+
+    // Level 0 is no level; both global rights give 1 and hide the rows;
+    // dangling references make no link.
+    DvnfEntity& bob = run.Get("Person", "P2");
+    EXPECT_EQ(Defined(bob.AttributeData(), {"Level", "Password", "AuthorizedForAllCategories",
+                                            "AuthorizedForWorklistsOfAll", "IsAbsent"}),
+              "AuthorizedForAllCategories=1 AuthorizedForWorklistsOfAll=true IsAbsent=false");
+    EXPECT_EQ(LinkKeys(bob), "");
+    EXPECT_EQ(bob.State(), 2);
+
+    // A tombstone is bare; GLOBAL_PERS_AUTH NULL says nothing of work lists.
+    DvnfEntity& cy = run.Get("Person", "P3");
+    EXPECT_EQ(cy.State(), 1);
+    EXPECT_EQ(Defined(cy.AttributeData(), {"FirstName", "Password", "Description", "AuthorizedForStaff"}), "");
+    DvnfEntity& dee = run.Get("Person", "P4");
+    EXPECT_EQ(Defined(dee.AttributeData(), {"AuthorizedForAllCategories", "AuthorizedForWorklistsOfAll"}),
+              "AuthorizedForAllCategories=2");
+
+    LoadRun one(Db());
+    one.fe.Persons(DvnString("P9"));
+    EXPECT_EQ(one.Messages(), (Lines{"51536|P9"}));
+}
+
+TEST_P(StaffLoad, RolesOrganizationsAndLevelsLinkOnlyToRowsThatExist) {
+    AddPerson(Db(), {.id = "P1", .userId = "ANN", .systemGroup = "G1", .password = "pw"});
+    AddPerson(Db(), {.id = "P2", .userId = "BOB", .systemGroup = "G1", .password = "pw"});
+    Exec("INSERT INTO DVBT.ROLE (ROLE_ID, NAME, COORDINATOR_ID, CHECKED_OUT, DESCRIPTION) VALUES "
+         "('R1', 'Clerks', 'P1', 0, 'Front desk'), ('R2', 'Orphans', 'PX', 0, NULL)");
+    for (const char* member : {"('R1', 'P2')", "('R1', 'PX')", "('R1', 'P1')"})
+        Exec(std::string("INSERT INTO DVBT.ROLE_INCL_PERSON VALUES ") + member);
+    Exec("INSERT INTO DVBT.ORGANIZATION (ORGANIZATION_ID, NAME, PARENT_ORG_ID, MANAGER_ID, CHECKED_OUT) VALUES "
+         "('O1', 'Top', NULL, 'P1', 0), ('O2', 'Sub', 'O1', 'PX', 0), ('O3', 'Lost', 'OX', 'P2', 4)");
+    Exec("UPDATE DVBT.PERSON SET ORGANIZATION_ID = 'O2'");
+
+    LoadRun run(Db());
+    run.fe.Roles(DvnString(""));
+    run.fe.Orgs(DvnString(""));
+    DvnfEntity& clerks = run.Get("Role", "R1");
+    EXPECT_EQ(LinkKeys(clerks), "RoleHasCoordinator>P1 RoleHasPerson>P1 RoleHasPerson>P2");
+    EXPECT_EQ(Defined(clerks.AttributeData(), {"Description", "Documentation"}), "Description=Front desk");
+    EXPECT_EQ(LinkKeys(run.Get("Role", "R2")), "");
+    EXPECT_EQ(LinkKeys(run.Get("Organization", "O2")),
+              "OrganizationHasParent>O1 OrganizationHasPerson>P1 OrganizationHasPerson>P2");
+    EXPECT_EQ(LinkKeys(run.Get("Organization", "O1")), "OrganizationHasManager>P1");
+    EXPECT_EQ(run.Get("Organization", "O3").State(), 1);
+
+    // Levels: the number is key and name; a key that is no number or has no
+    // row is not found, an empty table says nothing.
+    LoadRun levels(Db());
+    levels.fe.Levels(DvnString(""));
+    levels.fe.Levels(DvnString("5"));
+    levels.fe.Levels(DvnString("5; DROP TABLE X"));
+    EXPECT_EQ(levels.Messages(), (Lines{"51539|5", "51539|5; DROP TABLE X"}));
+    Exec("INSERT INTO DVBT.STAFF_LEVEL (LEVEL_ID, NAME, CHECKED_OUT, DESCRIPTION, DOCUMENTATION) VALUES "
+         "(5, 'Lead', 0, 'Leads', 'not read')");
+    LoadRun five(Db());
+    five.fe.Levels(DvnString("5"));
+    five.fe.Roles(DvnString("R9"));
+    five.fe.Orgs(DvnString("O9"));
+    EXPECT_EQ(five.Messages(), (Lines{"51503|5", "51537|R9", "51538|O9"}));
+    EXPECT_EQ(Defined(five.Get("Level", "5").AttributeData(), {"Name", "Description", "Documentation"}),
+              "Name=Lead Description=Leads");
+}
+
+TEST_P(StaffLoad, WhatTheStoreWritesComesBackAsTheFileSaidUpToTheStoredForms) {
+    AddSystemGroup(Db(), "G1", "SYS_GRP");
+    AddSystem(Db(), "S1", "DVNSYS", "G1");
+    AddCategory(Db(), "K1", "Sales");
+    {
+        ImportRun run(true);
+        run.Add("Level", "5").AttributeData()("Name") = "Lead";
+        DvnfEntity& ann = run.Add("Person", "ann");
+        DvnfEntity& bob = run.Add("Person", "bob");
+        DvnfAttributeData a = ann.AttributeData();
+        a("Password") = "pw";
+        a("Level") = 5L;
+        a("AuthorizedForAllCategories") = 1L;
+        a("AuthorizedForStaff") = true;
+        a("AuthorizedForWorklists").NewSetElement() = "bob";
+        bob.AttributeData()("AuthorizedForWorklistsOfAll") = true;
+        run.data.AddLinkByName(bob, DvnfString("PersonIsAuthorizedFor"), DvnfString("Category"), DvnfString("Sales"));
+        run.data.AddLinkByName(ann, DvnfString("PersonHasRole"), DvnfString("Role"), DvnfString("Clerks"));
+        run.Add("Role", "Clerks");
+        ASSERT_EQ(run.be.SaveLevels(Db(), true), 0);
+        ASSERT_EQ(run.be.SavePeople(Db(), true), 0);
+        ASSERT_EQ(run.be.SaveRoles(Db(), true), 0);
+        ASSERT_EQ(run.be.SavePeople2(Db(), true), 0) << testing::PrintToString(run.Messages());
+    }
+    LoadRun run(Db());
+    run.fe.Persons(DvnString(""));
+    run.fe.Roles(DvnString(""));
+    const std::string annId = QueryValue(Db(), "SELECT PERSON_ID FROM DVBT.PERSON WHERE USERID = 'ANN'");
+    const std::string bobId = QueryValue(Db(), "SELECT PERSON_ID FROM DVBT.PERSON WHERE USERID = 'BOB'");
+    DvnfEntity& ann = run.Get("Person", annId.c_str());
+    ASSERT_TRUE(ann.IsValid());
+    EXPECT_EQ(ann.Name().str(), "ANN");
+    EXPECT_EQ(Defined(ann.AttributeData(), {"Level", "AuthorizedForAllCategories", "AuthorizedForStaff",
+                                            "AuthorizedForWorklistsOfAll"}),
+              "Level=5 AuthorizedForAllCategories=1 AuthorizedForStaff=true AuthorizedForWorklistsOfAll=false");
+    EXPECT_EQ(Elements(ann, "AuthorizedForWorklists"), (Lines{"BOB"}));
+    EXPECT_TRUE(DvnUser::PasswordMatches("ann", "pw", ann.AttributeData()("Password").AsString("")));
+    const std::string roleId = QueryValue(Db(), "SELECT ROLE_ID FROM DVBT.ROLE");
+    EXPECT_EQ(LinkKeys(ann), "PersonIsInSystemGroup>G1 PersonIsInSystem>S1 PersonHasRole>" + roleId);
+    DvnfEntity& bob = run.Get("Person", bobId.c_str());
+    EXPECT_EQ(LinkKeys(bob), "PersonIsInSystemGroup>G1 PersonIsInSystem>S1 PersonIsAuthorizedFor>K1");
+    EXPECT_EQ(Defined(bob.AttributeData(), {"AuthorizedForWorklistsOfAll"}), "AuthorizedForWorklistsOfAll=true");
+    // The member comes back from the role's side too.
+    EXPECT_EQ(run.Count("Role"), 1u);
+    EXPECT_EQ(LinkKeys(run.Get("Role", roleId.c_str())), "RoleHasPerson>" + annId);
+}
+
+TEST_P(StaffLoad, ProgramGroupsComeBackFromTheirTablesWithTheirExtrasAndServices) {
+    ASSERT_EQ(Import(R"(
+Program "All" { Description = "d"; Icon = "ICON"; Unattended = true; ExecutionMode = 1; ExecutionUser = 1; Trusted = false;
+  WINNT { Type = 1; PathAndFilename = "a.exe"; Parameter = "-v"; InheritEnvironment = true; Style = 2; Foreground = true; }
+  WIN95 { Type = 4; PathAndFilename = "lost"; Style = 2;
+          External { Service = "w"; Mapping = false; MappingType = "lost"; Duration { Type = 0; } } }
+  NK2 { Type = 1; PathAndFilename = "n"; Autoclose = true; }
+  KRX { Type = 2; PathAndFilename = "/k"; XTerm = true; External { Service = "k"; Mapping = true; MappingType = "mt"; } }
+  TR880 { External { Service = "t"; Codepage = 850; Duration { Type = 2; Minutes = 2; } } } }
+Program "Bare" { WINNT { Type = 2; PathAndFilename = "b.exe"; } }
+)"), 0);
+    ExecAll(Db(), {"UPDATE DVBT.PROGRAM SET EXECUTION_USER = 3 WHERE NAME = 'Bare'"});
+    LoadRun run(Db());
+    TraceCapture trace;
+    run.fe.Programs("");
+    EXPECT_EQ(run.Messages(), (Lines{"51514|All", "51514|Bare"}));
+    EXPECT_EQ(run.Count("Program"), 2u);
+
+    DvnfEntity& all = ByName(run, "All");
+    EXPECT_EQ(Defined(all.AttributeData(), {"Description", "Icon", "Unattended", "ExecutionMode", "ExecutionUser",
+                                            "Trusted", "StructuresFromActivity", "InputContainerAccess"}),
+              "Description=d Icon=ICON Unattended=true ExecutionMode=1 ExecutionUser=1 Trusted=false "
+              "StructuresFromActivity=false");
+    // A group of the external type has its type and its service only; a
+    // duration of none comes back as its type.
+    EXPECT_EQ(Groups(all), (Lines{"WINNT|Type=1 PathAndFilename=a.exe Parameter=-v InheritEnvironment=true Style=2 "
+                                  "Foreground=true",
+                                  "WIN95|Type=4", "WIN95.External|Service=w LocalUser=true SecurityChecking=true "
+                                  "Mapping=false Duration=Type=0",
+                                  "NK2|Type=1 PathAndFilename=n Autoclose=true Style=0 Foreground=false",
+                                  // The service of a group of another type is not read back.
+                                  "KRX|Type=2 PathAndFilename=/k XTerm=true",
+                                  "TR880|Type=4", "TR880.External|Service=t LocalUser=true SecurityChecking=true "
+                                  "Codepage=850 Mapping=true Duration=Type=2 Seconds=120"}));
+    // Rows of one table only give that group only, not of the windowed type
+    // with its extras neutral; an unknown user is traced.
+    DvnfEntity& bare = ByName(run, "Bare");
+    EXPECT_EQ(Groups(bare), (Lines{"WINNT|Type=2 PathAndFilename=b.exe Style=0 Foreground=false"}));
+    for (const char* absent : {"WIN95", "NK2", "KRX", "HPUX", "Solaris", "TR880"})
+        EXPECT_FALSE(bare.AttributeData()(absent).IsValid()) << absent;
+    EXPECT_FALSE(bare.AttributeData()("ExecutionUser").IsValid());
+    EXPECT_NE(trace.Text().find("Error in ProgramSetting: Unknown EXECUTION_USER"), std::string::npos);
+    // Both have the default structure.
+    EXPECT_EQ(bare.FirstLinkOfType("ProgramHasInputStr").Target().OID().str(),
+              QueryValue(Db(), "SELECT DSID FROM DVBT.DATA_STRUCTURE WHERE NAME = 'Default Data Structure'"));
+}
+
+TEST_P(StaffLoad, AProgramSkeletonIsFilledByNameOrByKeyAndAProgramReadTwiceHoldsTheRowsOfNow) {
+    ASSERT_EQ(Import(R"(
+Program "Calc" { WINNT { Type = 1; PathAndFilename = "c.exe"; } KRX { Type = 1; PathAndFilename = "/c"; } }
+Program "Gone" { WINNT { Type = 1; PathAndFilename = "g.exe"; } }
+)"), 0);
+    ExecAll(Db(), {"UPDATE DVBT.PROGRAM SET CHECKED_OUT = 4 WHERE NAME = 'Gone'"});
+    const std::string key = QueryValue(Db(), "SELECT PROGRAM_ID FROM DVBT.PROGRAM WHERE NAME = 'Calc'");
+    LoadRun run(Db());
+    DvnfEntity& gone = run.data.CreateEntity(DvnfString("Program"), DvnfString(""), DvnfString("Gone"));
+    gone.State(DvnfObject::StateNone);
+    EXPECT_EQ(run.fe.ProgramToCore(gone), 8);
+    DvnfEntity& calc = run.data.CreateEntity(DvnfString("Program"), DvnfString(""), DvnfString("Calc"));
+    calc.State(DvnfObject::StateNone);
+    EXPECT_EQ(run.fe.ProgramToCore(calc), 0);
+    DvnfEntity& filled = run.Get("Program", key.c_str());
+    ASSERT_TRUE(filled.IsValid());
+    EXPECT_EQ(static_cast<int>(filled.State()), 3);
+    EXPECT_EQ(Groups(filled), (Lines{"WINNT|Type=1 PathAndFilename=c.exe Style=0 Foreground=false",
+                                     "KRX|Type=1 PathAndFilename=/c"}));
+
+    // By key, after a platform row went: the group goes with it.
+    ExecAll(Db(), {"DELETE FROM DVBT.KRX_EXTENT"});
+    EXPECT_EQ(run.fe.ProgramToCore(filled), 0);
+    EXPECT_EQ(Groups(filled), (Lines{"WINNT|Type=1 PathAndFilename=c.exe Style=0 Foreground=false"}));
+    // Loaded already: passed over by the load of all.
+    const size_t before = run.Messages().size();
+    run.fe.Programs("");
+    const Lines messages = run.Messages();
+    // Only the tombstone of Gone, which stays bare.
+    EXPECT_EQ(Lines(messages.begin() + static_cast<long>(before), messages.end()), (Lines{"51514|Gone"}));
+    EXPECT_EQ(Groups(filled).size(), 1u);
+}
+
+TEST_P(StaffLoad, ListsAndToolSetsComeBackAsWrittenUpToTheDocumentedDifferences) {
+    Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P1', 'CLERK', 0)");
+    const std::string input = R"(
+ActivitiesList "Mine" { Description = "Own"; ListCommon { Type = 1; Owner = "CLERK"; Where = "STATE = 'READY'"; OrderBy = "NAME"; Threshold = 0; } }
+ProcessInstancesList "Public" { ListCommon { Type = 2; Threshold = 7; } }
+TemplatesList "Bare";
+Worklist "Beeping" { ListCommon { Type = 1; Owner = "LOST"; Beep = true; } }
+Worklist "Mine" { ListCommon { Type = 2; Where = "X"; } }
+ToolSet "Plain";
+ToolSet "O'Brien" { Description = "Icons"; DefaultInfoActivityIcon = "info";
+  ProcessActivityIcons [ "b" "a" ] ProgramActivityIcons [ "a" "Z" ] }
+)";
+    ASSERT_EQ(Import(input), 0);
+    // "Type" 2 where absent, "Faehler" for a lost owner, "Beep" on every
+    // work list, the default icons filled in, an icon in two sets in the
+    // later one only, icons sorted by name.
+    const std::string expected = R"(
+ActivitiesList "Mine" { Description = "Own"; ListCommon { Type = 1; Owner = "CLERK"; Where = "STATE = 'READY'"; OrderBy = "NAME"; Threshold = 0; } }
+ProcessInstancesList "Public" { ListCommon { Type = 2; Threshold = 7; } }
+TemplatesList "Bare" { ListCommon { Type = 2; } }
+Worklist "Beeping" { ListCommon { Type = 1; Owner = "Faehler"; Beep = true; } }
+Worklist "Mine" { ListCommon { Type = 2; Where = "X"; Beep = false; } }
+ToolSet "Plain" { DefaultProcessActivityIcon = "dvnbprca"; DefaultBlockActivityIcon = "dvnbblka";
+  DefaultBundleActivityIcon = "dvnbbnda"; DefaultInfoActivityIcon = "dvnbinfa"; DefaultProgramActivityIcon = "dvnbprga"; }
+ToolSet "O'Brien" { Description = "Icons"; DefaultProcessActivityIcon = "dvnbprca"; DefaultBlockActivityIcon = "dvnbblka";
+  DefaultBundleActivityIcon = "dvnbbnda"; DefaultInfoActivityIcon = "info"; DefaultProgramActivityIcon = "dvnbprga";
+  ProcessActivityIcons [ "b" ] ProgramActivityIcons [ "Z" "a" ] }
+)";
+    const std::string loaded = Loaded();
+    EXPECT_EQ(loaded, Canonical(expected));
+    // What was loaded, stored again over itself, loads the same.
+    ASSERT_EQ(Import(loaded), 0);
+    EXPECT_EQ(Loaded(), loaded);
+}
+
+TEST_P(StaffLoad, AKeyIsMissedOnlyWhenNoTableHoldsItAndRowsReadAsTheirColumnsSay) {
+    Exec("INSERT INTO DVBT.PERSON (PERSON_ID, USERID, CHECKED_OUT) VALUES ('P1', 'CLERK', 4)");
+    Exec("INSERT INTO DVBT.WORK_LIST (LIST_ID, NAME, TYPE, OWNER, BEEP_OPTION, CHECKED_OUT) VALUES "
+         "('W1', 'Loud', 2, 'P1', 2, 0), ('W2', 'Gone', 1, 'P1', 1, 4)");
+    Exec("INSERT INTO DVBT.ACT_INSTANCE_LIST (LIST_ID, NAME, TYPE, OWNER, THRESHOLD, CHECKED_OUT) VALUES "
+         "('A1', 'Odd', NULL, 'P1', NULL, 5), ('A2', 'Owned', 3, 'P1', 0, 3)");
+    {
+        LoadRun run(Db());
+        run.fe.Lists(DvnString("W1"));
+        run.fe.Lists(DvnString("A2"));
+        run.fe.Lists(DvnString("W2"));
+        EXPECT_EQ(run.Messages(), (Lines{"51507|Loud", "51504|Owned", "51507|Gone"}));
+        // TYPE 2: public whatever OWNER holds; any beep but 0 is on.
+        const DvnfAttributeDataReader loud = run.Get("Worklist", "W1").AttributeData()("ListCommon");
+        EXPECT_EQ(Defined(loud, {"Type", "Owner", "Beep", "Threshold"}), "Type=2 Beep=true");
+        // Any other type is owned; a tombstoned person is still its owner.
+        EXPECT_EQ(Defined(run.Get("ActivitiesList", "A2").AttributeData()("ListCommon"),
+                          {"Type", "Owner", "Threshold"}),
+                  "Type=1 Owner=CLERK Threshold=0");
+        EXPECT_EQ(run.Get("ActivitiesList", "A2").State(), DvnfObject::StateChanged);
+        // A tombstone is bare.
+        const DvnfEntity& gone = run.Get("Worklist", "W2");
+        EXPECT_EQ(gone.State(), DvnfObject::StateDeleted);
+        EXPECT_FALSE(gone.AttributeData()("ListCommon").IsValid());
+    }
+    {
+        // No type: neither type nor owner; no threshold.
+        LoadRun run(Db());
+        run.fe.OtherLists(0, DvnString("A1"));
+        run.fe.Lists(DvnString("nowhere"));
+        run.fe.WorkList(DvnString("A1"));
+        EXPECT_EQ(run.Messages(), (Lines{"51504|Odd", "51543|nowhere", "51540|nowhere", "51541|nowhere",
+                                         "51542|nowhere", "51543|A1"}));
+        EXPECT_EQ(Defined(run.Get("ActivitiesList", "A1").AttributeData()("ListCommon"),
+                          {"Type", "Owner", "Threshold"}),
+                  "");
+    }
+}
+
+TEST_P(StaffLoad, EachLoadOfAToolSetMakesANewKeyAndATombstoneKeepsItsAttributes) {
+    Exec("INSERT INTO DVBT.TOOL_SET_DEFAULT (NAME, PROC_ACT_NAME, BLK_ACT_NAME, BUN_ACT_NAME, INFO_ACT_NAME, "
+         "PROG_ACT_NAME, CHECKED_OUT) VALUES ('It''s', 'p', 'b', 'n', 'i', 'g', 4)");
+    Exec("INSERT INTO DVBT.TOOL_SET_ICONS (TOOL_SET_NAME, NAME, IS_PROC_ACT, IS_BLK_ACT, IS_BUN_ACT, IS_INFO_ACT, "
+         "IS_PROG_ACT) VALUES ('It''s', 'both', 1, 0, 0, 0, 1)");
+    LoadRun first(Db()), second(Db());
+    first.fe.ToolSet(DvnString("It's"));
+    second.fe.ToolSet(DvnString("It's"));
+    first.fe.ToolSet(DvnString("Nowhere"));
+    EXPECT_EQ(first.Messages(), (Lines{"51531|It's", "51567|Nowhere"}));
+    auto only = [](LoadRun& run) -> DvnfEntity& {
+        auto& entities = run.data.GetEntities(DvnfString("ToolSet"));
+        EXPECT_EQ(entities.size(), 1u);
+        return entities.begin()->second->Entity();
+    };
+    DvnfEntity& a = only(first);
+    DvnfEntity& b = only(second);
+    EXPECT_NE(a.OID().str(), b.OID().str());
+    EXPECT_EQ(a.State(), DvnfObject::StateDeleted);
+    const DvnfAttributeDataReader attributes = a.AttributeData();
+    EXPECT_EQ(Defined(attributes, {"DefaultProcessActivityIcon", "DefaultProgramActivityIcon"}),
+              "DefaultProcessActivityIcon=p DefaultProgramActivityIcon=g");
+    // An icon marked for two kinds stands in both sets.
+    EXPECT_EQ(attributes("ProcessActivityIcons").NumberOfElements(), 1);
+    EXPECT_EQ(attributes("ProgramActivityIcons").NumberOfElements(), 1);
+    EXPECT_FALSE(attributes("InfoActivityIcons").IsValid());
+}
+
+DVN_INSTANTIATE_BOTH_BACKENDS(StaffLoad);
+
+}  // namespace
