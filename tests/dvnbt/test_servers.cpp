@@ -3,9 +3,7 @@
 // deletions, with a system or alone, under both source options.
 #include <gtest/gtest.h>
 
-#include "dvnfcorn.h"
-#include "repositorydb.h"
-#include "testenv.h"
+#include "importtest.h"
 
 namespace {
 
@@ -46,40 +44,19 @@ Server "UP1.DVNSYS.SYS_GRP" { Type = 8; UPESContext { HXSystem = 1; MessageForma
   PhysicalQueueName = "PQ"; QueueManagerName = "QM"; Version = 4; } }
 )";
 
-class Servers : public RepositoryTest {
+class Servers : public DvnbtImportTest {
 protected:
-    // An initial load until the repository has its administrator, then as him.
-    CliResult Import(const std::string& text, std::vector<std::string> options = {}) {
-        options.insert(options.begin(), "import");
-        if (!admin) options.insert(options.begin() + 1, "--initial-load");
-        if (admin) options.insert(options.begin(), {"--user", "admin"});
-        options.push_back(files.Write(text));
-        return RunDvnbt(DvnbtArgs(options), {"DVNBT_PASSWORD=pw"});
-    }
+    // The repository gets its administrator, who imports from then on.
     void AddAdmin() {
         AddPerson(Db(), {.id = "P0", .userId = "ADMIN", .systemGroup = Value("SELECT SYSTEM_GROUP_ID FROM DVBT.SYSTEM_GROUP"),
-                         .password = "pw", .staff = 1,
-                         .topology = 1, .processModeling = 1});
-        admin = true;
+                         .password = "pw", .staff = 1, .topology = 1, .processModeling = 1});
+        importer = "admin";
     }
-    bool admin = false;
-    static std::string Line(long number, const char* a1, const char* a2 = nullptr) {
-        return DvnfMessageHandler::Format(number, DvnString(a1), DvnString(a2)).str() + "\n";
-    }
-    // Each line is in the error output, or the first that is not.
-    static std::string Missing(const CliResult& r, const Lines& lines) {
-        for (const std::string& line : lines)
-            if (r.err.find(line) == std::string::npos) return line + " not in:\n" + r.err;
-        return "";
-    }
-    Lines Rows(const std::string& sql) { return QueryRows(Db(), sql); }
-    std::string Value(const std::string& sql) { return QueryValue(Db(), sql); }
     // The servers of a table with the name of their system, by name.
     Lines InSystems(const std::string& table, const std::string& columns = "v.CHECKED_OUT") {
         return Rows("SELECT v.NAME, y.NAME, " + columns + " FROM DVBT." + table +
                     " v LEFT JOIN DVBT.SYSTEM y ON y.SYSTEM_ID = v.SYSTEM ORDER BY v.NAME");
     }
-    TrxFiles files;
 };
 
 TEST_P(Servers, EveryKindKeepsItsColumnsAndFindsItsSystem) {
@@ -188,17 +165,6 @@ TEST_P(Servers, ChecksBeforeAnInsertAndWarningsReachTheCaller) {
     EXPECT_EQ(held.status, 3) << held.err;
     EXPECT_EQ(Missing(held, {Line(51159, "CLN", "BOB")}), "");
     EXPECT_EQ(Value("SELECT DESCRIPTION FROM DVBT.CLEANUP_SERVER"), "<null>");
-
-    // Without the topology right: refused once.
-    AddPerson(Db(), {.id = "P3", .userId = "CLERK", .systemGroup = group, .password = "pw", .staff = 1});
-    CliResult refused = RunDvnbt(
-        DvnbtArgs({"--user", "clerk", "import", files.Write("Server \"N1.SYS3\" { Type = 4; }\n"
-                                                            "Server \"N2.SYS3\" { Type = 4; }\n")}),
-        {"DVNBT_PASSWORD=pw"});
-    EXPECT_EQ(refused.status, 3) << refused.err;
-    EXPECT_EQ(Missing(refused, {Line(51167, "Server")}), "");
-    EXPECT_EQ(refused.err.find("51167", refused.err.find("51167") + 1), std::string::npos) << refused.err;
-    EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.GATEWAY_SERVER WHERE NAME LIKE 'N%'"), "0");
 }
 
 TEST_P(Servers, ASystemGoesWithItsServersAndAServerInUseStays) {
