@@ -26,6 +26,13 @@ protected:
         args.push_back(files.Write(text));
         return RunDvnbt(DvnbtArgs(args), {"DVNBT_PASSWORD=pw"});
     }
+    // Import(text, options) that ends with the status and puts each line on standard error.
+    CliResult Expect(int status, const std::string& text, const Lines& lines, std::vector<std::string> options = {}) {
+        CliResult r = Import(text, std::move(options));
+        EXPECT_EQ(r.status, status) << text << "\n" << r.err;
+        EXPECT_EQ(Missing(r, lines), "") << text;
+        return r;
+    }
     // A message line as dvnbt prints it.
     static std::string Line(long number, const std::string& a1 = "", const std::string& a2 = "",
                             const std::string& a3 = "") {

@@ -66,9 +66,10 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabase) {
     if (!IsPostgres()) {
         // A file that is not there is not made, by ping nor by import: only init makes one.
         TrxFiles files;
-        for (const std::vector<std::string>& args :
-             {std::vector<std::string>{"ping", "--db", DbFile()},
-              std::vector<std::string>{"import", "--initial-load", "--db", DbFile(), files.Write("Category \"A\" {}\n")}}) {
+        const std::string trx = files.Write("Category \"A\" {}\n");
+        for (const std::vector<std::string>& args : {std::vector<std::string>{"ping", "--db", DbFile()},
+                                                     std::vector<std::string>{"import", "--initial-load", "--db",
+                                                                              DbFile(), trx}}) {
             CliResult missing = RunDvnbt(args, noOdbc);
             EXPECT_EQ(missing.status, 1);
             EXPECT_EQ(missing.err, "dvnbt: database file " + DbFile() + " does not exist, so it holds no repository: "

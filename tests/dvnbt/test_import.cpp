@@ -133,7 +133,8 @@ TEST_P(DvnbtImport, WithoutItsRightEveryKindIsRefusedOnceAndNothingOfItIsWritten
     for (const char* kind : {"Level", "Category", "ToolSet", "Worklist", "ActivitiesList", "ProcessInstancesList",
                              "TemplatesList", "Node", "QueueManager", "System"})
         for (const char* name : {"1", "2"}) text += std::string(kind) + " \"" + name + "\" {}\n";
-    for (const char* name : {"N1.SYS_GRP", "N2.SYS_GRP"}) text += "Server \"" + std::string(name) + "\" { Type = 4; }\n";
+    for (const char* name : {"N1.SYS_GRP", "N2.SYS_GRP"})
+        text += "Server \"" + std::string(name) + "\" { Type = 4; }\n";
     for (const char* name : {"NOBODY", "P1"})
         text += "PEAgent \"" + std::string(name) + "\" { PEAHasPerson -> \"" + name + "\"; }\n";
     CliResult r = Import({files.Write(text)}, "nobody");

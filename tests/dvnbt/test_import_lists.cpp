@@ -22,7 +22,8 @@ protected:
     // name|type|owner|filter|sort|threshold|mark|description (work lists: and the beep).
     Lines Lists(const std::string& table) {
         return Rows("SELECT NAME, TYPE, OWNER, FILTER, SORT_CRITERIA, THRESHOLD, CHECKED_OUT, DESCRIPTION" +
-                    std::string(table == "WORK_LIST" ? ", BEEP_OPTION" : "") + " FROM DVBT." + table + " ORDER BY NAME");
+                    std::string(table == "WORK_LIST" ? ", BEEP_OPTION" : "") + " FROM DVBT." + table +
+                    " ORDER BY NAME");
     }
     // name|process|block|bundle|info|program|mark|description
     Lines ToolSets() {
@@ -49,8 +50,7 @@ TEST_P(ImportLists, ListsTakeTypeOwnerAndSettingsAndAnUpdateKeepsOnlyTheSettings
         "TemplatesList \"Odd\" { ListCommon { Type = 3; Owner = \"CLERK\"; } }\n");
     // An owner who is not a person is no error.
     EXPECT_EQ(first.status, 0) << first.err;
-    EXPECT_NE(first.err.find(Line(51009, "Open")), std::string::npos) << first.err;
-    EXPECT_NE(first.err.find(Line(51006, "Open")), std::string::npos) << first.err;
+    EXPECT_EQ(Missing(first, {Line(51009, "Open"), Line(51006, "Open")}), "");
     EXPECT_NE(first.out.find("Work list Open...\n"), std::string::npos) << first.out;
     EXPECT_NE(first.out.find("Activity instance list Open...\n"), std::string::npos) << first.out;
     // One name in two tables: two lists. No "Type": public; 3: neither type nor owner.
@@ -69,13 +69,11 @@ TEST_P(ImportLists, ListsTakeTypeOwnerAndSettingsAndAnUpdateKeepsOnlyTheSettings
     // order given is written, the description and the beep left out go;
     // "Type" 2 keeps the owner, another number keeps type and owner.
     Exec("UPDATE DVBT.PRC_TEMPLATE_LIST SET TYPE = 1, OWNER = 'P1'");
-    CliResult second = Import(
-        "Worklist \"Open\" { ListCommon { Type = 2; OrderBy = \"NAME\"; } }\n"
-        "Worklist \"Lost\" { ListCommon { Type = 1; Owner = \"Clerk\"; Where = \"\"; } }\n"
-        "TemplatesList \"Odd\" { ListCommon { Type = 7; } }\n", {"--mark-changes"});
-    EXPECT_EQ(second.status, 0) << second.err;
-    EXPECT_NE(second.err.find(Line(51045, "Open")), std::string::npos) << second.err;
-    EXPECT_NE(second.err.find(Line(51044, "Odd")), std::string::npos) << second.err;
+    Expect(0,
+           "Worklist \"Open\" { ListCommon { Type = 2; OrderBy = \"NAME\"; } }\n"
+           "Worklist \"Lost\" { ListCommon { Type = 1; Owner = \"Clerk\"; Where = \"\"; } }\n"
+           "TemplatesList \"Odd\" { ListCommon { Type = 7; } }\n",
+           {Line(51045, "Open"), Line(51044, "Odd")}, {"--mark-changes"});
     EXPECT_EQ(Lists("WORK_LIST"), (Lines{"Lost|1|P1|<null>|<null>|<null>|3|<null>|0",
                                          "Open|2|P1|STATE = 'READY'|NAME|0|3|<null>|0",
                                          "Plain|2|<null>|<null>|<null>|<null>|0|<null>|1",
@@ -85,14 +83,13 @@ TEST_P(ImportLists, ListsTakeTypeOwnerAndSettingsAndAnUpdateKeepsOnlyTheSettings
 }
 
 TEST_P(ImportLists, AToolSetGetsDefaultIconsAndItsIconsByNameWithTheFlagOfTheLastKind) {
-    CliResult first = Import(
-        "ToolSet \"Bare\" {}\n"
-        "ToolSet \"Full\" { Description = \"Editor\"; DefaultProcessActivityIcon = \"proc\";\n"
-        "  DefaultProgramActivityIcon = \"prog\";\n"
-        "  ProcessActivityIcons [ \"a\" \"shared\" ] InfoActivityIcons [ \"i\" ]\n"
-        "  ProgramActivityIcons [ \"shared\" \"b\" ] }\n");
-    EXPECT_EQ(first.status, 0) << first.err;
-    EXPECT_NE(first.err.find(Line(51037, "Full")), std::string::npos) << first.err;
+    CliResult first = Expect(0,
+                             "ToolSet \"Bare\" {}\n"
+                             "ToolSet \"Full\" { Description = \"Editor\"; DefaultProcessActivityIcon = \"proc\";\n"
+                             "  DefaultProgramActivityIcon = \"prog\";\n"
+                             "  ProcessActivityIcons [ \"a\" \"shared\" ] InfoActivityIcons [ \"i\" ]\n"
+                             "  ProgramActivityIcons [ \"shared\" \"b\" ] }\n",
+                             {Line(51037, "Full")});
     EXPECT_NE(first.out.find("Tool Set Full...\n"), std::string::npos) << first.out;
     EXPECT_EQ(ToolSets(), (Lines{"Bare|dvnbprca|dvnbblka|dvnbbnda|dvnbinfa|dvnbprga|0|<null>",
                                  "Full|proc|dvnbblka|dvnbbnda|dvnbinfa|prog|0|Editor"}));
@@ -102,16 +99,13 @@ TEST_P(ImportLists, AToolSetGetsDefaultIconsAndItsIconsByNameWithTheFlagOfTheLas
     // Overwrite off: the tool set and its icons stay as they are.
     const std::string changed =
         "ToolSet \"Full\" { BlockActivityIcons [ \"a\" \"c\" ] }\nToolSet \"Bare\" { BundleActivityIcons [ \"n\" ] }\n";
-    CliResult kept = Import(changed, {"--no-overwrite"});
-    EXPECT_EQ(kept.status, 0) << kept.err;
+    CliResult kept = Expect(0, changed, {}, {"--no-overwrite"});
     EXPECT_EQ(Count(kept.err, Line(51101, "Full")), 1u) << kept.err;
     EXPECT_EQ(Icons(), icons);
 
     // Overwriting: the defaults left out come back, an icon named again is
     // rewritten, one left out stays, a new one comes.
-    CliResult overwritten = Import(changed, {"--mark-changes"});
-    EXPECT_EQ(overwritten.status, 0) << overwritten.err;
-    EXPECT_NE(overwritten.err.find(Line(51069, "Full")), std::string::npos) << overwritten.err;
+    Expect(0, changed, {Line(51069, "Full")}, {"--mark-changes"});
     EXPECT_EQ(ToolSets(), (Lines{"Bare|dvnbprca|dvnbblka|dvnbbnda|dvnbinfa|dvnbprga|3|<null>",
                                  "Full|dvnbprca|dvnbblka|dvnbbnda|dvnbinfa|dvnbprga|3|<null>"}));
     const Lines rewritten{"Bare|n|0|0|1|0|0", "Full|a|0|1|0|0|0", "Full|b|0|0|0|0|1", "Full|c|0|1|0|0|0",
@@ -119,8 +113,7 @@ TEST_P(ImportLists, AToolSetGetsDefaultIconsAndItsIconsByNameWithTheFlagOfTheLas
     EXPECT_EQ(Icons(), rewritten);
 
     // A tombstone is reported as updated and as not found; its icons stay.
-    CliResult tombstone = Import("delete ToolSet \"Full\";\n", {"--mark-changes"});
-    EXPECT_EQ(tombstone.status, 0) << tombstone.err;
+    CliResult tombstone = Expect(0, "delete ToolSet \"Full\";\n", {}, {"--mark-changes"});
     const size_t updated = tombstone.err.find(Line(51069, "Full"));
     EXPECT_NE(updated, std::string::npos) << tombstone.err;
     EXPECT_GT(tombstone.err.find(Line(51273, "DELETE TOOL_SET Full")), updated) << tombstone.err;
@@ -129,10 +122,8 @@ TEST_P(ImportLists, AToolSetGetsDefaultIconsAndItsIconsByNameWithTheFlagOfTheLas
 
     // Deleted for good, it takes its icons along: a new tool set of that
     // name starts without them. A missing one is no error.
-    CliResult removed = Import("delete ToolSet \"Full\";\ndelete ToolSet \"Nowhere\";\n");
-    EXPECT_EQ(removed.status, 0) << removed.err;
-    EXPECT_NE(removed.err.find(Line(51237, "Full")), std::string::npos) << removed.err;
-    EXPECT_NE(removed.err.find(Line(51273, "DELETE TOOL_SET Nowhere")), std::string::npos) << removed.err;
+    Expect(0, "delete ToolSet \"Full\";\ndelete ToolSet \"Nowhere\";\n",
+           {Line(51237, "Full"), Line(51273, "DELETE TOOL_SET Nowhere")});
     EXPECT_EQ(Icons(), (Lines{"Bare|n|0|0|1|0|0"}));
     ASSERT_EQ(Import("ToolSet \"Full\" {}\n").status, 0);
     EXPECT_EQ(Icons(), (Lines{"Bare|n|0|0|1|0|0"}));
@@ -143,25 +134,21 @@ TEST_P(ImportLists, ToolSetNamesAndIconsWithQuotesAreFoundAgain) {
     const std::string quoted = "ToolSet \"O'Brien's\" { InfoActivityIcons [ \"it's\" \"x\" ] }\n";
     ASSERT_EQ(Import(quoted).status, 0);
     // Found again by name and icon: updated in place, no second row.
-    CliResult again = Import(quoted + "ToolSet \"Other\" { InfoActivityIcons [ \"it's\" ] }\n");
-    EXPECT_EQ(again.status, 0) << again.err;
-    EXPECT_NE(again.err.find(Line(51069, "O'Brien's")), std::string::npos) << again.err;
+    Expect(0, quoted + "ToolSet \"Other\" { InfoActivityIcons [ \"it's\" ] }\n", {Line(51069, "O'Brien's")});
     EXPECT_EQ(Icons(), (Lines{"O'Brien's|it's|0|0|0|1|0", "O'Brien's|x|0|0|0|1|0", "Other|it's|0|0|0|1|0"}));
 
     // An icon that cannot be stored fails alone: the tool set and its other
     // icons are written.
     const std::string wide(300, 'w');
-    CliResult failed = Import("ToolSet \"Wide\" { ProcessActivityIcons [ \"" + wide + "\" \"ok\" ] }\n");
-    EXPECT_EQ(failed.status, 4) << failed.err;
+    CliResult failed = Expect(4, "ToolSet \"Wide\" { ProcessActivityIcons [ \"" + wide + "\" \"ok\" ] }\n", {});
     EXPECT_EQ(Count(failed.err, "\n51368: "), 1u) << failed.err;
-    EXPECT_NE(failed.err.find(Line(51037, "Wide")), std::string::npos) << failed.err;
+    EXPECT_EQ(Missing(failed, {Line(51037, "Wide")}), "");
     EXPECT_EQ(Rows("SELECT NAME FROM DVBT.TOOL_SET_ICONS WHERE TOOL_SET_NAME = 'Wide'"), (Lines{"ok"}));
     Exec("DELETE FROM DVBT.TOOL_SET_ICONS WHERE TOOL_SET_NAME = 'Wide'");
     Exec("DELETE FROM DVBT.TOOL_SET_DEFAULT WHERE NAME = 'Wide'");
 
     // Deleted for good by a name with a quote, icons and all, and only its own.
-    CliResult removed = Import("delete ToolSet \"O'Brien's\";\n");
-    EXPECT_EQ(removed.status, 0) << removed.err;
+    Expect(0, "delete ToolSet \"O'Brien's\";\n", {});
     EXPECT_EQ(Rows("SELECT NAME FROM DVBT.TOOL_SET_DEFAULT"), (Lines{"Other"}));
     EXPECT_EQ(Icons(), (Lines{"Other|it's|0|0|0|1|0"}));
 }

@@ -41,21 +41,15 @@ TEST_P(NodesImport, ARunWithoutANodeMakesTheDefaultOnceAndNodesStay) {
 
     // A platform the map does not know counts as left out; overwrite off
     // keeps the row; a held row stays; a node is never deleted.
-    CliResult unknown = Import("Node \"N1\" { OperatingSystem = 9; }\n");
-    EXPECT_EQ(unknown.status, 3) << unknown.err;
-    EXPECT_EQ(Missing(unknown, {Line(51059, "N1")}), "");
+    Expect(3, "Node \"N1\" { OperatingSystem = 9; }\n", {Line(51059, "N1")});
     EXPECT_EQ(Value("SELECT OPERATING_SYSTEM FROM DVBT.NODE WHERE NAME = 'N1'"), "5");
     EXPECT_EQ(Missing(Import("Node \"N1\" { OperatingSystem = 1; }\n", {"--no-overwrite"}), {Line(51091, "N1")}), "");
     EXPECT_EQ(Value("SELECT OPERATING_SYSTEM FROM DVBT.NODE WHERE NAME = 'N1'"), "5");
     for (const Lines& options : {Lines{}, Lines{"--mark-changes"}}) {
-        CliResult refused = Import("delete Node \"N1\";\n", options);
-        EXPECT_EQ(refused.status, 3) << refused.err;
-        EXPECT_EQ(Missing(refused, {Line(51257, "N1")}), "");
+        Expect(3, "delete Node \"N1\";\n", {Line(51257, "N1")}, options);
     }
     ExecAll(Db(), {"UPDATE DVBT.NODE SET CHECKED_OUT_BY = 'ANNA' WHERE NAME = 'N1'"});
-    CliResult held = Import("Node \"N1\" { OperatingSystem = 1; }\n");
-    EXPECT_EQ(held.status, 3) << held.err;
-    EXPECT_EQ(Missing(held, {Line(51154, "N1", "ANNA")}), "");
+    Expect(3, "Node \"N1\" { OperatingSystem = 1; }\n", {Line(51154, "N1", "ANNA")});
     EXPECT_EQ(Rows("SELECT NAME, OPERATING_SYSTEM, CHECKED_OUT FROM DVBT.NODE ORDER BY NAME"),
               (Lines{"Default Node|5|0", "N1|5|0"}));
 }
@@ -102,9 +96,8 @@ TEST_P(NodesImport, NoTwoQueueManagersShareANameButTheDefaultStandsInNoOnesWay) 
     // while there is one, else the live node of the lowest key; a tombstone
     // is no default, neither for a node nor for a system's queue manager
     // (keys below those of new rows).
-    CliResult unknown = Import("QueueManager \"QM4\" { Name = \"MQ4\"; QueueManagerRunsOnNode -> \"Nowhere\"; }\n");
-    EXPECT_EQ(unknown.status, 3) << unknown.err;
-    EXPECT_EQ(Missing(unknown, {Line(51122, "Nowhere"), Line(51058, "QM4")}), "");
+    Expect(3, "QueueManager \"QM4\" { Name = \"MQ4\"; QueueManagerRunsOnNode -> \"Nowhere\"; }\n",
+           {Line(51122, "Nowhere"), Line(51058, "QM4")});
     EXPECT_EQ(Value("SELECT n.NAME FROM DVBT.QUEUE_MANAGER q JOIN DVBT.NODE n ON n.NODE_ID = q.NODE "
                     "WHERE q.NAME = 'QM4'"),
               "Default Node");
@@ -114,10 +107,12 @@ TEST_P(NodesImport, NoTwoQueueManagersShareANameButTheDefaultStandsInNoOnesWay) 
                        (std::string("INSERT INTO DVBT.QUEUE_MANAGER (QUEUE_MANAGER_ID, NAME, CHECKED_OUT) VALUES (") +
                         row + ")").c_str()});
     }
-    CliResult fallback = Import(std::string(kBase) + "Node \"N9\" {}\n"
-                                "QueueManager \"QM9\" { Name = \"MQ9\"; QueueManagerRunsOnNode -> \"Nowhere\"; }\n"
-                                "System \"S9\" {}\n");
-    EXPECT_EQ(fallback.status, 3) << fallback.err;
+    Expect(3,
+           std::string(kBase) +
+               "Node \"N9\" {}\n"
+               "QueueManager \"QM9\" { Name = \"MQ9\"; QueueManagerRunsOnNode -> \"Nowhere\"; }\n"
+               "System \"S9\" {}\n",
+           {});
     EXPECT_EQ(Rows("SELECT NODE FROM DVBT.QUEUE_MANAGER WHERE NAME = 'QM9' UNION ALL "
                    "SELECT QUEUE_MANAGER FROM DVBT.SYSTEM WHERE NAME = 'S9'"),
               (Lines{"00B", "00B"}));
@@ -133,10 +128,9 @@ TEST_P(NodesImport, AQueueManagerInUseStaysAndATombstoneChangesOnlyTheMark) {
                   .status,
               0);
     const std::string deletions = "delete QueueManager \"USED\";\ndelete QueueManager \"FREE\";\n";
-    CliResult marking = Import(deletions + "delete QueueManager \"NONE\";\n", {"--mark-changes"});
-    EXPECT_EQ(marking.status, 3) << marking.err;
-    EXPECT_EQ(Missing(marking, {Line(51256, "USED", "S1"), Line(51058, "FREE"),
-                        Line(51273, "DELETE QUEUE_MANAGER NONE")}), "");
+    Expect(3, deletions + "delete QueueManager \"NONE\";\n",
+           {Line(51256, "USED", "S1"), Line(51058, "FREE"), Line(51273, "DELETE QUEUE_MANAGER NONE")},
+           {"--mark-changes"});
     EXPECT_EQ(Rows("SELECT q.NAME, q.CHECKED_OUT, q.QUEUE_MANAGER_NAME, q.DESCRIPTION, n.NAME, q.SYSTEM_SEL "
                    "FROM DVBT.QUEUE_MANAGER q LEFT JOIN DVBT.NODE n ON n.NODE_ID = q.NODE ORDER BY q.NAME"),
               (Lines{"FREE|4|MQF|free|Default Node|1", "USED|0|MQU|used|<null>|1"}));
@@ -147,9 +141,7 @@ TEST_P(NodesImport, AQueueManagerInUseStaysAndATombstoneChangesOnlyTheMark) {
     CliResult held = Import("QueueManager \"USED\" { Name = \"MQU\"; }\n");
     EXPECT_EQ(Missing(held, {Line(51153, "USED", "ANNA")}), "");
     ExecAll(Db(), {"UPDATE DVBT.QUEUE_MANAGER SET CHECKED_OUT_BY = NULL"});
-    CliResult clean = Import(deletions);
-    EXPECT_EQ(clean.status, 3) << clean.err;
-    EXPECT_EQ(Missing(clean, {Line(51256, "USED", "S1"), Line(51224, "FREE")}), "");
+    Expect(3, deletions, {Line(51256, "USED", "S1"), Line(51224, "FREE")});
     EXPECT_EQ(Rows("SELECT NAME FROM DVBT.QUEUE_MANAGER"), (Lines{"USED"}));
 }
 
@@ -167,23 +159,23 @@ TEST_P(NodesImport, AnAgentBelongsToOnePersonAndIsFoundByItEvenWhenThePersonIsGo
 
     // The person by the link, its user id folded; a maximum only with its
     // mode 1. (A file that names a person it does not define warns: 52009.)
-    CliResult added = Import("PEAgent \"alice\" { PEAHasPerson -> \"alice\"; Description = \"d\";\n"
+    CliResult added = Expect(3,
+                             "PEAgent \"alice\" { PEAHasPerson -> \"alice\"; Description = \"d\";\n"
                              "  PEADefault { TaskingMode = 1; MaximumTasksStarted = 5; DllLoadMode = 0;"
                              " MaximumDllsLoaded = 7; SupportMode = 1; } }\n"
-                             "PEAgent \"BOB\" { PEAHasPerson -> \"BOB\"; PEADefault { TaskingMode = 5; } }\n");
-    EXPECT_EQ(added.status, 3) << added.err;
-    EXPECT_EQ(Missing(added, {Line(51029, "alice"), Line(51029, "BOB")}), "");
+                             "PEAgent \"BOB\" { PEAHasPerson -> \"BOB\"; PEADefault { TaskingMode = 5; } }\n",
+                             {Line(51029, "alice"), Line(51029, "BOB")});
     EXPECT_NE(added.out.find("PE_AGENT alice...\n"), std::string::npos) << added.out;
     EXPECT_EQ(Rows(columns + " ORDER BY NAME"), (Lines{"ALICE|P1|2|5|3|<null>|2|0|d", "BOB|P2|<null>|<null>|<null>|<null>|<null>|0|<null>"}));
 
     // A second agent of one person is the same row; an agent without a
     // person, or for one not stored, is refused.
-    CliResult again = Import("PEAgent \"second\" { PEAHasPerson -> \"ALICE\"; PEADefault { SupportMode = 0; } }\n"
-                             "PEAgent \"nobody\" { PEAHasPerson -> \"NOBODY\"; }\n"
-                             "PEAgent \"alone\" {}\n");
-    EXPECT_EQ(again.status, 4) << again.err;
-    EXPECT_EQ(Missing(again, {Line(51061, "ALICE"), Line(51372, "nobody"), Line(51325, "nobody"), Line(51372, "alone"),
-                      Line(51325, "alone")}), "");
+    Expect(4,
+           "PEAgent \"second\" { PEAHasPerson -> \"ALICE\"; PEADefault { SupportMode = 0; } }\n"
+           "PEAgent \"nobody\" { PEAHasPerson -> \"NOBODY\"; }\n"
+           "PEAgent \"alone\" {}\n",
+           {Line(51061, "ALICE"), Line(51372, "nobody"), Line(51325, "nobody"), Line(51372, "alone"),
+            Line(51325, "alone")});
     EXPECT_EQ(alice(), (Lines{"ALICE|P1|<null>|<null>|<null>|<null>|1|0|<null>"}));
     EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.PE_AGENT"), "2");
 
@@ -200,9 +192,8 @@ TEST_P(NodesImport, AnAgentBelongsToOnePersonAndIsFoundByItEvenWhenThePersonIsGo
     ExecAll(Db(), {"UPDATE DVBT.PE_AGENT SET CHECKED_OUT_BY = 'ANNA' WHERE ASSOC_USER = 'P1'"});
     EXPECT_EQ(Missing(Import("delete PEAgent \"alice\";\n"), {Line(51156, "alice", "ANNA")}), "");
     ExecAll(Db(), {"UPDATE DVBT.PE_AGENT SET CHECKED_OUT_BY = NULL"});
-    CliResult both = Import("delete Person \"BOB\";\ndelete PEAgent \"BOB\";\ndelete PEAgent \"alice\";\n");
-    EXPECT_EQ(both.status, 3) << both.err;
-    EXPECT_EQ(Missing(both, {Line(51227, "BOB"), Line(51227, "alice")}), "");
+    Expect(3, "delete Person \"BOB\";\ndelete PEAgent \"BOB\";\ndelete PEAgent \"alice\";\n",
+           {Line(51227, "BOB"), Line(51227, "alice")});
     EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.PE_AGENT"), "0");
     EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.PERSON WHERE USERID = 'BOB'"), "1");
 
@@ -212,10 +203,9 @@ TEST_P(NodesImport, AnAgentBelongsToOnePersonAndIsFoundByItEvenWhenThePersonIsGo
         AddPerson(Db(), {.id = "P3", .userId = "CAROL", .systemGroup = "G1", .password = "pw"});
         ASSERT_EQ(Import("PEAgent \"carol\" { PEAHasPerson -> \"CAROL\"; }\n").status, 3);
         ExecAll(Db(), {"DELETE FROM DVBT.PERSON WHERE PERSON_ID = 'P3'"});
-        CliResult orphan = Import("delete PEAgent \"carol\";\ndelete PEAgent \"dave\";\n", options);
-        EXPECT_EQ(orphan.status, 0) << orphan.err;
-        EXPECT_EQ(Missing(orphan, {Line(options.empty() ? 51227 : 51061, "carol"),
-                           Line(51273, "DELETE PROGRAM_EXECUTION_AGENT dave")}), "");
+        Expect(0, "delete PEAgent \"carol\";\ndelete PEAgent \"dave\";\n",
+               {Line(options.empty() ? 51227 : 51061, "carol"), Line(51273, "DELETE PROGRAM_EXECUTION_AGENT dave")},
+               options);
         EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.PE_AGENT WHERE CHECKED_OUT <> 4"), "0");
         ExecAll(Db(), {"DELETE FROM DVBT.PE_AGENT"});
     }

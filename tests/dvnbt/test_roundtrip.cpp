@@ -91,7 +91,8 @@ TEST_P(DvnbtRoundTrip, TheProcessCorpusGoesRoundUnchanged) {
     const CliResult first = Corpus({{folder + "definitions.trx", 0}, {folder + "diagram.trx", 3},
                                     {folder + "staff.trx", 3}, {folder + "differences.trx", 3}},
                                    0);
-    for (const char* kind : {"Process: 4\n", "Server: 1\n", "System: 2\n", "Person: 3\n", "DataStructure: 3\n", "Program: 2\n"})
+    for (const char* kind :
+         {"Process: 4\n", "Server: 1\n", "System: 2\n", "Person: 3\n", "DataStructure: 3\n", "Program: 2\n"})
         EXPECT_NE(first.err.find(kind), std::string::npos) << kind << first.err;
     // The program activities' server is the one the definitions stored, and
     // an annotation stored without a text comes back without one.

@@ -70,8 +70,7 @@ TEST_P(Servers, EveryKindKeepsItsColumnsAndFindsItsSystem) {
         "Server \"PLAIN\" { Type = 4; }\n"
         "Server \"WHAT.DVNSYS\" { Type = 9; }\n"
         "Server \"EXECUTION9.DVNSYS\" { Type = 3; }\n";
-    CliResult r = Import(kEveryKind + more);
-    EXPECT_EQ(r.status, 4) << r.err;
+    CliResult r = Expect(4, kEveryKind + more, {});
     EXPECT_EQ(Missing(r, {Line(51031, "CLN"), Line(51032, "DST"), Line(51033, "EXE"), Line(51034, "GW"),
                           Line(51035, "MOD"), Line(51036, "SCH"), Line(51133, "PES1"), Line(51193, "UP1"),
                           Line(51103, "NOWHERE"), Line(51920, "WHAT.DVNSYS", "9"), Line(51126, "EXECUTION9"),
@@ -112,9 +111,7 @@ TEST_P(Servers, EveryKindKeepsItsColumnsAndFindsItsSystem) {
     // A second program execution server in a system: kept out with
     // overwrite off, else it takes the one row.
     const std::string second = "Server \"PES2.DVNSYS.SYS_GRP\" { Type = 7; }\n";
-    CliResult kept = Import(second, {"--no-overwrite"});
-    EXPECT_EQ(kept.status, 0) << kept.err;
-    EXPECT_EQ(Missing(kept, {Line(51135, "PES2")}), "");
+    Expect(0, second, {Line(51135, "PES2")}, {"--no-overwrite"});
     EXPECT_EQ(InSystems("PE_SERVER", "PLATFORM"), (Lines{"PES1|DVNSYS|5"}));
     CliResult renamed = Import(second);
     EXPECT_EQ(Missing(renamed, {Line(51134, "PES2")}), "");
@@ -123,9 +120,8 @@ TEST_P(Servers, EveryKindKeepsItsColumnsAndFindsItsSystem) {
 
 TEST_P(Servers, ChecksBeforeAnInsertAndWarningsReachTheCaller) {
     // No system at all: each kind's own message, nothing written.
-    CliResult none = Import("Server \"X\" { Type = 1; }\nServer \"Y\" { Type = 7; }\nServer \"Z\" { Type = 8; }\n");
-    EXPECT_EQ(none.status, 4) << none.err;
-    EXPECT_EQ(Missing(none, {Line(51327, "X"), Line(51369, "Y"), Line(51375, "Z")}), "");
+    Expect(4, "Server \"X\" { Type = 1; }\nServer \"Y\" { Type = 7; }\nServer \"Z\" { Type = 8; }\n",
+           {Line(51327, "X"), Line(51369, "Y"), Line(51375, "Z")});
     EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.CLEANUP_SERVER"), "0");
     // Neither the profile's system nor a named one: the first there is.
     ASSERT_EQ(Import("Domain \"domain\" {}\nSystemGroup \"SYS_GRP\" { GroupIsInDomain -> \"domain\"; }\n"
@@ -144,16 +140,15 @@ TEST_P(Servers, ChecksBeforeAnInsertAndWarningsReachTheCaller) {
     // execution server may not bear a person's name (in any case), an
     // updated one is not tested; a user defined one not the name of a
     // program execution server of its system. Each is a warning.
-    CliResult r = Import("Server \"CLN.DVNSYS\" { Type = 1; }\nServer \"CLN2.SYS2\" { Type = 1; }\n"
+    CliResult r = Expect(3,
+                         "Server \"CLN.DVNSYS\" { Type = 1; }\nServer \"CLN2.SYS2\" { Type = 1; }\n"
                          "Server \"SCH.SYS2\" { Type = 6; }\nServer \"SCH2.SYS3\" { Type = 6; }\n"
-                         "Server \"pesx.DVNSYS\" { Type = 7; }\nServer \"PESY.SYS2\" { Type = 7; }\n");
-    EXPECT_EQ(r.status, 3) << r.err;
+                         "Server \"pesx.DVNSYS\" { Type = 7; }\nServer \"PESY.SYS2\" { Type = 7; }\n",
+                         {});
     EXPECT_EQ(Missing(r, {Line(51031, "CLN"), Line(51175, "CLN2"), Line(51036, "SCH"), Line(51176, "SCH2"),
                           Line(51188, "pesx"), Line(51134, "PESY")}),
               "");
-    CliResult both = Import("Server \"BOTH.SYS3\" { Type = 8; }\n");
-    EXPECT_EQ(both.status, 3) << both.err;
-    EXPECT_EQ(Missing(both, {Line(51191, "SYS3", "BOTH")}), "");
+    Expect(3, "Server \"BOTH.SYS3\" { Type = 8; }\n", {Line(51191, "SYS3", "BOTH")});
     EXPECT_EQ(InSystems("CLEANUP_SERVER"), (Lines{"CLN|DVNSYS|0"}));
     EXPECT_EQ(InSystems("SCHEDULING_SERVER"), (Lines{"SCH|SYS2|0"}));
     EXPECT_EQ(InSystems("PE_SERVER"), (Lines{"BOTH|SYS3|0", "PESY|SYS2|0"}));
@@ -161,9 +156,7 @@ TEST_P(Servers, ChecksBeforeAnInsertAndWarningsReachTheCaller) {
 
     // A row a user holds is left as it is.
     ExecAll(Db(), {"UPDATE DVBT.CLEANUP_SERVER SET CHECKED_OUT_BY = 'BOB'"});
-    CliResult held = Import("Server \"CLN.DVNSYS\" { Type = 1; Description = \"new\"; }\n");
-    EXPECT_EQ(held.status, 3) << held.err;
-    EXPECT_EQ(Missing(held, {Line(51159, "CLN", "BOB")}), "");
+    Expect(3, "Server \"CLN.DVNSYS\" { Type = 1; Description = \"new\"; }\n", {Line(51159, "CLN", "BOB")});
     EXPECT_EQ(Value("SELECT DESCRIPTION FROM DVBT.CLEANUP_SERVER"), "<null>");
 }
 
@@ -185,8 +178,7 @@ TEST_P(Servers, ASystemGoesWithItsServersAndAServerInUseStays) {
 
     // Marking: the servers become tombstones, which change nothing but
     // their mark, and no longer hold the system.
-    CliResult marking = Import(deletions, {"--mark-changes"});
-    EXPECT_EQ(marking.status, 3) << marking.err;
+    CliResult marking = Expect(3, deletions, {}, {"--mark-changes"});
     EXPECT_EQ(Missing(marking, {Line(51065, "EXE"), Line(51134, "PES1"), Line(51197, "UP1"), Line(51261, "GW"),
                                 Line(51057, "DVNSYS"), Line(51267, "PES2")}),
               "");
@@ -203,8 +195,7 @@ TEST_P(Servers, ASystemGoesWithItsServersAndAServerInUseStays) {
     // never deleted, stays behind.
     for (const char* table : {"SYSTEM", "EXECUTION_SERVER", "PE_SERVER", "USER_PE_SERVER"})
         ExecAll(Db(), {(std::string("UPDATE DVBT.") + table + " SET CHECKED_OUT = 0").c_str()});
-    CliResult clean = Import(deletions);
-    EXPECT_EQ(clean.status, 3) << clean.err;
+    CliResult clean = Expect(3, deletions, {});
     EXPECT_EQ(Missing(clean, {Line(51231, "EXE"), Line(51235, "PES1"), Line(51236, "UP1"), Line(51261, "GW"),
                               Line(51223, "DVNSYS"), Line(51267, "PES2")}),
               "");
