@@ -123,37 +123,48 @@ TEST_P(DvnbtImport, AReimportedStructureGetsItsNewMembersOnlyWhenOverwriting) {
               (std::vector<std::string>{"Address|0", "Default Data Structure|0", "Order|0"}));
 }
 
-// Each kind is guarded by its right: without it the kind is refused once,
-// in the order in which the kinds are stored, however many objects the file
-// holds, and nothing of it is written, not even the defaults that a run makes.
+// Each kind is guarded by its own right: without it the kind is refused
+// once, in the order in which the kinds are stored, however many objects the
+// file holds, and nothing of it is written, not even the defaults that a run
+// makes; a user with one right is refused exactly the kinds of the others.
 TEST_P(DvnbtImport, WithoutItsRightEveryKindIsRefusedOnceAndNothingOfItIsWritten) {
     AddSystemGroup(Db(), "G1", "SYS_GRP");
     AddPerson(Db(), {.id = "P1", .userId = "NOBODY", .systemGroup = "G1", .password = "pw"});
+    AddPerson(Db(), {.id = "P2", .userId = "STAFF", .systemGroup = "G1", .password = "pw", .staff = 1});
+    AddPerson(Db(), {.id = "P3", .userId = "MODELER", .systemGroup = "G1", .password = "pw", .processModeling = 1});
+    AddPerson(Db(), {.id = "P4", .userId = "TOPO", .systemGroup = "G1", .password = "pw", .topology = 1});
     std::string text = "Domain \"domain\" {}\nSystemGroup \"SYS_GRP\" { GroupIsInDomain -> \"domain\"; }\n";
     for (const char* kind : {"Level", "Category", "ToolSet", "Worklist", "ActivitiesList", "ProcessInstancesList",
                              "TemplatesList", "Node", "QueueManager", "System"})
         for (const char* name : {"1", "2"}) text += std::string(kind) + " \"" + name + "\" {}\n";
     for (const char* name : {"N1.SYS_GRP", "N2.SYS_GRP"})
         text += "Server \"" + std::string(name) + "\" { Type = 4; }\n";
-    for (const char* name : {"NOBODY", "P1"})
+    for (const char* name : {"NOBODY", "STAFF"})
         text += "PEAgent \"" + std::string(name) + "\" { PEAHasPerson -> \"" + name + "\"; }\n";
-    CliResult r = Import({files.Write(text)}, "nobody");
-    EXPECT_EQ(r.status, 3) << r.err;
-    std::vector<std::string> refused;
-    for (size_t at = 0; (at = r.err.find("\n5116", at)) != std::string::npos; ++at)
-        refused.push_back(r.err.substr(at + 1, r.err.find('\n', at + 1) - at));
-    std::vector<std::string> expected;
-    for (auto [number, kind] : std::vector<std::pair<long, const char*>>{
-             {51167, "DOMAIN"}, {51167, "System Group"}, {51167, "Node"}, {51167, "Queue Manager"},
-             {51167, "System"}, {51167, "Server"}, {51165, "Category"}, {51166, "Level"},
-             {51166, "Activity Instance List"}, {51166, "Process Instance List"}, {51166, "Process Template List"},
-             {51166, "Work List"}, {51167, "PEA"}, {51165, "Tool Set"}})
-        expected.push_back(Line(number, kind));
-    EXPECT_EQ(refused, expected) << r.err;
-    for (const char* table : {"DV_DOMAIN", "SYSTEM", "SYSTEMGRP_PRC_ATTR", "NODE", "QUEUE_MANAGER", "GATEWAY_SERVER",
-                              "PE_AGENT", "STAFF_LEVEL", "ACT_INSTANCE_LIST", "PRC_INSTANCE_LIST", "PRC_TEMPLATE_LIST",
-                              "WORK_LIST", "CATEGORY", "TOOL_SET_DEFAULT"})
-        EXPECT_EQ(QueryValue(Db(), std::string("SELECT COUNT(*) FROM DVBT.") + table), "0") << table;
+    const std::string file = files.Write(text);
+    const std::vector<std::pair<long, const char*>> kinds{
+        {51167, "DOMAIN"}, {51167, "System Group"}, {51167, "Node"}, {51167, "Queue Manager"},
+        {51167, "System"}, {51167, "Server"}, {51165, "Category"}, {51166, "Level"},
+        {51166, "Activity Instance List"}, {51166, "Process Instance List"}, {51166, "Process Template List"},
+        {51166, "Work List"}, {51167, "PEA"}, {51165, "Tool Set"}};
+    // user, and the refusal that its right spares it
+    for (auto [user, allowed] : std::vector<std::pair<const char*, long>>{
+             {"nobody", 0}, {"staff", 51166}, {"modeler", 51165}, {"topo", 51167}}) {
+        SCOPED_TRACE(user);
+        CliResult r = Import({file}, user);
+        std::vector<std::string> refused, expected;
+        for (size_t at = 0; (at = r.err.find("\n5116", at)) != std::string::npos; ++at)
+            refused.push_back(r.err.substr(at + 1, r.err.find('\n', at + 1) - at));
+        for (auto [number, kind] : kinds)
+            if (number != allowed) expected.push_back(Line(number, kind));
+        EXPECT_EQ(refused, expected) << r.err;
+        if (allowed != 0) continue;
+        EXPECT_EQ(r.status, 3) << r.err;
+        for (const char* table : {"DV_DOMAIN", "SYSTEM", "SYSTEMGRP_PRC_ATTR", "NODE", "QUEUE_MANAGER",
+                                  "GATEWAY_SERVER", "PE_AGENT", "STAFF_LEVEL", "ACT_INSTANCE_LIST",
+                                  "PRC_INSTANCE_LIST", "PRC_TEMPLATE_LIST", "WORK_LIST", "CATEGORY", "TOOL_SET_DEFAULT"})
+            EXPECT_EQ(QueryValue(Db(), std::string("SELECT COUNT(*) FROM DVBT.") + table), "0") << table;
+    }
 }
 
 TEST_P(DvnbtImport, TwoImportsOfOneFileAtOnceNeitherFailOnALockNorDoubleAName) {
