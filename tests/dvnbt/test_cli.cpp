@@ -1,4 +1,5 @@
-// The dvnbt program: options, exit statuses, ping on both databases.
+// The dvnbt program: options, exit statuses, ping and init on both databases,
+// and no database password in what it prints or traces.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -38,6 +39,14 @@ TEST(Dvnbt, HelpAndEveryUsageErrorEndsWithTheHint) {
              {"import"},
              {"import", "--bogus", "f.trx"},
              {"import", "a.trx", "b.trx"},
+             {"export", "Bogus"},
+             {"export", "--id", "X"},
+             {"export", "--deep", "Category"},
+             {"export", "--group", "roles", "Role"},
+             {"export", "--group", "nothing"},
+             {"export", "--server-kind", "pe", "Category"},
+             {"export", "-o"},
+             {"export", "--bogus"},
          }) {
         CliResult r = RunDvnbt(args);
         EXPECT_EQ(r.status, 2) << testing::PrintToString(args);
@@ -55,11 +64,17 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabase) {
     // --db needs no data sources at all; the options may follow the command.
     const std::vector<std::string> noOdbc{"ODBCSYSINI=/nonexistent", "ODBCINI=/nonexistent/odbc.ini"};
     if (!IsPostgres()) {
-        // A file that is not there is not made: only init makes one.
-        CliResult missing = RunDvnbt({"ping", "--db", DbFile()}, noOdbc);
-        EXPECT_EQ(missing.status, 1);
-        EXPECT_EQ(missing.err, "dvnbt: database file " + DbFile() + " does not exist, so it holds no repository: run "
-                                   "'dvnbt --db " + DbFile() + " init' to create one\n");
+        // A file that is not there is not made, by ping nor by import: only init makes one.
+        TrxFiles files;
+        const std::string trx = files.Write("Category \"A\" {}\n");
+        for (const std::vector<std::string>& args : {std::vector<std::string>{"ping", "--db", DbFile()},
+                                                     std::vector<std::string>{"import", "--initial-load", "--db",
+                                                                              DbFile(), trx}}) {
+            CliResult missing = RunDvnbt(args, noOdbc);
+            EXPECT_EQ(missing.status, 1);
+            EXPECT_EQ(missing.err, "dvnbt: database file " + DbFile() + " does not exist, so it holds no repository: "
+                                   "run 'dvnbt --db " + DbFile() + " init' to create one\n");
+        }
         EXPECT_FALSE(std::filesystem::exists(DbFile()));
         Db();  // an empty database file
     }
@@ -75,10 +90,6 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabase) {
     CliResult viaProfile = RunDvnbt({"ping"});
     EXPECT_EQ(viaProfile.status, 0) << viaProfile.err;
 
-    CliResult unknown = RunDvnbt({"--dsn", "dvnbt_no_such_dsn", "ping"});
-    EXPECT_EQ(unknown.status, 1);
-    EXPECT_NE(unknown.err.find("dvnbt: cannot open data source dvnbt_no_such_dsn: "), std::string::npos)
-        << unknown.err;
     CliResult noFolder = RunDvnbt({"--db", "/nonexistent/x.db", "ping"});
     EXPECT_EQ(noFolder.status, 1);
     EXPECT_NE(noFolder.err.find("dvnbt: database file /nonexistent/x.db does not exist"), std::string::npos)
@@ -89,14 +100,6 @@ TEST_P(DvnbtDb, ImportSaysOnceWhyItCannotStartAndStoresNothing) {
     TrxFiles files;
     const std::string trx = files.Write("Category \"Sales\" {}\n");
     const std::string hint = IsPostgres() ? "'dvnbt --dsn \"" + DataSource() + "\" init'" : "'dvnbt --db " + DbFile() + " init'";
-    // A file that is not there stays so.
-    if (!IsPostgres()) {
-        CliResult missing = RunDvnbt({"import", "--initial-load", "--db", DbFile(), trx});
-        EXPECT_EQ(missing.status, 1);
-        EXPECT_NE(missing.err.find("holds no repository: run " + hint + " to create one\n"), std::string::npos)
-            << missing.err;
-        EXPECT_FALSE(std::filesystem::exists(DbFile()));
-    }
     // An empty database: the tables are missing, and init is named, once.
     Db();
     CliResult empty = RunDvnbt(DvnbtArgs({"import", "--initial-load", trx}));
@@ -144,11 +147,120 @@ TEST_P(DvnbtDb, AReadOnlyRepositoryFileGivesOneErrorAndNoFailurePerObject) {
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.CATEGORY"), "0");
 }
 
+TEST_P(DvnbtDb, InitCreatesRefusesASecondTimeAndRecreatesWhenAsked) {
+    CliResult first = RunDvnbt(DvnbtArgs({"init"}));
+    ASSERT_EQ(first.status, 0) << first.err;
+    EXPECT_EQ(first.out.rfind("Created the repository schema", 0), 0u) << first.out;
+    ExecAll(Db(), {"INSERT INTO DVBT.CATEGORY (CATID, NAME, CHECKED_OUT) VALUES ('C1', 'Kept', 0)"});
+
+    CliResult second = RunDvnbt(DvnbtArgs({"init"}));
+    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.out, "");
+    EXPECT_EQ(second.err.rfind("dvnbt: The repository schema exists already", 0), 0u) << second.err;
+    EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.CATEGORY"), "Kept");
+
+    // A repository without persons needs no login to be replaced.
+    CliResult again = RunDvnbt(DvnbtArgs({"init", "--recreate"}));
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_EQ(again.out.rfind("Dropping the existing repository schema", 0), 0u) << again.out;
+    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.CATEGORY"), "0");
+    EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.DATA_STRUCTURE"), "Default Data Structure");
+}
+
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtDb);
 
-class DvnbtCredentials : public RepositoryTest {};
+// No database password reaches what dvnbt prints or traces, whatever its
+// spelling and whichever road brings it: in the data source, from
+// --db-user and $DVNBT_DB_PASSWORD, or from the machine profile.
+class DvnbtSecrets : public RepositoryTest {
+protected:
+    // dvnbt with the trace on at every level into a file of its own (its
+    // text in `trace`); expects the exit status, and no secret anywhere.
+    CliResult Expect(int status, const std::vector<std::string>& args, std::vector<std::string> env,
+                     const std::vector<std::string>& secrets) {
+        const std::string file = files.Folder() + "/trace" + std::to_string(++runs) + ".txt";
+        env.push_back("DVN_TRACE=1");
+        env.push_back("DVN_TRACE_FILE=" + file);
+        CliResult r = RunDvnbt(args, env);
+        std::stringstream text;
+        text << std::ifstream(file).rdbuf();
+        trace = text.str();
+        const std::string what = testing::PrintToString(args);
+        EXPECT_EQ(r.status, status) << what << "\n" << r.err;
+        // A failed open traces the driver's error text.
+        if (status != 0) {
+            EXPECT_NE(trace.find("Exception In Open Database"), std::string::npos) << what << trace;
+        }
+        for (const std::string& secret : secrets) {
+            for (const std::string* where : {&r.out, &r.err, &trace}) {
+                if (!secret.empty()) {
+                    EXPECT_EQ(where->find(secret), std::string::npos) << what << "\n" << *where;
+                }
+            }
+        }
+        // A password that the connection got is shown as stars.
+        const size_t pwd = r.out.find("PWD=");
+        if (pwd != std::string::npos && r.out.find_first_of(";\n", pwd) != pwd + 4) {
+            EXPECT_EQ(r.out.substr(pwd, 12), "PWD=********") << r.out;
+        }
+        return r;
+    }
 
-TEST_P(DvnbtCredentials, TheDatabasePasswordReachesEveryConnectionAndIsNeverShown) {
+    TrxFiles files;
+    std::string trace;
+    int runs = 0;
+};
+
+TEST_P(DvnbtSecrets, NoPasswordInTheDataSourceIsPrintedWhateverItsSpelling) {
+    const std::string trx = files.Write("Category \"Claims\" {}\n");
+    int n = 0;
+    for (const std::string spelling : {"PWD=", "pwd=", "Password=", "PASSWORD="}) {
+        const std::string secret = "Zq7s3cret" + std::to_string(++n);
+        SCOPED_TRACE(spelling);
+        // A data source that opens: the password is not needed by either
+        // test server, and neither refuses it.
+        const std::string good = DataSource() + ";" + spelling + secret;
+        CliResult ping = Expect(0, {"--dsn", good, "ping"}, {}, {secret});
+        EXPECT_NE(ping.out.find("connect: "), std::string::npos) << ping.out;
+        Expect(0, {"--dsn", good, "import", "--initial-load", trx}, {}, {secret});
+
+        // One that does not open: the data source is named, its password
+        // hidden, by ping and by an import before it logs in.
+        for (const std::string command : {"ping", "import"}) {
+            std::vector<std::string> args{"--dsn", "dvnbt_no_such_dsn;" + spelling + secret, command};
+            if (command == "import") args.push_back(trx);
+            CliResult refused = Expect(1, args, {}, {secret});
+            EXPECT_NE(refused.err.find("cannot open data source dvnbt_no_such_dsn;" + spelling + "********"),
+                      std::string::npos)
+                << refused.err;
+        }
+    }
+    EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.CATEGORY"), "Claims");
+}
+
+TEST_P(DvnbtSecrets, NoPasswordOfTheCommandLineOrTheProfileIsPrinted) {
+    const std::string trx = files.Write("Category \"Claims\" {}\n");
+    const std::string secret = "Kx9dbs3cret";
+    const std::vector<std::string> env{"DVNBT_DB_PASSWORD=" + secret};
+    // --db-user with the password from the environment, on a data source
+    // that does not open (one that opens: TheDatabasePasswordReachesEveryConnection).
+    Expect(1, {"--dsn", "dvnbt_no_such_dsn", "--db-user", "postgres", "import", trx}, env, {secret});
+
+    // The data source of the machine profile, with a password of its own:
+    // the detail trace of the open says that a password was given, masked.
+    const std::string profiled = "Pr0fs3cret";
+    ProfileFile profile("current = Work\n[Work]\nBTODBCDataSourceName = " + DataSource() + ";Password=" + profiled +
+                        "\n");
+    for (const std::vector<std::string>& args :
+         {std::vector<std::string>{"--db-user", "postgres", "ping"},
+          std::vector<std::string>{"--db-user", "postgres", "import", "--initial-load", trx}}) {
+        Expect(0, args, env, {secret, profiled});
+        EXPECT_NE(trace.find("open database with userid: postgres and password: ********\n"), std::string::npos)
+            << trace;
+    }
+}
+
+TEST_P(DvnbtSecrets, TheDatabasePasswordReachesEveryConnection) {
     // SQLite takes any user and password; PostgreSQL needs a role that must
     // give its password, or a wrong one would not fail.
     PgRole role{"someone", "sqlitepw4711"};
@@ -157,65 +269,38 @@ TEST_P(DvnbtCredentials, TheDatabasePasswordReachesEveryConnectionAndIsNeverShow
         if (role.user.empty()) GTEST_SKIP() << "the test server has no role that needs a password (scripts/pg-temp.sh)";
         GrantToSecretRole();
     }
-    TrxFiles files;
-    const std::string traceFile = files.Folder() + "/trace.txt";
     const std::string sales = files.Write("Category \"Sales\" {}\n");
-    struct Run {
-        CliResult result;
-        std::string trace;
-    };
-    auto run = [&](const std::vector<std::string>& args, const std::string& password) {
-        std::filesystem::remove(traceFile);
-        std::vector<std::string> all{"--db-user", role.user};
-        all.insert(all.end(), args.begin(), args.end());
-        Run r{RunDvnbt(DvnbtArgs(all), {"DVNBT_DB_PASSWORD=" + password, "DVN_TRACE=1", "DVN_TRACE_FILE=" + traceFile}),
-              ""};
-        std::ifstream in(traceFile);
-        std::stringstream text;
-        text << in.rdbuf();
-        r.trace = text.str();
-        // Whatever happened, the password shows nowhere.
-        if (!password.empty()) {
-            for (const std::string* where : {&r.result.out, &r.result.err, &r.trace})
-                EXPECT_EQ(where->find(password), std::string::npos) << *where;
-        }
-        const size_t pwd = r.result.out.find("PWD=");
-        if (pwd != std::string::npos) {
-            EXPECT_EQ(r.result.out.substr(pwd, 12), "PWD=********");
-        }
-        return r;
+    auto run = [&](int status, std::vector<std::string> args, const std::string& password) {
+        args.insert(args.begin(), {"--db-user", role.user});
+        return Expect(status, DvnbtArgs(args), {"DVNBT_DB_PASSWORD=" + password}, {password});
     };
     auto rows = [&] { return QueryRows(Db(), "SELECT NAME FROM DVBT.CATEGORY"); };
 
-    Run ping = run({"ping"}, role.password);
-    EXPECT_EQ(ping.result.status, 0) << ping.result.err;
-    EXPECT_NE(ping.result.out.find("connect: "), std::string::npos) << ping.result.out;
-    Run imported = run({"import", "--initial-load", sales}, role.password);
-    EXPECT_EQ(imported.result.status, 0) << imported.result.err;
-    EXPECT_NE(imported.trace.find("Finished with Process Model import"), std::string::npos) << imported.trace;
+    CliResult ping = run(0, {"ping"}, role.password);
+    EXPECT_NE(ping.out.find("connect: "), std::string::npos) << ping.out;
+    run(0, {"import", "--initial-load", sales}, role.password);
+    EXPECT_NE(trace.find("Finished with Process Model import"), std::string::npos) << trace;
     EXPECT_EQ(rows(), (std::vector<std::string>{"Sales"}));
     if (!IsPostgres()) return;
 
-    EXPECT_NE(ping.result.out.find("UID=" + role.user + ";"), std::string::npos) << ping.result.out;
-    const std::string refusal = "password authentication failed for user \"" + role.user + "\"";
+    EXPECT_NE(ping.out.find("UID=" + role.user + ";"), std::string::npos) << ping.out;
+    const std::string cannot = "dvnbt: cannot open data source " + DataSource() + ": ";
     for (const std::string& wrong : {"wrong" + role.password, std::string("")}) {
         SCOPED_TRACE(wrong);
-        Run refused = run({"ping"}, wrong);
-        EXPECT_EQ(refused.result.status, 1);
-        EXPECT_EQ(refused.result.err.rfind("dvnbt: cannot open data source " + DataSource() + ": ", 0), 0u)
-            << refused.result.err;
-        EXPECT_NE(refused.result.err.find(wrong.empty() ? "no password supplied" : refusal), std::string::npos)
-            << refused.result.err;
+        CliResult refused = run(1, {"ping"}, wrong);
+        EXPECT_EQ(refused.err.rfind(cannot, 0), 0u) << refused.err;
+        EXPECT_NE(refused.err.find(wrong.empty() ? "no password supplied"
+                                                 : "password authentication failed for user \"" + role.user + "\""),
+                  std::string::npos)
+            << refused.err;
         // The import fails as a whole before anything is read or stored.
         ExecAll(Db(), {"DELETE FROM DVBT.CATEGORY"});
-        Run failed = run({"import", "--initial-load", sales}, wrong);
-        EXPECT_EQ(failed.result.status, 1);
-        EXPECT_EQ(failed.result.err.rfind("dvnbt: cannot open data source " + DataSource() + ": ", 0), 0u)
-            << failed.result.err;
+        EXPECT_EQ(run(1, {"import", "--initial-load", sales}, wrong).err.rfind(cannot, 0), 0u);
         EXPECT_TRUE(rows().empty());
     }
 }
 
-DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtCredentials);
+DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtSecrets);
+
 
 }  // namespace

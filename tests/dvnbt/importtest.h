@@ -1,0 +1,69 @@
+// A repository that dvnbt imports texts into, and what the tests of the
+// import ask of its output and its rows.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "dvnfcorn.h"
+#include "repositorydb.h"
+#include "testenv.h"
+
+class DvnbtImportTest : public RepositoryTest {
+protected:
+    using Lines = std::vector<std::string>;
+
+    // dvnbt import of the text with the options: logged in as `user`, or
+    // else as `importer`, with the password "pw"; an initial load when
+    // neither is set.
+    CliResult Import(const std::string& text, std::vector<std::string> options = {}, std::string user = "") {
+        if (user.empty()) user = importer;
+        std::vector<std::string> args =
+            user.empty() ? std::vector<std::string>{"import", "--initial-load"} : Lines{"--user", user, "import"};
+        args.insert(args.end(), options.begin(), options.end());
+        args.push_back(files.Write(text));
+        return RunDvnbt(DvnbtArgs(args), {"DVNBT_PASSWORD=pw"});
+    }
+    // Import(text, options) that ends with the status and puts each line on standard error.
+    CliResult Expect(int status, const std::string& text, const Lines& lines, std::vector<std::string> options = {}) {
+        CliResult r = Import(text, std::move(options));
+        EXPECT_EQ(r.status, status) << text << "\n" << r.err;
+        EXPECT_EQ(Missing(r, lines), "") << text;
+        return r;
+    }
+    // A message line as dvnbt prints it.
+    static std::string Line(long number, const std::string& a1 = "", const std::string& a2 = "",
+                            const std::string& a3 = "") {
+        auto arg = [](const std::string& a) { return a.empty() ? DvnString() : DvnString(a); };
+        return DvnfMessageHandler::Format(number, arg(a1), arg(a2), arg(a3)).str() + "\n";
+    }
+    static bool Has(const CliResult& r, const std::string& line) { return r.err.find(line) != std::string::npos; }
+    // "" when every line is on standard error, else the first that is not and what is there.
+    static std::string Missing(const CliResult& r, const Lines& lines) {
+        for (const std::string& line : lines)
+            if (!Has(r, line)) return line + " not in:\n" + r.err;
+        return "";
+    }
+    // How often the part is in the text.
+    static size_t Count(const std::string& text, const std::string& part) {
+        size_t n = 0;
+        for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+        return n;
+    }
+    // A fresh SQLite repository of its own (dvnbt init); its file.
+    std::string FreshFile() {
+        const std::string file = files.Folder() + "/repo" + std::to_string(++m_fresh) + ".db";
+        EXPECT_EQ(RunDvnbt({"--db", file, "init"}).status, 0);
+        return file;
+    }
+    Lines Rows(const std::string& sql) { return QueryRows(Db(), sql); }
+    std::string Value(const std::string& sql) { return QueryValue(Db(), sql); }
+
+    TrxFiles files;
+    std::string importer;
+
+private:
+    int m_fresh = 0;
+};
