@@ -29,12 +29,6 @@ protected:
             member("Value") = v.value;
         }
     }
-    // A process of one activity, stored by an import.
-    void Stored(const char* activity) {
-        ImportRun run(true);
-        Act(run, run.Add("Process", "Order"), activity);
-        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
-    }
 };
 
 TEST_P(ProcessStore, ANewProcessHasOneRowUnderItsOwnNameWithItsActivitiesAndContainerValues) {
@@ -75,7 +69,7 @@ TEST_P(ProcessStore, ANewProcessHasOneRowUnderItsOwnNameWithItsActivitiesAndCont
 }
 
 TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOrWhenItCannotWriteIt) {
-    Stored("Check");
+    Imported("Order", [](ImportRun& run, DvnfEntity& order) { Act(run, order, "Check"); });
     const std::string oldPid = Pid("Order");
     {
         // A marking run over a clean row; the holder stamp of the run goes.
@@ -135,14 +129,11 @@ TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOr
 }
 
 TEST_P(ProcessStore, ADeletionRemovesTheProcessWithAllBelowItOrLeavesATombstone) {
-    {
-        ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Order");
+    Imported("Order", [](ImportRun& run, DvnfEntity& order) {
         Container(order, "OutputContainer", {{"Result", "ok"}});
         Structures(run, order, "Process");
         Act(run, order, "Check");
-        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
-    }
+    });
     // A tombstone keeps what is below it; a deletion for good takes it, and
     // then there is nothing to delete.
     for (const char* expected : {"51046|Order", "51218|Order", "51273|DELETE PROCESS Order"}) {
@@ -161,14 +152,11 @@ TEST_P(ProcessStore, ADeletionRemovesTheProcessWithAllBelowItOrLeavesATombstone)
 }
 
 TEST_P(ProcessStore, AnEditorSaveWritesOnlyWhatChangedKeepsTheKeyOnARenameAndRefusesANameThatIsTaken) {
-    {
-        ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Order");
+    Imported("Order", [](ImportRun& run, DvnfEntity& order) {
         Act(run, order, "Check");
         Act(run, order, "Pack").AttributeData()("Description") = "packing";
         run.Add("Process", "Billing");
-        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
-    }
+    });
     const std::string pid = Pid("Order");
     Exec("UPDATE DVBT.PROCESS SET DESCRIPTION = 'kept'");
     {
