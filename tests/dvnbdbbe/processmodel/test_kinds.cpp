@@ -123,19 +123,14 @@ TEST_P(KindStore, BlocksNestThreeDeepWithTheirOwnActivitiesAndTransactionsStayBa
         ImportRun run(true);
         DvnfEntity& order = run.Add("Process", "Order");
         Act(run, order, "Work");
-        DvnfEntity& b1 = Act(run, order, "B1", 3);
-        Impl(b1, "AsBlock").AttributeData()("RcCreation") = 0L;
-        Impl(b1, "AsBlock").AttributeData()("WindowLayout")("ZoomFactor") = 150L;
-        DvnfAttributeData d1 = Impl(b1, "AsBlock").AttributeData()("Diagram");
-        Act(run, d1, "Work");
-        DvnfEntity& b2 = Act(run, d1, "B2", 3);
-        Impl(b2, "AsBlock").AttributeData()("RcCreation") = 2L;
-        Impl(b2, "AsBlock").AttributeData()("WindowLayout")("ShowConditions") = 3L;
-        DvnfAttributeData d2 = Impl(b2, "AsBlock").AttributeData()("Diagram");
-        Act(run, d2, "Work");
-        DvnfEntity& b3 = Act(run, d2, "B3", 3);  // no "WindowLayout", no "RcCreation"
-        DvnfAttributeData d3 = Impl(b3, "AsBlock").AttributeData()("Diagram");
-        Link(run, Impl(Act(run, d3, "Work", 1), "AsProgram"), "ReferencesProgram", "Program", "checkord");
+        DvnfEntity& b1 = Impl(Act(run, order, "B1", 3), "AsBlock");
+        Set(b1.AttributeData(), {{"RcCreation", 0L}, {"WindowLayout.ZoomFactor", 150L}});
+        Act(run, b1, "Work");
+        DvnfEntity& b2 = Impl(Act(run, b1, "B2", 3), "AsBlock");
+        Set(b2.AttributeData(), {{"RcCreation", 2L}, {"WindowLayout.ShowConditions", 3L}});
+        Act(run, b2, "Work");
+        DvnfEntity& b3 = Impl(Act(run, b2, "B3", 3), "AsBlock");  // no "WindowLayout", no "RcCreation"
+        Link(run, Impl(Act(run, b3, "Work", 1), "AsProgram"), "ReferencesProgram", "Program", "checkord");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_FALSE(Db().InTransaction());
         EXPECT_EQ(run.Messages(),
@@ -186,7 +181,7 @@ TEST_P(KindStore, ABundleStoresItsPatternActivityInsideItAndItsSettings) {
     // A pattern activity that takes no part in the save is not found.
     DvnfEntity& unsaved = Impl(Act(run, order, "Unsaved", 4), "AsBundle");
     unsaved.AttributeData()("InstantiatingMember") = "n";
-    Act(run, unsaved.AttributeData()("Diagram"), "Mail").State(DvnfObject::StateNone);
+    Act(run, unsaved, "Mail").State(DvnfObject::StateNone);
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     EXPECT_EQ(Count(messages, "51108|NoMember"), 1u);

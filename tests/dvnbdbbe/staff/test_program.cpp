@@ -6,7 +6,7 @@
 
 namespace {
 
-class ProgramStore : public RepositoryTest {
+class ProgramStore : public StoreTest {
 protected:
     CliResult Import(const std::string& trx, std::vector<std::string> options = {}, const std::string& user = "") {
         std::vector<std::string> args{"import"};
@@ -26,7 +26,7 @@ protected:
     }
     Lines Rows(const std::string& columns, const std::string& table, const std::string& order = "p.NAME") {
         return Dashed(QueryRows(Db(), "SELECT p.NAME, " + columns + " FROM DVBT." + table +
-                                   " x JOIN DVBT.PROGRAM p ON p.PROGRAM_ID = x.PROGRAM_ID ORDER BY " + order));
+                                          " x JOIN DVBT.PROGRAM p ON p.PROGRAM_ID = x.PROGRAM_ID ORDER BY " + order));
     }
     // name|table of every platform row, and name|platform of every service.
     Lines Platforms() {
@@ -39,8 +39,6 @@ protected:
         std::sort(all.begin(), all.end());
         return all;
     }
-    Lines Marks() { return QueryRows(Db(), "SELECT NAME, CHECKED_OUT FROM DVBT.PROGRAM ORDER BY NAME"); }
-    void Exec(const std::string& sql) { ExecAll(Db(), {sql.c_str()}); }
     TrxFiles files;
 };
 
@@ -148,7 +146,7 @@ Program "Fresh" { WINNT { Type = 1; PathAndFilename = "f.exe"; } }
                                   "WIN95_EXTENT|Calc|calc95.exe", "WINNT_EXTENT|Calc|calc2.exe",
                                   "WINNT_EXTENT|Fresh|f.exe"}));
     EXPECT_EQ(Rows("x.SERVICE", "EXTERNAL_SERVICE"), (Lines{"Calc|w2", "Kept|n"}));
-    EXPECT_EQ(Marks(), (Lines{"Calc|3", "Fresh|5", "Kept|0"}));
+    EXPECT_EQ(Marks("PROGRAM"), (Lines{"Calc|3", "Fresh|5", "Kept|0"}));
     EXPECT_EQ(QueryValue(Db(), "SELECT DESCRIPTION FROM DVBT.PROGRAM WHERE NAME = 'Calc'"), "<null>");
 
     // Overwrite off: the rows stay as they are, platforms and services too.
@@ -157,7 +155,7 @@ Program "Fresh" { WINNT { Type = 1; PathAndFilename = "f.exe"; } }
     EXPECT_EQ(off.status, 0) << off.err;
     EXPECT_NE(off.err.find(Line(51084, "Calc")), std::string::npos) << off.err;
     EXPECT_EQ(Platforms(), before);
-    EXPECT_EQ(Marks(), (Lines{"Calc|3", "Fresh|5", "Kept|0"}));
+    EXPECT_EQ(Marks("PROGRAM"), (Lines{"Calc|3", "Fresh|5", "Kept|0"}));
     EXPECT_EQ(Rows("x.PATH_AND_FILE_NAME", "NK2_EXTENT"), kept);
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.PROGRAM WHERE CHECKED_OUT = 9"), "0");
 }
@@ -230,7 +228,7 @@ Program "Tomb" { NK2 { Type = 1; PathAndFilename = "tb"; External { Service = "t
         EXPECT_NE(refused.err.find(Line(51243, "Used")), std::string::npos) << refused.err;
         EXPECT_NE(refused.err.find(Line(51243, "Tool")), std::string::npos) << refused.err;
         EXPECT_NE(refused.err.find(Line(51147, "NoPath", "ADMIN")), std::string::npos) << refused.err;
-        EXPECT_EQ(Marks(), (Lines{"Gone|0", "NoPath|0", "Tomb|0", "Tool|0", "Used|0"}));
+        EXPECT_EQ(Marks("PROGRAM"), (Lines{"Gone|0", "NoPath|0", "Tomb|0", "Tool|0", "Used|0"}));
         EXPECT_EQ(Platforms(), platforms);
     }
 
@@ -240,7 +238,7 @@ Program "Tomb" { NK2 { Type = 1; PathAndFilename = "tb"; External { Service = "t
     const CliResult gone = Import("delete Program \"Gone\";\n");
     EXPECT_EQ(gone.status, 0) << gone.err;
     EXPECT_NE(gone.err.find(Line(51220, "Gone")), std::string::npos) << gone.err;
-    EXPECT_EQ(Marks(), (Lines{"NoPath|0", "Tomb|4", "Tool|0", "Used|0"}));
+    EXPECT_EQ(Marks("PROGRAM"), (Lines{"NoPath|0", "Tomb|4", "Tool|0", "Used|0"}));
     EXPECT_EQ(Platforms(), (Lines{"KRX_EXTENT|NoPath|/k", "NK2_EXTENT|Tomb|tb", "SERVICE|NoPath|5", "SERVICE|Tomb|1",
                                   "SERVICE|Used|5", "WINNT_EXTENT|Tool|t", "WINNT_EXTENT|Used|u"}));
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.NK2_EXTENT WHERE PROGRAM_ID NOT IN "
@@ -253,7 +251,7 @@ Program "Tomb" { NK2 { Type = 1; PathAndFilename = "tb"; External { Service = "t
     const CliResult denied = Import("Program \"A\" {}\nProgram \"B\" {}\n", {}, "clerk");
     EXPECT_EQ(denied.status, 3) << denied.err;
     EXPECT_EQ(Count(denied.err, Line(51165, "Program")), 1u) << denied.err;
-    EXPECT_EQ(Marks().size(), 4u);
+    EXPECT_EQ(Marks("PROGRAM").size(), 4u);
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(ProgramStore);

@@ -309,8 +309,8 @@ TEST_P(StaffStore, APersonGetsSystemGroupAndLevelAlongItsChains) {
     AddServer(Db(), "PE_SERVER", "E1", "DEE", "S1");
     AddServer(Db(), "PE_SERVER", "E2", "EVE", "S3");
     ImportRun run(true);
-    for (const char* name : {"cy", "dee"}) Link(run, Person(run, name), "PersonIsInSystemGroup", "SystemGroup", "Other");
-    Link(run, Person(run, "eve"), "PersonIsInSystemGroup", "SystemGroup", "Other");
+    for (const char* name : {"cy", "dee", "eve"})
+        Link(run, Person(run, name), "PersonIsInSystemGroup", "SystemGroup", "Other");
     EXPECT_EQ(run.be.SavePeople(Db(), true), 4);
     EXPECT_EQ(run.Messages(), (Lines{"51187|cy", "51189|dee", "51001|eve"}));
 
