@@ -2,40 +2,15 @@
 // data connectors with their bend points and mappings, and the text
 // annotations; in an import, in the editor, and when their owners go. After
 // every test no row of the process model has lost its owner.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
-#include "backendrun.h"
-#include "orphans.h"
+#include "../storetests.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using Points = std::vector<std::pair<long, long>>;
 using Maps = std::vector<std::pair<const char*, const char*>>;
 
-class FlowStore : public StoreTest {
+class FlowStore : public ModelStore {
 protected:
-    void TearDown() override {
-        if (!IsSkipped()) {
-            EXPECT_EQ(OrphanRows(Db()), Lines{});
-        }
-        StoreTest::TearDown();
-    }
-
-    static DvnfAttributeData Diagram(DvnfEntity& owner) { return owner.AttributeData()("Diagram"); }
-    // An information activity (or a block), named before connectors name it.
-    template <class Run>
-    static DvnfEntity& Act(Run& run, DvnfEntity& owner, const char* name, const std::string& oid = "",
-                           bool block = false) {
-        const DvnfString key(oid.c_str());
-        DvnfEntity& activity = block ? run.data.CreateBlockActivityByOID(Diagram(owner), key)
-                                     : run.data.CreateInfoActivityByOID(Diagram(owner), key);
-        activity.Name(DvnfString(name));
-        activity.Flags(7);
-        return activity;
-    }
     // A source, or a sink, named by its number.
     template <class Run>
     static DvnfEntity& Node(Run& run, DvnfEntity& owner, bool sink, const char* number, const std::string& oid = "") {
@@ -84,25 +59,6 @@ protected:
             point("Ypos") = y;
         }
     }
-    // The editor's process as a load gives it: unchanged, complete.
-    static DvnfEntity& Loaded(BackEndRun& run, const std::string& pid) {
-        DvnfEntity& flow = run.data.CreateEntity(DvnfString("Process"), DvnfString(pid.c_str()), DvnfString("Flow"));
-        flow.State(DvnfObject::StateUnchanged);
-        flow.Flags(7);
-        return flow;
-    }
-
-    std::string Value(const std::string& sql) { return QueryValue(Db(), sql); }
-    std::string Aid(const char* name) {
-        return Value(std::string("SELECT AID FROM DVBT.ACTIVITY WHERE NAME = '") + name + "'");
-    }
-    std::string Count(const char* table) { return Value(std::string("SELECT COUNT(*) FROM DVBT.") + table); }
-    // In byte order, whatever the collation of the database.
-    Lines Sorted(const std::string& sql) {
-        Lines rows = QueryRows(Db(), sql);
-        std::sort(rows.begin(), rows.end());
-        return rows;
-    }
     // Each data connector by its ends (activity names, S<n> a source, K<n> a
     // sink), direction, name, number of bend points and of mappings.
     Lines DataConnectors() {
@@ -115,9 +71,9 @@ protected:
             "si ON si.SINK_ID = c.TO_SINK");
     }
     Lines ControlBendPoints() {
-        return QueryRows(Db(), "SELECT f.NAME, t.NAME, b.SEQUENCENO, b.XPOS, b.YPOS FROM DVBT.CONTROL_BENDPOINT b "
-                               "JOIN DVBT.ACTIVITY f ON f.AID = b.FROM_ACTIVITY JOIN DVBT.ACTIVITY t ON t.AID = "
-                               "b.TO_ACTIVITY ORDER BY f.NAME, t.NAME, b.SEQUENCENO");
+        return Rows("SELECT f.NAME, t.NAME, b.SEQUENCENO, b.XPOS, b.YPOS FROM DVBT.CONTROL_BENDPOINT b JOIN "
+                    "DVBT.ACTIVITY f ON f.AID = b.FROM_ACTIVITY JOIN DVBT.ACTIVITY t ON t.AID = b.TO_ACTIVITY ORDER BY "
+                    "f.NAME, t.NAME, b.SEQUENCENO");
     }
 };
 
@@ -137,18 +93,13 @@ TEST_P(FlowStore, AnImportStoresSourcesSinksAndConnectorsAndAReplacementLeavesTh
         DvnfEntity& flow = run.Add("Process", "Flow");
         Act(run, flow, "A");
         Act(run, flow, "B");
-        DvnfAttributeData layout = Node(run, flow, false, "3").AttributeData()("Layout");
-        layout("Xpos") = 10L;
-        layout("Ypos") = 20L;
+        Set(Node(run, flow, false, "3").AttributeData(), {{"Layout.Xpos", 10L}, {"Layout.Ypos", 20L}});
         Node(run, flow, false, "3x");  // its number is 3 too: the filter holds the number
         Node(run, flow, true, "4").AttributeData()("Layout")("Width") = 30L;
 
-        DvnfAttributeData ab = Control(run, flow, "A", "B", true, {{1, 2}, {3, 4}, {5, 6}}).AttributeData();
-        ab("Condition") = std::string(4096, 'c') + "de";
-        ab("ConditionPos")("Xpos") = 5L;
-        ab("ConditionPos")("Ypos") = 6L;
-        ab("Name") = "go on";
-        ab("Description") = std::string(300, 'd');
+        Set(Control(run, flow, "A", "B", true, {{1, 2}, {3, 4}, {5, 6}}).AttributeData(),
+            {{"Condition", std::string(4096, 'c') + "de"}, {"ConditionPos.Xpos", 5L}, {"ConditionPos.Ypos", 6L},
+             {"Name", "go on"}, {"Description", std::string(300, 'd')}});
         Control(run, flow, "A", "B", false, {{9, 9}});  // the same ends: it exists, the first stays
         Control(run, flow, "B", "A", false).AttributeData()("Condition") = "kept only by type 1";
 
@@ -171,17 +122,17 @@ TEST_P(FlowStore, AnImportStoresSourcesSinksAndConnectorsAndAReplacementLeavesTh
     const std::string pid = Value("SELECT PID FROM DVBT.PROCESS");
     EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.DATA_CONNECTOR WHERE PID = '" + pid + "'"), "6");
 
-    EXPECT_EQ(QueryRows(Db(), "SELECT SOURCE_NUMBER, PID, BLOCK_AID, XPOS, YPOS, WIDTH FROM DVBT.SOURCE"),
-              (Lines{"3|" + pid + "|<null>|10|20|<null>"}));
-    EXPECT_EQ(QueryRows(Db(), "SELECT SINK_NUMBER, XPOS, WIDTH FROM DVBT.SINK"), (Lines{"4|<null>|30"}));
+    EXPECT_EQ(Rows("SELECT SOURCE_NUMBER, PID, BLOCK_AID, XPOS, YPOS, WIDTH FROM DVBT.SOURCE"),
+              (Lines{"3|" + pid + "|-|10|20|-"}));
+    EXPECT_EQ(Rows("SELECT SINK_NUMBER, XPOS, WIDTH FROM DVBT.SINK"), (Lines{"4|-|30"}));
     EXPECT_EQ(Sorted("SELECT f.NAME, t.NAME, c.TYPE, LENGTH(c.TRANSITION_COND), SUBSTR(c.TRANSITION_COND, 4096), "
                      "c.COND_XPOS, c.COND_YPOS, c.NAME, LENGTH(c.DESCRIPTION), c.INSIDE_BLOCK FROM "
                      "DVBT.CONTROL_CONNECTOR c JOIN DVBT.ACTIVITY f ON f.AID = c.FROM_ACTIVITY JOIN DVBT.ACTIVITY t "
                      "ON t.AID = c.TO_ACTIVITY"),
-              (Lines{"A|B|1|4097|cd|5|6|go on|254|<null>", "B|A|2|<null>|<null>|<null>|<null>|<null>|<null>|<null>"}));
+              (Lines{"A|B|1|4097|cd|5|6|go on|254|-", "B|A|2|-|-|-|-|-|-|-"}));
     EXPECT_EQ(ControlBendPoints(), (Lines{"A|B|1|1|2", "A|B|2|3|4", "A|B|3|5|6"}));
-    EXPECT_EQ(DataConnectors(), (Lines{"A|A|1|<null>|0|0", "A|A|2|<null>|0|0", "A|B|0|<null>|0|0",
-                                       "B|K4|0|<null>|0|0", "S3|A|0|in|2|5", "S3|K4|0|<null>|0|0"}));
+    EXPECT_EQ(DataConnectors(), (Lines{"A|A|1|-|0|0", "A|A|2|-|0|0", "A|B|0|-|0|0",
+                                       "B|K4|0|-|0|0", "S3|A|0|in|2|5", "S3|K4|0|-|0|0"}));
     EXPECT_EQ(Sorted("SELECT FROM_MEMBER, TO_MEMBER FROM DVBT.DATA_MAP"),
               (Lines{"100%|z", "1000|z", "aXb|y", "a_b|y", "it's|x"}));
 
@@ -213,7 +164,7 @@ TEST_P(FlowStore, ConnectorsWithoutTheirEndsAreRefusedOrPassedOverWhenDeleted) {
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 8);
     EXPECT_EQ(run.Messages(), (Lines{"51010|Flow", "51015|A", "51367|A -> Ghost", "51367|Source 9 -> A",
                                      "51367|A -> Ghost", "51011|Flow", "51014|Flow"}));
-    EXPECT_EQ(QueryRows(Db(), "SELECT NAME FROM DVBT.ACTIVITY"), (Lines{"A"}));
+    EXPECT_EQ(Rows("SELECT NAME FROM DVBT.ACTIVITY"), (Lines{"A"}));
     EXPECT_EQ(Count("CONTROL_CONNECTOR"), "1");
     EXPECT_EQ(Count("DATA_CONNECTOR"), "0");
 }
@@ -221,24 +172,21 @@ TEST_P(FlowStore, ConnectorsWithoutTheirEndsAreRefusedOrPassedOverWhenDeleted) {
 // ------------------------------------------------------------------ the editor
 
 TEST_P(FlowStore, TheEditorRewritesBendPointsAndACompleteDataConnectorStartsClean) {
-    {
-        ImportRun run(true);
-        DvnfEntity& flow = run.Add("Process", "Flow");
+    Imported("Flow", [](ImportRun& run, DvnfEntity& flow) {
         Act(run, flow, "A");
         Act(run, flow, "B");
         Control(run, flow, "A", "B", true, {{1, 1}, {2, 2}, {3, 3}});
         Data(run, flow, "A", "B", {{1, 1}, {2, 2}, {3, 3}}, {{"a", "b"}, {"c", "d"}});
         Data(run, flow, "B", "A", {{1, 1}, {2, 2}}, {{"e", "f"}});
-        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
-    }
+    });
     auto key = [&](const char* from) {
         return Value("SELECT DCID FROM DVBT.DATA_CONNECTOR WHERE FROM_ACTIVITY = '" + Aid(from) + "'");
     };
     const std::string abKey = key("A"), baKey = key("B");
     BackEndRun run(true);
-    DvnfEntity& flow = Loaded(run, Value("SELECT PID FROM DVBT.PROCESS"));
-    Act(run, flow, "A", Aid("A")).State(DvnfObject::StateUnchanged);
-    Act(run, flow, "B", Aid("B")).State(DvnfObject::StateUnchanged);
+    DvnfEntity& flow = Loaded(run, Pid("Flow"), "Flow");
+    Act(run, flow, "A", 5, Aid("A")).State(DvnfObject::StateUnchanged);
+    Act(run, flow, "B", 5, Aid("B")).State(DvnfObject::StateUnchanged);
     Control(run, flow, "A", "B", true, {{7, 7}, {8, 8}}).State(DvnfObject::StateChanged);
     // Complete (bit 0): deleted and added anew, without the old bend points
     // and mappings.
@@ -253,41 +201,38 @@ TEST_P(FlowStore, TheEditorRewritesBendPointsAndACompleteDataConnectorStartsClea
     ba.AttributeData().Reset("Type");
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, true), 0);
     EXPECT_EQ(run.Messages(), (Lines{"51046|Flow"}));
-    EXPECT_EQ(QueryRows(Db(), "SELECT NAME, CHECKED_OUT FROM DVBT.PROCESS"), (Lines{"Flow|3"}));
+    EXPECT_EQ(Rows("SELECT NAME, CHECKED_OUT FROM DVBT.PROCESS"), (Lines{"Flow|3"}));
     EXPECT_EQ(ControlBendPoints(), (Lines{"A|B|1|7|7", "A|B|2|8|8"}));
-    EXPECT_EQ(DataConnectors(), (Lines{"A|B|0|rewritten|1|2", "B|A|0|<null>|1|1"}));
+    EXPECT_EQ(DataConnectors(), (Lines{"A|B|0|rewritten|1|2", "B|A|0|-|1|1"}));
     EXPECT_EQ(Sorted("SELECT c.NAME, m.FROM_MEMBER, m.TO_MEMBER FROM DVBT.DATA_MAP m JOIN DVBT.DATA_CONNECTOR c ON "
                      "c.DCID = m.DCID"),
-              (Lines{"<null>|e|f", "rewritten|c|d", "rewritten|x|y"}));
+              (Lines{"-|e|f", "rewritten|c|d", "rewritten|x|y"}));
     EXPECT_EQ(Sorted("SELECT DCID, SEQUENCENO, XPOS FROM DVBT.DATA_BENDPOINT"),
               (Lines{abKey + "|1|9", baKey + "|1|5"}));
 }
 
 TEST_P(FlowStore, ADeletedSinkOrSourceTakesItsDataConnectorsWithTheirBendPointsAndMappings) {
-    {
-        ImportRun run(true);
-        DvnfEntity& flow = run.Add("Process", "Flow");
+    Imported("Flow", [](ImportRun& run, DvnfEntity& flow) {
         Act(run, flow, "A");
         Node(run, flow, false, "1");
         Node(run, flow, true, "2");
         for (auto [from, to] : {std::pair{"#1", "A"}, {"A", "#2"}, {"#1", "#2"}})
             Data(run, flow, from, to, {{1, 1}}, {{"m", "n"}});
-        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
-    }
+    });
     // An editor save of the process as loaded, one of its ends deleted.
     auto save = [&](bool sink) {
         BackEndRun run(true);
-        DvnfEntity& flow = Loaded(run, Value("SELECT PID FROM DVBT.PROCESS"));
-        Act(run, flow, "A", Aid("A")).State(DvnfObject::StateUnchanged);
-        for (const auto& id : QueryRows(Db(), "SELECT SOURCE_ID FROM DVBT.SOURCE"))
+        DvnfEntity& flow = Loaded(run, Pid("Flow"), "Flow");
+        Act(run, flow, "A", 5, Aid("A")).State(DvnfObject::StateUnchanged);
+        for (const auto& id : Rows("SELECT SOURCE_ID FROM DVBT.SOURCE"))
             Node(run, flow, false, "1", id).State(sink ? 3 : 1);
-        for (const auto& id : QueryRows(Db(), "SELECT SINK_ID FROM DVBT.SINK"))
+        for (const auto& id : Rows("SELECT SINK_ID FROM DVBT.SINK"))
             Node(run, flow, true, "2", id).State(sink ? 1 : 3);
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, true), 0);
         return run.Messages();
     };
     EXPECT_EQ(save(true), (Lines{"51179|2", "51046|Flow"}));
-    EXPECT_EQ(DataConnectors(), (Lines{"S1|A|0|<null>|1|1"}));
+    EXPECT_EQ(DataConnectors(), (Lines{"S1|A|0|-|1|1"}));
     EXPECT_EQ(save(false), (Lines{"51178|1", "51046|Flow"}));
     for (const char* table : {"SOURCE", "SINK", "DATA_CONNECTOR", "DATA_BENDPOINT", "DATA_MAP"})
         EXPECT_EQ(Count(table), "0") << table;
@@ -300,17 +245,11 @@ TEST_P(FlowStore, TextAnnotationsAreStoredWithTheirDiagramAndRewrittenWithIt) {
         ImportRun run(true);
         DvnfEntity& flow = run.Add("Process", "Flow");
         Act(run, flow, "Box");
-        DvnfAttributeData note = run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Note")).AttributeData();
-        note("Text") = "Bills go out on Fridays";
-        note("Color")("Red") = 255L;
-        note("Color")("Green") = 128L;
-        note("Color")("Blue") = 0L;
-        note("BackgroundColor")("Blue") = 7L;
-        note("Font")("Name") = "Sans";
-        note("Font")("Size") = 12L;
-        note("Font")("Style") = 2L;
-        note("Font")("Descriptor") = "sans-12";
-        for (const char* at : {"Xpos", "Ypos", "Width", "Height"}) note("Layout")(at) = 40L;
+        Set(run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Note")).AttributeData(),
+            {{"Text", "Bills go out on Fridays"}, {"Color.Red", 255L}, {"Color.Green", 128L}, {"Color.Blue", 0L},
+             {"BackgroundColor.Blue", 7L}, {"Font.Name", "Sans"}, {"Font.Size", 12L}, {"Font.Style", 2L},
+             {"Font.Descriptor", "sans-12"}, {"Layout.Xpos", 40L}, {"Layout.Ypos", 40L}, {"Layout.Width", 40L},
+             {"Layout.Height", 40L}});
         run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Bare"));
         // A text longer than its column is refused; the others are stored.
         DvnfEntity& tooLong = run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Long"));
@@ -320,18 +259,18 @@ TEST_P(FlowStore, TextAnnotationsAreStoredWithTheirDiagramAndRewrittenWithIt) {
         ASSERT_EQ(messages.size(), 5u);
         EXPECT_EQ(messages[2].substr(0, 6), "51368|");
     }
-    EXPECT_EQ(QueryRows(Db(), "SELECT NAME, INSIDE_BLOCK, ANNOTATION_TEXT, TEXT_COLOR, BACK_COLOR, TEXT_FONT, "
+    EXPECT_EQ(Rows("SELECT NAME, INSIDE_BLOCK, ANNOTATION_TEXT, TEXT_COLOR, BACK_COLOR, TEXT_FONT, "
                               "TEXT_FONT_SIZ, TEXT_FONT_STYLE, TEXT_FONT_DESC, XPOS, YPOS, WIDTH, HEIGHT FROM "
                               "DVBT.TEXT_ANNOTATION ORDER BY NAME"),
-              (Lines{"Bare|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>",
-                     "Note|<null>|Bills go out on Fridays|255128000|7|Sans|12|2|sans-12|40|40|40|40"}));
+              (Lines{"Bare|-|-|-|-|-|-|-|-|-|-|-|-",
+                     "Note|-|Bills go out on Fridays|255128000|7|Sans|12|2|sans-12|40|40|40|40"}));
 
     // A block's diagram has rows of its own; the process diagram replaces
     // those at the top, and those of the block stay.
     const std::string box = Aid("Box");
     BackEndRun run(true);
-    DvnfEntity& flow = Loaded(run, Value("SELECT PID FROM DVBT.PROCESS"));
-    DvnfEntity& block = Act(run, flow, "Box", box, true);
+    DvnfEntity& flow = Loaded(run, Pid("Flow"), "Flow");
+    DvnfEntity& block = Act(run, flow, "Box", 3, box);
     block.State(DvnfObject::StateUnchanged);
     DvnfAttributeData inner = Diagram(block.AttributeData()("Implementation")("AsBlock").AsEntity());
     run.data.CreateTextAnnotation(inner, DvnfString("Inside")).AttributeData()("Text") = "in the box";
@@ -339,8 +278,8 @@ TEST_P(FlowStore, TextAnnotationsAreStoredWithTheirDiagramAndRewrittenWithIt) {
     run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Note")).AttributeData()("Text") = "changed";
     run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Bare")).State(DvnfObject::StateDeleted);
     EXPECT_EQ(run.be.SaveDiagram(Db(), Diagram(flow), flow, CString()), 0);
-    EXPECT_EQ(QueryRows(Db(), "SELECT NAME, INSIDE_BLOCK, ANNOTATION_TEXT FROM DVBT.TEXT_ANNOTATION ORDER BY NAME"),
-              (Lines{"Inside|" + box + "|in the box", "Note|<null>|changed"}));
+    EXPECT_EQ(Rows("SELECT NAME, INSIDE_BLOCK, ANNOTATION_TEXT FROM DVBT.TEXT_ANNOTATION ORDER BY NAME"),
+              (Lines{"Inside|" + box + "|in the box", "Note|-|changed"}));
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(FlowStore);

@@ -1,63 +1,14 @@
 // Activity kinds (program, process, bundle and block rows, nested blocks) and
 // the process attributes (PROCESS, PROCESS_TOPOL_ATTR, PROCESS_GRAPH_ATTR).
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
-#include "backendrun.h"
+#include "../storetests.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-class KindStore : public StoreTest {
+class KindStore : public ModelStore {
 protected:
-    // An activity of a diagram (a process's or a block's), of the kind as
-    // "Implementation"."Type".
-    static DvnfEntity& Act(ImportRun& run, DvnfAttributeData diagram, const char* name, long kind = 5) {
-        const DvnfString key("");
-        DvnfEntity* activity = nullptr;
-        switch (kind) {
-            case 1: activity = &run.data.CreateProgramActivityByOID(diagram, key); break;
-            case 2: activity = &run.data.CreateProcessActivityByOID(diagram, key); break;
-            case 3: activity = &run.data.CreateBlockActivityByOID(diagram, key); break;
-            case 4: activity = &run.data.CreateBundleActivityByOID(diagram, key); break;
-            default: activity = &run.data.CreateInfoActivityByOID(diagram, key); break;
-        }
-        activity->Name(DvnfString(name));
-        activity->Flags(7);
-        return *activity;
-    }
-    static DvnfEntity& Act(ImportRun& run, DvnfEntity& owner, const char* name, long kind = 5) {
-        return Act(run, owner.AttributeData()("Diagram"), name, kind);
-    }
-    // The implementation object of an activity ("AsProgram", ...).
-    static DvnfEntity& Impl(DvnfEntity& activity, const char* as) {
-        return activity.AttributeData()("Implementation")(as).AsEntity();
-    }
-    static void Link(ImportRun& run, DvnfEntity& entity, const char* link, const char* type, const char* target) {
-        run.data.AddLinkByName(entity, DvnfString(link), DvnfString(type), DvnfString(target), true, false);
-    }
-    Lines Rows(const std::string& sql) { return QueryRows(Db(), sql); }
     // Rows of a kind table with the name of their activity in front.
     Lines KindRows(const std::string& table, const std::string& columns) {
-        Lines rows = Rows("SELECT a.NAME, " + columns + " FROM DVBT." + table +
-                          " t JOIN DVBT.ACTIVITY a ON a.AID = t.AID");
-        std::sort(rows.begin(), rows.end());
-        return rows;
-    }
-    static size_t Count(const Lines& lines, const std::string& line) {
-        return static_cast<size_t>(std::count(lines.begin(), lines.end(), line));
-    }
-    // Rows of the kind and extent tables that no ACTIVITY row owns.
-    std::string Orphans() {
-        std::string sql = "SELECT COUNT(*) FROM (";
-        const char* tables[] = {"ACTIVITY_EXTENT", "PROGRAM_ACTIVITY", "PROCESS_ACTIVITY", "BUNDLE_ACTIVITY",
-                                "BLOCK_ACTIVITY"};
-        for (const char* t : tables)
-            sql += std::string(t == tables[0] ? "" : " UNION ALL ") + "SELECT AID FROM DVBT." + t +
-                   " WHERE AID NOT IN (SELECT AID FROM DVBT.ACTIVITY)";
-        return QueryValue(Db(), sql + ") x");
+        return Sorted("SELECT a.NAME, " + columns + " FROM DVBT." + table + " t JOIN DVBT.ACTIVITY a ON a.AID = t.AID");
     }
 };
 
@@ -71,48 +22,35 @@ TEST_P(KindStore, AProgramActivityFindsItsProgramAndItsServerInEachShapeOfItsNam
     AddSystem(Db(), "S2", "REMOTE", "G2");
     AddServer(Db(), "PE_SERVER", "PES1", "PES1", "S1");
     AddServer(Db(), "USER_PE_SERVER", "U1", "UPES", "S2");
-    struct Case {
-        const char* activity;
-        const char* server;         // the dotted name; null: no link
-        const char* withGroups;     // PE_SERVER while groups exist
-        const char* withoutGroups;  // PE_SERVER once none is left
-    };
-    const Case cases[] = {
-        {"None", nullptr, "<null>", "<null>"},
-        {"Server", "PES1", "PES1", "<null>"},
-        {"UserServer", "UPES", "U1", "<null>"},
-        {"WithSystem", "PES1.DVNSYS", "PES1", "<null>"},
-        {"UserWithSystem", "UPES.REMOTE", "U1", "<null>"},
-        {"WithGroup", "PES1.DVNSYS.Other", "PES1", "<null>"},
-        {"WrongSystem", "PES1.REMOTE", "<null>", "<null>"},
-        {"NoSuchSystem", "PES1.GHOST", "<null>", "<null>"},
-        {"NoSuchGroup", "PES1.DVNSYS.Nowhere", "<null>", "<null>"},
-        {"NoSuchServer", "GHOST", "<null>", "<null>"},
-        {"EmptyPart", "PES1..SYS_GRP", "<null>", "<null>"},
+    // Activity, the dotted name of its server (null: no link), and PE_SERVER
+    // while groups exist; once none is left, no server is found.
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"None", nullptr, "-"},          {"Server", "PES1", "PES1"},          {"UserServer", "UPES", "U1"},
+        {"WithSystem", "PES1.DVNSYS", "PES1"}, {"UserWithSystem", "UPES.REMOTE", "U1"},
+        {"WithGroup", "PES1.DVNSYS.Other", "PES1"}, {"WrongSystem", "PES1.REMOTE", "-"},
+        {"NoSuchSystem", "PES1.GHOST", "-"}, {"NoSuchGroup", "PES1.DVNSYS.Nowhere", "-"},
+        {"NoSuchServer", "GHOST", "-"},  {"EmptyPart", "PES1..SYS_GRP", "-"},
     };
     for (bool groups : {true, false}) {
         SCOPED_TRACE(groups);
         if (!groups) Exec("DELETE FROM DVBT.SYSTEM_GROUP");
         ImportRun run(true);
         DvnfEntity& order = run.Add("Process", "Order");
-        for (const Case& c : cases) {
-            DvnfEntity& program = Impl(Act(run, order, c.activity, 1), "AsProgram");
+        Lines expected, reported;
+        for (const auto& [activity, server, found] : cases) {
+            DvnfEntity& program = Impl(Act(run, order, activity, 1), "AsProgram");
             Link(run, program, "ReferencesProgram", "Program", "checkord");
-            if (c.server) Link(run, program, "ReferencesPEServer", "Server", c.server);
+            if (server) Link(run, program, "ReferencesPEServer", "Server", server);
+            const std::string stored = groups ? found : "-";
+            expected.push_back(std::string(activity) + "|PR1|" + stored);
+            if (stored == "-" && server) reported.push_back(std::string("51184|") + server + "|" + activity);
         }
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);  // 51184 is no warning
-        Lines expected, reported;
-        for (const Case& c : cases) {
-            expected.push_back(std::string(c.activity) + "|PR1|" + (groups ? c.withGroups : c.withoutGroups));
-            if ((groups ? c.withGroups : c.withoutGroups) == std::string("<null>") && c.server)
-                reported.push_back(std::string("51184|") + c.server + "|" + c.activity);
-        }
         std::sort(expected.begin(), expected.end());
         EXPECT_EQ(KindRows("PROGRAM_ACTIVITY", "t.PROGRAM_ID, t.PE_SERVER"), expected);
-        const Lines messages = run.Messages();
-        Lines found;
-        std::copy_if(messages.begin(), messages.end(), std::back_inserter(found),
-                     [](const std::string& m) { return m.rfind("51184|", 0) == 0; });
+        Lines found = run.Messages();
+        found.erase(std::remove_if(found.begin(), found.end(), [](auto& m) { return m.rfind("51184|", 0) != 0; }),
+                    found.end());
         EXPECT_EQ(found, reported);
     }
 }
@@ -140,9 +78,8 @@ TEST_P(KindStore, AProgramActivityWithoutItsProgramKeepsOnlyItsActivityRow) {
     EXPECT_EQ(Count(messages, "51105|"), 1u);  // the link that names nothing
     EXPECT_EQ(Count(messages, "51015|Unknown"), 1u);
     EXPECT_EQ(KindRows("PROGRAM_ACTIVITY", "t.PROGRAM_ID, t.PES_CONT_MEMBER, t.SYNCHRONIZATION"),
-              (Lines{"ByKey|PR1|server|1", "Sync1|PR1|<null>|2", "Sync2|PR1|<null>|1", "Sync7|PR1|<null>|<null>",
-                     "Sync|PR1|<null>|1"}));
-    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.ACTIVITY WHERE ACTIVITY_KIND = 1"), "7");
+              (Lines{"ByKey|PR1|server|1", "Sync1|PR1|-|2", "Sync2|PR1|-|1", "Sync7|PR1|-|-", "Sync|PR1|-|1"}));
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.ACTIVITY WHERE ACTIVITY_KIND = 1"), "7");
 }
 
 // ------------------------------------------------------------------ process activities
@@ -171,10 +108,9 @@ TEST_P(KindStore, AProcessActivityHoldsTheCalledNameOrAMemberAndAProcessMayCallI
                                          "51106|GHOST", "51015|Nothing", "51015|Self", "51011|Order",
                                          round == 0 ? "51014|Order" : "51046|Order"}));
         EXPECT_EQ(KindRows("PROCESS_ACTIVITY", "t.PROCESS, t.PROC_CONT_MEMBER, t.SYSTEM, t.SYSTEM_CONT_MEMBER"),
-                  (Lines{"BadSystem|Invoice|<null>|<null>|<null>", "ByMember|<null>|which|<null>|where",
-                         "Call|Invoice|<null>|S1|<null>", "Self|Order|<null>|<null>|<null>"}));
-        EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.ACTIVITY"), "5");
-        EXPECT_EQ(Orphans(), "0");
+                  (Lines{"BadSystem|Invoice|-|-|-", "ByMember|-|which|-|where", "Call|Invoice|-|S1|-",
+                         "Self|Order|-|-|-"}));
+        EXPECT_EQ(Count("ACTIVITY"), "5");
     }
 }
 
@@ -187,19 +123,14 @@ TEST_P(KindStore, BlocksNestThreeDeepWithTheirOwnActivitiesAndTransactionsStayBa
         ImportRun run(true);
         DvnfEntity& order = run.Add("Process", "Order");
         Act(run, order, "Work");
-        DvnfEntity& b1 = Act(run, order, "B1", 3);
-        Impl(b1, "AsBlock").AttributeData()("RcCreation") = 0L;
-        Impl(b1, "AsBlock").AttributeData()("WindowLayout")("ZoomFactor") = 150L;
-        DvnfAttributeData d1 = Impl(b1, "AsBlock").AttributeData()("Diagram");
-        Act(run, d1, "Work");
-        DvnfEntity& b2 = Act(run, d1, "B2", 3);
-        Impl(b2, "AsBlock").AttributeData()("RcCreation") = 2L;
-        Impl(b2, "AsBlock").AttributeData()("WindowLayout")("ShowConditions") = 3L;
-        DvnfAttributeData d2 = Impl(b2, "AsBlock").AttributeData()("Diagram");
-        Act(run, d2, "Work");
-        DvnfEntity& b3 = Act(run, d2, "B3", 3);  // no "WindowLayout", no "RcCreation"
-        DvnfAttributeData d3 = Impl(b3, "AsBlock").AttributeData()("Diagram");
-        Link(run, Impl(Act(run, d3, "Work", 1), "AsProgram"), "ReferencesProgram", "Program", "checkord");
+        DvnfEntity& b1 = Impl(Act(run, order, "B1", 3), "AsBlock");
+        Set(b1.AttributeData(), {{"RcCreation", 0L}, {"WindowLayout.ZoomFactor", 150L}});
+        Act(run, b1, "Work");
+        DvnfEntity& b2 = Impl(Act(run, b1, "B2", 3), "AsBlock");
+        Set(b2.AttributeData(), {{"RcCreation", 2L}, {"WindowLayout.ShowConditions", 3L}});
+        Act(run, b2, "Work");
+        DvnfEntity& b3 = Impl(Act(run, b2, "B3", 3), "AsBlock");  // no "WindowLayout", no "RcCreation"
+        Link(run, Impl(Act(run, b3, "Work", 1), "AsProgram"), "ReferencesProgram", "Program", "checkord");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_FALSE(Db().InTransaction());
         EXPECT_EQ(run.Messages(),
@@ -207,18 +138,14 @@ TEST_P(KindStore, BlocksNestThreeDeepWithTheirOwnActivitiesAndTransactionsStayBa
                          "51015|Work", "51015|B3", "51012|B3", "51015|Work", "51013|B3", "51013|B2", "51013|B1",
                          "51011|Order", round == 0 ? "51014|Order" : "51046|Order"}));
         // Each Work in its own block, with its extent from the second pass.
-        Lines activities = Rows("SELECT a.NAME, b.NAME, e.DONE_BY FROM DVBT.ACTIVITY a LEFT JOIN DVBT.ACTIVITY b ON "
-                                "b.AID = a.INSIDE_BLOCK LEFT JOIN DVBT.ACTIVITY_EXTENT e ON e.AID = a.AID");
-        std::sort(activities.begin(), activities.end());
-        EXPECT_EQ(activities,
-                  (Lines{"B1|<null>|<null>", "B2|B1|<null>", "B3|B2|<null>", "Work|<null>|12", "Work|B1|12",
-                         "Work|B2|12", "Work|B3|12"}));
+        EXPECT_EQ(Sorted("SELECT a.NAME, b.NAME, e.DONE_BY FROM DVBT.ACTIVITY a LEFT JOIN DVBT.ACTIVITY b ON b.AID = "
+                         "a.INSIDE_BLOCK LEFT JOIN DVBT.ACTIVITY_EXTENT e ON e.AID = a.AID"),
+                  (Lines{"B1|-|-", "B2|B1|-", "B3|B2|-", "Work|-|12", "Work|B1|12", "Work|B2|12", "Work|B3|12"}));
         EXPECT_EQ(KindRows("BLOCK_ACTIVITY", "t.RETURN_CODE_SET, t.ZOOM_FACTOR, t.SHOW_CONNECTORS, "
                                              "t.SHOW_EXIT_COND, t.SHOW_TRANS_COND, t.SHOW_TEXT_ANNOTAT"),
-                  (Lines{"B1|3|150|1|0|0|0", "B2|1|<null>|1|0|1|0", "B3|1|<null>|1|0|0|1"}));
+                  (Lines{"B1|3|150|1|0|0|0", "B2|1|-|1|0|1|0", "B3|1|-|1|0|0|1"}));
         EXPECT_EQ(KindRows("PROGRAM_ACTIVITY", "t.PROGRAM_ID"), (Lines{"Work|PR1"}));
-        EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.PROCESS"), "1");
-        EXPECT_EQ(Orphans(), "0");
+        EXPECT_EQ(Count("PROCESS"), "1");
     }
 }
 
@@ -254,7 +181,7 @@ TEST_P(KindStore, ABundleStoresItsPatternActivityInsideItAndItsSettings) {
     // A pattern activity that takes no part in the save is not found.
     DvnfEntity& unsaved = Impl(Act(run, order, "Unsaved", 4), "AsBundle");
     unsaved.AttributeData()("InstantiatingMember") = "n";
-    Act(run, unsaved.AttributeData()("Diagram"), "Mail").State(DvnfObject::StateNone);
+    Act(run, unsaved, "Mail").State(DvnfObject::StateNone);
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     EXPECT_EQ(Count(messages, "51108|NoMember"), 1u);
@@ -263,9 +190,9 @@ TEST_P(KindStore, ABundleStoresItsPatternActivityInsideItAndItsSettings) {
                    "t.ASGNMNT_ALGORITHM, t.INSTANTIATION_FLD, t.NMBR_OF_INSTANCES, t.NMBR_OF_INST_MBR, "
                    "t.RETUN_CODE_SETTING FROM DVBT.BUNDLE_ACTIVITY t JOIN DVBT.ACTIVITY a ON a.AID = t.AID LEFT JOIN "
                    "DVBT.ACTIVITY p ON p.AID = t.PATTERN_ACTIVITY AND p.INSIDE_BLOCK = t.AID ORDER BY a.NAME"),
-              (Lines{"Defaults|Mail|Defaults|1|1|1|1|n|<null>|count|1",
-                     "Outside|Mail|Outside|<null>|1|<null>|<null>|n|0|<null>|<null>",
-                     "Set|Mail|Set|2|0|3|2|Number|4|<null>|3"}));
+              (Lines{"Defaults|Mail|Defaults|1|1|1|1|n|-|count|1",
+                     "Outside|Mail|Outside|-|1|-|-|n|0|-|-",
+                     "Set|Mail|Set|2|0|3|2|Number|4|-|3"}));
     // Each stored pattern stands inside its bundle, with its extent; the
     // bundle without a member keeps its pattern all the same.
     EXPECT_EQ(Rows("SELECT b.NAME, COUNT(e.AID) FROM DVBT.ACTIVITY a JOIN DVBT.ACTIVITY b ON b.AID = a.INSIDE_BLOCK "
@@ -281,85 +208,49 @@ TEST_P(KindStore, ProcessAttributesFillTheRowAndTheTopologyAndGraphRowsThroughTh
     AddRole(Db(), "R1", "Clerk");
     AddOrganization(Db(), "O1", "Shipping");
     ImportRun run(true);
-    auto staffLinks = [&](DvnfEntity& process, const char* person, const char* role, const char* organization) {
-        Link(run, process, "ProcessHasAdministrator", "Person", person);
-        Link(run, process, "ProcessHasRole", "Role", role);
-        Link(run, process, "ProcessHasOrganization", "Organization", organization);
+    // The category and the staff by links, or by members of the input container.
+    auto staff = [&](const char* name, const char* category, const char* person, const char* role,
+                     const char* organization, bool members) -> DvnfEntity& {
+        DvnfEntity& process = run.Add("Process", name);
+        if (category) Link(run, process, "ProcessHasCategory", "Category", category);
+        if (person) Link(run, process, "ProcessHasAdministrator", "Person", person);
+        if (role) Link(run, process, "ProcessHasRole", "Role", role);
+        if (organization) Link(run, process, "ProcessHasOrganization", "Organization", organization);
+        if (members)
+            Set(process.AttributeData(),
+                {{"AdministratorFromInput", "adm"}, {"RoleFromInput", "rol"}, {"OrganizationFromInput", "org"}});
+        return process;
     };
-    auto members = [](DvnfAttributeData a) {
-        a("AdministratorFromInput") = "adm";
-        a("RoleFromInput") = "rol";
-        a("OrganizationFromInput") = "org";
-    };
-
-    DvnfEntity& full = run.Add("Process", "Full");
-    Link(run, full, "ProcessHasCategory", "Category", "Sales");
-    staffLinks(full, "ADMIN", "Clerk", "Shipping");
-    DvnfAttributeData a = full.AttributeData();
-    a("ValidFrom") = "2026-01-01";
-    a("PromptAtProcessStart") = true;
-    a("RcCreation") = 0L;
-    a("Description") = std::string(300, 'd');
-    a("Documentation") = "how";
-    a("NotifyDuration")("Hours") = 1L;
-    a("ProcessDefault")("AuditDB") = 1L;
-    a("ProcessDefault")("AuditHX") = 3L;
-    a("ProcessDefault")("NotificationMode") = 1L;
-    a("ProcessDefault")("RefreshPolicy") = 0L;
-    a("ProcessDefault")("KeepWorkitems")("Type") = 1L;
-    a("ProcessDefault")("KeepProcesses")("Type") = 2L;
-    a("ProcessDefault")("KeepProcesses")("Days") = 1L;
-    a("ProcessDefault")("Autonomy") = 5L;
-    a("ActivityDefault")("Substitution") = true;
-    a("ActivityDefault")("CheckoutPossible") = false;
-    a("ActivityDefault")("AuditFilterDB") = "ALL";
-    a("WindowLayout")("ZoomFactor") = 150L;
-    a("WindowLayout")("Paper")("Xpos") = 3L;
-    a("WindowLayout")("Paper")("Ypos") = 4L;
-    a("WindowLayout")("Paper")("Width") = 500L;  // without its height: neither
-    a("WindowLayout")("ShowConnectors") = 1L;
-    a("WindowLayout")("ShowConditions") = 2L;
-    a("WindowLayout")("ShowTextAnnotations") = false;
-    a("PaperColor")("Red") = 255L;
-    a("PaperColor")("Green") = 128L;
-    a("PaperColor")("Blue") = 0L;
-    a("ExitConditionColor")("Blue") = 7L;
-    a("ActivityFont")("Name") = "Arial";
-    a("ActivityFont")("Size") = 10L;
-
-    DvnfEntity& byMember = run.Add("Process", "Members");
-    DvnfAttributeData m = byMember.AttributeData();  // a handle of its own: = would copy
-    members(m);
-    m("DataFromInputContainer") = false;
-    m("NotificationFromInput") = "who";
-    m("RcCreation") = 2L;
-    m("ProcessDefault")("Autonomy") = 0L;
-    m("ProcessDefault")("AuditDB") = 9L;  // outside the table
-    m("ProcessDefault")("KeepWorkitems")("Type") = 0L;
-    m("ProcessDefault")("KeepProcesses")("Type") = 2L;  // a sum of 0
-    m("ProcessDefault")("RefreshPolicy") = 1L;
-    m("WindowLayout")("ZoomFactor") = 5L;
-    m("WindowLayout")("ShowConnectors") = 3L;
-    m("WindowLayout")("ShowConditions") = 9L;
-    m("WindowLayout")("ShowTextAnnotations") = true;
-
-    // The staff comes from the input container: links and members pass.
-    DvnfEntity& container = run.Add("Process", "Container");
+    Set(staff("Full", "Sales", "ADMIN", "Clerk", "Shipping", false).AttributeData(),
+        {{"ValidFrom", "2026-01-01"}, {"PromptAtProcessStart", true}, {"RcCreation", 0L},
+         {"Description", std::string(300, 'd')}, {"Documentation", "how"}, {"NotifyDuration.Hours", 1L},
+         {"ProcessDefault.AuditDB", 1L}, {"ProcessDefault.AuditHX", 3L}, {"ProcessDefault.NotificationMode", 1L},
+         {"ProcessDefault.RefreshPolicy", 0L}, {"ProcessDefault.KeepWorkitems.Type", 1L},
+         {"ProcessDefault.KeepProcesses.Type", 2L}, {"ProcessDefault.KeepProcesses.Days", 1L},
+         {"ProcessDefault.Autonomy", 5L}, {"ActivityDefault.Substitution", true},
+         {"ActivityDefault.CheckoutPossible", false}, {"ActivityDefault.AuditFilterDB", "ALL"},
+         {"WindowLayout.ZoomFactor", 150L}, {"WindowLayout.Paper.Xpos", 3L}, {"WindowLayout.Paper.Ypos", 4L},
+         {"WindowLayout.Paper.Width", 500L},  // without its height: neither
+         {"WindowLayout.ShowConnectors", 1L}, {"WindowLayout.ShowConditions", 2L},
+         {"WindowLayout.ShowTextAnnotations", false}, {"PaperColor.Red", 255L}, {"PaperColor.Green", 128L},
+         {"PaperColor.Blue", 0L}, {"ExitConditionColor.Blue", 7L}, {"ActivityFont.Name", "Arial"},
+         {"ActivityFont.Size", 10L}});
+    // AuditDB 9 is outside its table; KeepProcesses of type 2 sums to 0.
+    Set(staff("Members", nullptr, nullptr, nullptr, nullptr, true).AttributeData(),
+        {{"DataFromInputContainer", false}, {"NotificationFromInput", "who"}, {"RcCreation", 2L},
+         {"ProcessDefault.Autonomy", 0L}, {"ProcessDefault.AuditDB", 9L}, {"ProcessDefault.KeepWorkitems.Type", 0L},
+         {"ProcessDefault.KeepProcesses.Type", 2L}, {"ProcessDefault.RefreshPolicy", 1L},
+         {"WindowLayout.ZoomFactor", 5L}, {"WindowLayout.ShowConnectors", 3L}, {"WindowLayout.ShowConditions", 9L},
+         {"WindowLayout.ShowTextAnnotations", true}});
+    // The staff comes from the input container: links and members pass; RcCreation 5 is outside its table.
+    DvnfEntity& container = staff("Container", nullptr, "ADMIN", "Clerk", "Shipping", true);
     run.data.AddLinkByOID(container, DvnfString("ProcessHasCategory"), DvnfString("Category"), DvnfString("C1"));
-    staffLinks(container, "ADMIN", "Clerk", "Shipping");
-    members(container.AttributeData());
-    container.AttributeData()("DataFromInputContainer") = true;
-    container.AttributeData()("RcCreation") = 5L;  // outside the table
-    container.AttributeData()("NotifyDuration")("Hours") = 0L;
-
-    DvnfEntity& missing = run.Add("Process", "Missing");
-    Link(run, missing, "ProcessHasCategory", "Category", "Nothing");
-    staffLinks(missing, "NOBODY", "Ghost", "Nowhere");
-    members(missing.AttributeData());  // the link names a target: no member
-    missing.AttributeData()("ProcessDefault")("Autonomy") = 15L;
-    missing.AttributeData()("ProcessDefault")("KeepWorkitems")("Type") = 3L;
-    missing.AttributeData()("WindowLayout")("ZoomFactor") = 500L;
-
+    Set(container.AttributeData(),
+        {{"DataFromInputContainer", true}, {"RcCreation", 5L}, {"NotifyDuration.Hours", 0L}});
+    // The links name targets that are not stored: no member either.
+    Set(staff("Missing", "Nothing", "NOBODY", "Ghost", "Nowhere", true).AttributeData(),
+        {{"ProcessDefault.Autonomy", 15L}, {"ProcessDefault.KeepWorkitems.Type", 3L},
+         {"WindowLayout.ZoomFactor", 500L}});
     run.Add("Process", "Bare");
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
@@ -371,69 +262,46 @@ TEST_P(KindStore, ProcessAttributesFillTheRowAndTheTopologyAndGraphRowsThroughTh
     EXPECT_EQ(Rows("SELECT NAME, CATID, ADMINISTRATOR, ROLE, ORGANIZATION, PADM_CONT_MEMBER, ROLE_CONT_MEMBER, "
                    "ORG_CONT_MEMBER, DATA_FROM_IN_CONT, VALID_FROM, PROMPT_AT_PRC_STRT, RC_CREATION, "
                    "LENGTH(DESCRIPTION), DOCUMENTATION FROM DVBT.PROCESS ORDER BY NAME"),
-              (Lines{
-                  "Bare|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|0|1|<null>|<null>",
-                  "Container|C1|<null>|<null>|<null>|<null>|<null>|<null>|1|<null>|0|<null>|<null>|<null>",
-                  "Full|C1|P1|R1|O1|<null>|<null>|<null>|<null>|2026-01-01|1|3|254|how",
-                  "Members|<null>|<null>|<null>|<null>|adm|rol|org|0|<null>|0|1|<null>|<null>",
-                  "Missing|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|0|1|<null>|<null>",
-              }));
+              (Lines{"Bare|-|-|-|-|-|-|-|-|-|0|1|-|-", "Container|C1|-|-|-|-|-|-|1|-|0|-|-|-",
+                     "Full|C1|P1|R1|O1|-|-|-|-|2026-01-01|1|3|254|how", "Members|-|-|-|-|adm|rol|org|0|-|0|1|-|-",
+                     "Missing|-|-|-|-|-|-|-|-|-|0|1|-|-"}));
     EXPECT_EQ(Rows("SELECT n.NAME, p.NOTIFICATION_INTVL, p.NOT_CONT_MEMBER, p.WRITE_AUDIT_LOG, p.HX_AUDIT_LOG, "
                    "p.NOTIFICATION_MODE, p.REFRESH_POLICY, p.KEEP_FIN_WRKITM_TI, p.KEEP_FIN_PRC_TIME, "
                    "p.STAFF_AUTONOMY, p.NOTIFICAT_AUTONOMY, p.ADMIN_AUTONOMY, p.CONTROL_AUTONOMY, "
                    "p.TERMINATE_ON_ERROR, p.SUBSTITUTION, p.CHECKOUT_POSSIBLE, p.PREFER_LOCAL_USERS, "
                    "p.AUDIT_EVENTS_TO_DB FROM DVBT.PROCESS_TOPOL_ATTR" + byName),
-              (Lines{
-                  "Bare|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|"
-                  "<null>|<null>|<null>|<null>",
-                  "Container|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|"
-                  "<null>|<null>|<null>|<null>|<null>",
-                  "Full|3600|<null>|3|4|2|2|999999999|86400|1|0|1|0|<null>|1|0|<null>|ALL",
-                  "Members|<null>|who|<null>|<null>|<null>|1|0|<null>|0|0|0|0|<null>|<null>|<null>|<null>|<null>",
-                  "Missing|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|1|1|1|1|<null>|<null>|<null>|"
-                  "<null>|<null>",
-              }));
+              (Lines{"Bare|-|-|-|-|-|-|-|-|-|-|-|-|-|-|-|-|-", "Container|-|-|-|-|-|-|-|-|-|-|-|-|-|-|-|-|-",
+                     "Full|3600|-|3|4|2|2|999999999|86400|1|0|1|0|-|1|0|-|ALL",
+                     "Members|-|who|-|-|-|1|0|-|0|0|0|0|-|-|-|-|-", "Missing|-|-|-|-|-|-|-|-|1|1|1|1|-|-|-|-|-"}));
     EXPECT_EQ(Rows("SELECT n.NAME, p.ZOOM_FACTOR, p.VIEW_REF_PT_XPOS, p.VIEW_REF_PT_YPOS, p.PAPER_SIZE_WIDTH, "
                    "p.PAPER_SIZE_HEIGHT, p.SHOW_CONNECTORS, p.SHOW_EXIT_COND, p.SHOW_TRANS_COND, p.SHOW_TEXT_ANNOTAT, "
                    "p.PAPER_COLOR, p.EXIT_COND_COLOR, p.DATA_COLOR, p.ACT_NAME_FONT, p.ACT_FONT_SIZE, "
                    "p.ACT_FONT_STYLE, p.EXIT_COND_FONT FROM DVBT.PROCESS_GRAPH_ATTR" + byName),
-              (Lines{
-                  "Bare|<null>|<null>|<null>|<null>|<null>|1|0|0|1|<null>|<null>|<null>|<null>|<null>|<null>|<null>",
-                  "Container|<null>|<null>|<null>|<null>|<null>|1|0|0|1|<null>|<null>|<null>|<null>|<null>|<null>|"
-                  "<null>",
-                  "Full|150|3|4|<null>|<null>|0|1|0|0|255128000|7|<null>|Arial|10|<null>|<null>",
-                  "Members|10|<null>|<null>|<null>|<null>|3|0|0|1|<null>|<null>|<null>|<null>|<null>|<null>|<null>",
-                  "Missing|200|<null>|<null>|<null>|<null>|1|0|0|0|<null>|<null>|<null>|<null>|<null>|<null>|<null>",
-              }));
+              (Lines{"Bare|-|-|-|-|-|1|0|0|1|-|-|-|-|-|-|-", "Container|-|-|-|-|-|1|0|0|1|-|-|-|-|-|-|-",
+                     "Full|150|3|4|-|-|0|1|0|0|255128000|7|-|Arial|10|-|-", "Members|10|-|-|-|-|3|0|0|1|-|-|-|-|-|-|-",
+                     "Missing|200|-|-|-|-|1|0|0|0|-|-|-|-|-|-|-"}));
 }
 
 TEST_P(KindStore, AnEditorSaveWithoutTheAttributesLoadedKeepsTheAttributeRows) {
     AddCategory(Db(), "C1", "Sales");
-    {
-        ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Order");
+    Imported("Order", [](ImportRun& run, DvnfEntity& order) {
         Link(run, order, "ProcessHasCategory", "Category", "Sales");
-        order.AttributeData()("Description") = "kept";
-        order.AttributeData()("WindowLayout")("ZoomFactor") = 150L;
-        order.AttributeData()("ProcessDefault")("Autonomy") = 15L;
-        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
-    }
-    const Lines before = Rows("SELECT p.CATID, p.DESCRIPTION, g.ZOOM_FACTOR, t.CONTROL_AUTONOMY FROM DVBT.PROCESS p "
-                              "JOIN DVBT.PROCESS_GRAPH_ATTR g ON g.PID = p.PID JOIN DVBT.PROCESS_TOPOL_ATTR t ON "
-                              "t.PID = p.PID");
-    ASSERT_EQ(before, (Lines{"C1|kept|150|1"}));
+        Set(order.AttributeData(),
+            {{"Description", "kept"}, {"WindowLayout.ZoomFactor", 150L}, {"ProcessDefault.Autonomy", 15L}});
+    });
+    const std::string attributes = "SELECT p.CATID, p.DESCRIPTION, g.ZOOM_FACTOR, t.CONTROL_AUTONOMY FROM DVBT.PROCESS "
+                                   "p JOIN DVBT.PROCESS_GRAPH_ATTR g ON g.PID = p.PID JOIN DVBT.PROCESS_TOPOL_ATTR t "
+                                   "ON t.PID = p.PID";
+    ASSERT_EQ(Rows(attributes), (Lines{"C1|kept|150|1"}));
     for (int flags : {0, 7}) {
         SCOPED_TRACE(flags);
         BackEndRun run(true);
-        const std::string pid = QueryValue(Db(), "SELECT PID FROM DVBT.PROCESS");
-        DvnfEntity& order = run.data.CreateEntity(DvnfString("Process"), DvnfString(pid.c_str()), DvnfString("Order"));
+        DvnfEntity& order = Loaded(run, Pid("Order"), "Order");
         order.State(DvnfObject::StateChanged);
         order.Flags(flags);
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, true), 0);
         // Loaded, the attributes (none now) are written: all goes.
-        EXPECT_EQ(Rows("SELECT p.CATID, p.DESCRIPTION, g.ZOOM_FACTOR, t.CONTROL_AUTONOMY FROM DVBT.PROCESS p JOIN "
-                       "DVBT.PROCESS_GRAPH_ATTR g ON g.PID = p.PID JOIN DVBT.PROCESS_TOPOL_ATTR t ON t.PID = p.PID"),
-                  flags ? Lines{"<null>|<null>|<null>|<null>"} : before);
+        EXPECT_EQ(Rows(attributes), (Lines{flags ? "-|-|-|-" : "C1|kept|150|1"}));
     }
 }
 

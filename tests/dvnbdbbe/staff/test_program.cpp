@@ -1,19 +1,12 @@
 // Programs through dvnbt import: the general settings, a row per platform
 // group and a service per platform, their mappings, overwrite, structures,
 // and the refusals and failures of a program.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
-#include "dvnfcorn.h"
-#include "repositorydb.h"
+#include "../storetests.h"
 #include "testenv.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-class ProgramStore : public RepositoryTest {
+class ProgramStore : public StoreTest {
 protected:
     CliResult Import(const std::string& trx, std::vector<std::string> options = {}, const std::string& user = "") {
         std::vector<std::string> args{"import"};
@@ -32,8 +25,8 @@ protected:
         return n;
     }
     Lines Rows(const std::string& columns, const std::string& table, const std::string& order = "p.NAME") {
-        return QueryRows(Db(), "SELECT p.NAME, " + columns + " FROM DVBT." + table +
-                                   " x JOIN DVBT.PROGRAM p ON p.PROGRAM_ID = x.PROGRAM_ID ORDER BY " + order);
+        return Dashed(QueryRows(Db(), "SELECT p.NAME, " + columns + " FROM DVBT." + table +
+                                          " x JOIN DVBT.PROGRAM p ON p.PROGRAM_ID = x.PROGRAM_ID ORDER BY " + order));
     }
     // name|table of every platform row, and name|platform of every service.
     Lines Platforms() {
@@ -46,8 +39,6 @@ protected:
         std::sort(all.begin(), all.end());
         return all;
     }
-    Lines Marks() { return QueryRows(Db(), "SELECT NAME, CHECKED_OUT FROM DVBT.PROGRAM ORDER BY NAME"); }
-    void Exec(const std::string& sql) { ExecAll(Db(), {sql.c_str()}); }
     TrxFiles files;
 };
 
@@ -86,23 +77,13 @@ Program "Services" {
     for (const char* name : {"General", "User1", "User7", "Plain", "Services"})
         EXPECT_NE(r.err.find(Line(51020, name)), std::string::npos) << r.err;
 
-    // The general settings, with the structures of a program without links.
-    EXPECT_EQ(QueryRows(Db(),
-                        "SELECT p.NAME, i.NAME, o.NAME, p.DS_FROM_ACTIVITY, p.UNATTENDED, p.EXECUTION_USER, "
-                        "p.EXECUTION_MODE, p.INPUT_ACCESS, p.OUTPUT_ACCESS, p.TRUST_MODE, p.USER_DEFINED_ICON, "
-                        "p.CHECKED_OUT, p.CHECKED_OUT_BY, p.DESCRIPTION, p.DOCUMENTATION FROM DVBT.PROGRAM p "
-                        "LEFT JOIN DVBT.DATA_STRUCTURE i ON i.DSID = p.INPUT_DS "
-                        "LEFT JOIN DVBT.DATA_STRUCTURE o ON o.DSID = p.OUTPUT_DS ORDER BY p.NAME"),
-              (Lines{"General|Default Data Structure|Default Data Structure|1|1|1|2|1|0|1|ICON8CHR|0|<null>|checks|"
-                     "all of it",
-                     "Plain|Default Data Structure|Default Data Structure|0|0|<null>|<null>|<null>|<null>|<null>|<null>|"
-                     "0|<null>|<null>|<null>",
-                     "Services|Default Data Structure|Default Data Structure|0|0|<null>|<null>|<null>|<null>|<null>|"
-                     "<null>|0|<null>|<null>|<null>",
-                     "User1|Default Data Structure|Default Data Structure|0|0|2|1|<null>|<null>|<null>|<null>|0|<null>|"
-                     "<null>|<null>",
-                     "User7|Default Data Structure|Default Data Structure|0|0|<null>|1|<null>|<null>|<null>|<null>|0|"
-                     "<null>|<null>|<null>"}));
+    // The general settings (structures: StructuresComeFromTheLinkOrTheDefault).
+    EXPECT_EQ(Dashed(QueryRows(Db(), "SELECT NAME, DS_FROM_ACTIVITY, UNATTENDED, EXECUTION_USER, EXECUTION_MODE, "
+                                     "INPUT_ACCESS, OUTPUT_ACCESS, TRUST_MODE, USER_DEFINED_ICON, CHECKED_OUT, "
+                                     "CHECKED_OUT_BY, DESCRIPTION, DOCUMENTATION FROM DVBT.PROGRAM ORDER BY NAME")),
+              (Lines{"General|1|1|1|2|1|0|1|ICON8CHR|0|-|checks|all of it", "Plain|0|0|-|-|-|-|-|-|0|-|-|-",
+                     "Services|0|0|-|-|-|-|-|-|0|-|-|-", "User1|0|0|2|1|-|-|-|-|0|-|-|-",
+                     "User7|0|0|-|1|-|-|-|-|0|-|-|-"}));
 
     // Each table with its own columns: "Type" 1, 2, 4 become 2, 1, 3 and 3
     // is left; the start options count only for type 1 (stored 2).
@@ -110,20 +91,17 @@ Program "Services" {
         "x.IMPLEMENTATION_TYP, x.PATH_AND_FILE_NAME, x.ENTRY_POINT, x.COMMAND_LINE_PARM, x.WORKING_DIR, "
         "x.ENVIRONMENT, x.INHERIT_ENV, x.KEEP_LOADED, x.FENCED, x.DLL_V2_COMPAT";
     EXPECT_EQ(Rows(common + ", x.STYLE, x.START_IN_FOREGRND", "WINNT_EXTENT"),
-              (Lines{"General|2|c:\\a.exe|main|-v|c:\\|A=1|1|0|1|0|2|1",
-                     "Services|3|NONE|<null>|<null>|<null>|<null>|<null>|<null>|<null>|<null>|1|0"}));
+              (Lines{"General|2|c:\\a.exe|main|-v|c:\\|A=1|1|0|1|0|2|1", "Services|3|NONE|-|-|-|-|-|-|-|-|1|0"}));
     EXPECT_EQ(Rows("x.IMPLEMENTATION_TYP, x.PATH_AND_FILE_NAME, x.STYLE, x.START_IN_FOREGRND", "WIN95_EXTENT"),
-              (Lines{"General|1|w95|1|0", "Plain|<null>|untyped|<null>|<null>", "Services|3|NONE|1|0"}));
+              (Lines{"General|1|w95|1|0", "Plain|-|untyped|-|-", "Services|3|NONE|1|0"}));
     EXPECT_EQ(Rows("x.IMPLEMENTATION_TYP, x.PATH_AND_FILE_NAME, x.AUTOMATIC_CLOSE, x.STYLE, x.START_IN_FOREGRND",
                    "NK2_EXTENT"),
               (Lines{"General|2|nk|0|3|0", "Plain|2|d|0|1|0", "Services|3|NONE|0|1|0", "User1|2|b|1|4|0",
                      "User7|1|c|0|1|0"}));
-    EXPECT_EQ(Rows("x.IMPLEMENTATION_TYP, x.PATH_AND_FILE_NAME, x.RUN_IN_XTERM", "KRX_EXTENT"),
-              (Lines{"General|3|NONE|<null>", "Services|3|NONE|<null>"}));
-    EXPECT_EQ(Rows("x.IMPLEMENTATION_TYP, x.PATH_AND_FILE_NAME, x.RUN_IN_XTERM", "HPUX_EXTENT"),
-              (Lines{"General|2|/h|1", "Services|3|NONE|<null>"}));
-    EXPECT_EQ(Rows("x.IMPLEMENTATION_TYP, x.PATH_AND_FILE_NAME, x.RUN_IN_XTERM", "SOLARIS_EXTENT"),
-              (Lines{"General|<null>|/s|<null>", "Services|3|NONE|<null>"}));
+    for (const auto& [table, general] : {std::pair{"KRX_EXTENT", "3|NONE|-"}, {"HPUX_EXTENT", "2|/h|1"},
+                                         {"SOLARIS_EXTENT", "-|/s|-"}})
+        EXPECT_EQ(Rows("x.IMPLEMENTATION_TYP, x.PATH_AND_FILE_NAME, x.RUN_IN_XTERM", table),
+                  (Lines{std::string("General|") + general, "Services|3|NONE|-"}));
 
     // Services by platform number, "TR880" as 6 with no table; durations by
     // their type: 0, without limit, the units in seconds (all 0: without
@@ -132,17 +110,12 @@ Program "Services" {
                    "x.LOCAL_USER, x.SECURITY_CHECKING, x.CODEPAGE, x.DURATION, x.MAPPING, x.MAPPING_TYPE, "
                    "x.FORWARD_MAPPING, x.BACKWARD_MAPPING, x.FORWARD_MAP_PARAM, x.BACKWARD_MAP_PARAM",
                    "EXTERNAL_SERVICE", "x.PLATFORM"),
-              (Lines{"Services|1|n|<null>|<null>|<null>|<null>|1|0|<null>|999999999|1|<null>|<null>|<null>|<null>|"
-                     "<null>",
-                     "Services|2|k|<null>|<null>|<null>|<null>|1|1|<null>|93600|1|<null>|<null>|<null>|<null>|<null>",
-                     "Services|3|h|<null>|<null>|<null>|<null>|1|1|<null>|999999999|1|<null>|<null>|<null>|<null>|"
-                     "<null>",
-                     "Services|4|<null>|<null>|<null>|<null>|<null>|1|1|<null>|999999999|0|<null>|<null>|<null>|"
-                     "<null>|<null>",
+              (Lines{"Services|1|n|-|-|-|-|1|0|-|999999999|1|-|-|-|-|-",
+                     "Services|2|k|-|-|-|-|1|1|-|93600|1|-|-|-|-|-",
+                     "Services|3|h|-|-|-|-|1|1|-|999999999|1|-|-|-|-|-",
+                     "Services|4|-|-|-|-|-|1|1|-|999999999|0|-|-|-|-|-",
                      "Services|5|svc|st|ex|et|it|0|1|437|0|1|mt|fm|bm|fp|bp",
-                     "Services|6|tr|<null>|<null>|<null>|<null>|1|1|<null>|120|1|<null>|<null>|<null>|<null>|<null>",
-                     "Services|7|s|<null>|<null>|<null>|<null>|1|1|<null>|<null>|1|<null>|<null>|<null>|<null>|"
-                     "<null>"}));
+                     "Services|6|tr|-|-|-|-|1|1|-|120|1|-|-|-|-|-", "Services|7|s|-|-|-|-|1|1|-|-|1|-|-|-|-|-"}));
 }
 
 TEST_P(ProgramStore, OverwriteWritesThePlatformsAnewAndOverwriteOffChangesNothing) {
@@ -173,7 +146,7 @@ Program "Fresh" { WINNT { Type = 1; PathAndFilename = "f.exe"; } }
                                   "WIN95_EXTENT|Calc|calc95.exe", "WINNT_EXTENT|Calc|calc2.exe",
                                   "WINNT_EXTENT|Fresh|f.exe"}));
     EXPECT_EQ(Rows("x.SERVICE", "EXTERNAL_SERVICE"), (Lines{"Calc|w2", "Kept|n"}));
-    EXPECT_EQ(Marks(), (Lines{"Calc|3", "Fresh|5", "Kept|0"}));
+    EXPECT_EQ(Marks("PROGRAM"), (Lines{"Calc|3", "Fresh|5", "Kept|0"}));
     EXPECT_EQ(QueryValue(Db(), "SELECT DESCRIPTION FROM DVBT.PROGRAM WHERE NAME = 'Calc'"), "<null>");
 
     // Overwrite off: the rows stay as they are, platforms and services too.
@@ -182,7 +155,7 @@ Program "Fresh" { WINNT { Type = 1; PathAndFilename = "f.exe"; } }
     EXPECT_EQ(off.status, 0) << off.err;
     EXPECT_NE(off.err.find(Line(51084, "Calc")), std::string::npos) << off.err;
     EXPECT_EQ(Platforms(), before);
-    EXPECT_EQ(Marks(), (Lines{"Calc|3", "Fresh|5", "Kept|0"}));
+    EXPECT_EQ(Marks("PROGRAM"), (Lines{"Calc|3", "Fresh|5", "Kept|0"}));
     EXPECT_EQ(Rows("x.PATH_AND_FILE_NAME", "NK2_EXTENT"), kept);
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.PROGRAM WHERE CHECKED_OUT = 9"), "0");
 }
@@ -213,8 +186,9 @@ Program "Lost" { ProgramHasInputStr -> "Nowhere"; }
     EXPECT_EQ(bare.status, 3) << bare.err;
     EXPECT_EQ(Count(bare.err, "Data structure "), 1u) << bare.err;
     EXPECT_NE(bare.err.find(Line(51102, "Nowhere")), std::string::npos) << bare.err;
-    EXPECT_EQ(QueryRows(Db(), "SELECT NAME, INPUT_DS, OUTPUT_DS FROM DVBT.PROGRAM WHERE NAME <> 'Linked' ORDER BY NAME"),
-              (Lines{"Lost|<null>|<null>", "Unlinked|<null>|<null>"}));
+    EXPECT_EQ(Dashed(QueryRows(Db(), "SELECT NAME, INPUT_DS, OUTPUT_DS FROM DVBT.PROGRAM WHERE NAME <> 'Linked' ORDER "
+                                     "BY NAME")),
+              (Lines{"Lost|-|-", "Unlinked|-|-"}));
 }
 
 TEST_P(ProgramStore, RefusalsAndFailuresLeaveTheRestStored) {
@@ -254,7 +228,7 @@ Program "Tomb" { NK2 { Type = 1; PathAndFilename = "tb"; External { Service = "t
         EXPECT_NE(refused.err.find(Line(51243, "Used")), std::string::npos) << refused.err;
         EXPECT_NE(refused.err.find(Line(51243, "Tool")), std::string::npos) << refused.err;
         EXPECT_NE(refused.err.find(Line(51147, "NoPath", "ADMIN")), std::string::npos) << refused.err;
-        EXPECT_EQ(Marks(), (Lines{"Gone|0", "NoPath|0", "Tomb|0", "Tool|0", "Used|0"}));
+        EXPECT_EQ(Marks("PROGRAM"), (Lines{"Gone|0", "NoPath|0", "Tomb|0", "Tool|0", "Used|0"}));
         EXPECT_EQ(Platforms(), platforms);
     }
 
@@ -264,7 +238,7 @@ Program "Tomb" { NK2 { Type = 1; PathAndFilename = "tb"; External { Service = "t
     const CliResult gone = Import("delete Program \"Gone\";\n");
     EXPECT_EQ(gone.status, 0) << gone.err;
     EXPECT_NE(gone.err.find(Line(51220, "Gone")), std::string::npos) << gone.err;
-    EXPECT_EQ(Marks(), (Lines{"NoPath|0", "Tomb|4", "Tool|0", "Used|0"}));
+    EXPECT_EQ(Marks("PROGRAM"), (Lines{"NoPath|0", "Tomb|4", "Tool|0", "Used|0"}));
     EXPECT_EQ(Platforms(), (Lines{"KRX_EXTENT|NoPath|/k", "NK2_EXTENT|Tomb|tb", "SERVICE|NoPath|5", "SERVICE|Tomb|1",
                                   "SERVICE|Used|5", "WINNT_EXTENT|Tool|t", "WINNT_EXTENT|Used|u"}));
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.NK2_EXTENT WHERE PROGRAM_ID NOT IN "
@@ -277,7 +251,7 @@ Program "Tomb" { NK2 { Type = 1; PathAndFilename = "tb"; External { Service = "t
     const CliResult denied = Import("Program \"A\" {}\nProgram \"B\" {}\n", {}, "clerk");
     EXPECT_EQ(denied.status, 3) << denied.err;
     EXPECT_EQ(Count(denied.err, Line(51165, "Program")), 1u) << denied.err;
-    EXPECT_EQ(Marks().size(), 4u);
+    EXPECT_EQ(Marks("PROGRAM").size(), 4u);
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(ProgramStore);

@@ -1,0 +1,110 @@
+// What the stores' tests share: rows read back with "-" for NULL; for the
+// process model, entities made as a parsed file or an editor load gives them,
+// and after every test no row of the process model without its owner.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string_view>
+#include <variant>
+
+#include "backendrun.h"
+#include "orphans.h"
+
+using Lines = std::vector<std::string>;
+
+// The rows with "-" for NULL.
+inline Lines Dashed(Lines rows) {
+    for (std::string& row : rows) {
+        std::string wrapped = "|" + row + "|";
+        for (size_t at; (at = wrapped.find("|<null>|")) != std::string::npos;) wrapped.replace(at + 1, 6, "-");
+        row = wrapped.substr(1, wrapped.size() - 2);
+    }
+    return rows;
+}
+
+class ModelStore : public StoreTest {
+protected:
+    void TearDown() override {
+        if (!IsSkipped()) {
+            EXPECT_EQ(OrphanRows(Db()), Lines{});
+        }
+        StoreTest::TearDown();
+    }
+    // An activity of a diagram (a process's or a block's) of the kind as
+    // "Implementation"."Type": 1 program, 2 process, 3 block, 4 bundle, 5 information.
+    template <class Run>
+    static DvnfEntity& Act(Run& run, DvnfAttributeData diagram, const char* name, long kind = 5,
+                           const std::string& oid = "") {
+        const DvnfString key(oid.c_str());
+        DvnfEntity* activity = nullptr;
+        switch (kind) {
+            case 1: activity = &run.data.CreateProgramActivityByOID(diagram, key); break;
+            case 2: activity = &run.data.CreateProcessActivityByOID(diagram, key); break;
+            case 3: activity = &run.data.CreateBlockActivityByOID(diagram, key); break;
+            case 4: activity = &run.data.CreateBundleActivityByOID(diagram, key); break;
+            default: activity = &run.data.CreateInfoActivityByOID(diagram, key); break;
+        }
+        activity->Name(DvnfString(name));
+        activity->Flags(7);
+        return *activity;
+    }
+    template <class Run>
+    static DvnfEntity& Act(Run& run, DvnfEntity& owner, const char* name, long kind = 5, const std::string& oid = "") {
+        return Act(run, Diagram(owner), name, kind, oid);
+    }
+    static DvnfAttributeData Diagram(DvnfEntity& owner) { return owner.AttributeData()("Diagram"); }
+    // The implementation object of an activity ("AsProgram", ...).
+    static DvnfEntity& Impl(DvnfEntity& activity, const char* as) {
+        return activity.AttributeData()("Implementation")(as).AsEntity();
+    }
+    // Attribute values by dotted path: {"WindowLayout.ZoomFactor", 150L}, ...
+    using Setting = std::pair<std::string_view, std::variant<long, bool, std::string>>;
+    static void Set(DvnfAttributeData attributes, std::initializer_list<Setting> settings) {
+        for (const auto& [path, value] : settings) {
+            const size_t dot = path.find('.');
+            if (dot != std::string_view::npos)
+                Set(attributes(std::string(path.substr(0, dot)).c_str()), {{path.substr(dot + 1), value}});
+            else
+                std::visit([&, p = std::string(path)](const auto& v) { attributes(p.c_str()) = v; }, value);
+        }
+    }
+    template <class Run>
+    static void Link(Run& run, DvnfEntity& entity, const char* link, const char* type, const char* target) {
+        run.data.AddLinkByName(entity, DvnfString(link), DvnfString(type), DvnfString(target), true, false);
+    }
+    // A process that build(run, process) fills, stored by an import.
+    template <class Build>
+    void Imported(const char* name, Build build) {
+        ImportRun run(true);
+        build(run, run.Add("Process", name));
+        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0) << testing::PrintToString(run.Messages());
+    }
+    // A stored process as the editor loads it: unchanged, complete.
+    static DvnfEntity& Loaded(BackEndRun& run, const std::string& pid, const char* name) {
+        DvnfEntity& process = run.data.CreateEntity(DvnfString("Process"), DvnfString(pid.c_str()), DvnfString(name));
+        process.State(DvnfObject::StateUnchanged);
+        process.Flags(7);
+        return process;
+    }
+
+    Lines Rows(const std::string& sql) { return Dashed(QueryRows(Db(), sql)); }
+    // In byte order, whatever the collation of the database.
+    Lines Sorted(const std::string& sql) {
+        Lines rows = Rows(sql);
+        std::sort(rows.begin(), rows.end());
+        return rows;
+    }
+    std::string Value(const std::string& sql) { return QueryValue(Db(), sql); }
+    std::string Count(const std::string& table) { return Value("SELECT COUNT(*) FROM DVBT." + table); }
+    std::string Pid(const std::string& name) {
+        return Value("SELECT PID FROM DVBT.PROCESS WHERE NAME = '" + name + "'");
+    }
+    std::string Aid(const std::string& name) {
+        return Value("SELECT AID FROM DVBT.ACTIVITY WHERE NAME = '" + name + "'");
+    }
+    static size_t Count(const Lines& lines, const std::string& line) {
+        return static_cast<size_t>(std::count(lines.begin(), lines.end(), line));
+    }
+};
