@@ -818,6 +818,7 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
         std::string sql;
         size_t firstField = 1;  // ODBC column of the first member
         m.table.clear();
+        bool byTable = false;  // the statement is built here from the table's name
         if (StartsWithNoCase(given, "SELECT")) {
             // A whole statement, taken as it stands; when it reads one table
             // with "SELECT * FROM", its rows can be changed.
@@ -831,6 +832,7 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
             }
         } else {
             m.table = given;
+            byTable = true;
             sql = "SELECT ";
             if (wantUpdate) {
                 sql += loc.select + ", ";
@@ -841,15 +843,23 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
                 sql += "[" + m.fields[i].name + "]";
             }
             sql += " FROM " + given;
-            if (!m_strFilter.IsEmpty()) sql += " WHERE " + m_strFilter.str();
-            if (!m_strSort.IsEmpty()) sql += " ORDER BY " + m_strSort.str();
         }
         m.updatable = wantUpdate && !m.table.empty();
         std::vector<std::string> literals;
         // One pass for brackets and literals where that reads the same as
-        // translating the brackets first.
-        sql = QuoteInsideBrackets(sql) ? LiteralsToParameters(db.TranslateBrackets(sql), literals)
-                                       : LiteralsToParameters(sql, literals, &db);
+        // translating the brackets first. The columns and the table, the
+        // same at every open of a recordset class, are translated once.
+        auto parameterized = [&](const std::string& text) {
+            return QuoteInsideBrackets(text) ? LiteralsToParameters(db.TranslateBrackets(text), literals)
+                                             : LiteralsToParameters(text, literals, &db);
+        };
+        if (byTable) {
+            std::string clauses;
+            if (!m_strFilter.IsEmpty()) clauses += " WHERE " + m_strFilter.str();
+            if (!m_strSort.IsEmpty()) clauses += " ORDER BY " + m_strSort.str();
+            sql = db.TranslateBracketsOnce(sql) + parameterized(clauses);
+        } else
+            sql = parameterized(sql);
         std::vector<Param> params(literals.size());
         for (size_t i = 0; i < literals.size(); ++i) params[i].text = std::move(literals[i]);
 
