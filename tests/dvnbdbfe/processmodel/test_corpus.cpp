@@ -17,13 +17,7 @@
 
 namespace {
 
-std::string ReadData(const std::string& name) {
-    std::ifstream in(std::string(DVN_SOURCE_DIR) + "/tests/data/processes/" + name, std::ios::binary);
-    EXPECT_TRUE(in) << name;
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
+std::string ReadData(const std::string& name) { return TestData("processes/" + name); }
 
 // The corpus: a file and the text its load gives.
 struct CorpusFile {
