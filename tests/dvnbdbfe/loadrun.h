@@ -2,7 +2,11 @@
 // are collected, over a repository of the test.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -10,6 +14,30 @@
 #include "dvnbdbfe.h"
 
 using Lines = std::vector<std::string>;
+
+// A file of tests/data, e.g. "dvnbdbfe/order.trx".
+inline std::string TestData(const std::string& relative) {
+    std::ifstream in(std::string(DVN_SOURCE_DIR) + "/tests/data/" + relative, std::ios::binary);
+    EXPECT_TRUE(in) << relative;
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// Runs the statements of an SQL file of tests/data: each ends a line with
+// ";", lines that start with "--" are comments.
+inline void ExecData(CDatabase& db, const std::string& relative) {
+    std::istringstream lines(TestData(relative));
+    std::string statement;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("--", 0) == 0) continue;
+        statement += line + "\n";
+        if (!line.empty() && line.back() == ';') {
+            db.ExecuteSQL(CString(statement.substr(0, statement.size() - 2).c_str()));
+            statement.clear();
+        }
+    }
+}
 
 // The protected parts of the frame, for the tests.
 class TestableFe : public DvnConvCoreDbFe {
@@ -47,6 +75,16 @@ inline std::string Defined(const DvnfAttributeDataReader& group, std::initialize
         if (!out.empty()) out += ' ';
         out += std::string(name) + "=" + value.Value().str();
     }
+    return out;
+}
+
+// The elements of a set as fn gives them, joined by sep.
+template <class F>
+std::string Joined(const DvnfAttributeDataReader& set, F fn, const char* sep = " ") {
+    std::string out;
+    DvnfDataSetIterator elements = set.ElementsOfSet();
+    for (DvnfAttributeDataReader e = elements.First(); e.IsValid(); e = elements.Next())
+        out += (out.empty() ? "" : sep) + fn(e);
     return out;
 }
 

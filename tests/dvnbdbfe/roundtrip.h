@@ -10,6 +10,7 @@
 #include "dvnbauth.h"
 #include "dvnbdbif.h"
 #include "dvnfffdn.h"
+#include "loadrun.h"
 #include "repositorydb.h"
 #include "testenv.h"
 

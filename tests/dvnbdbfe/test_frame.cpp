@@ -43,83 +43,65 @@ TEST(LoadFrame, RowMarksBecomeStates) {
     EXPECT_EQ(DvnfEntity::undefined.State(), 0);
 }
 
-TEST(LoadFrame, ColoursComeBackFromTheirNineDigits) {
-    const struct {
-        long value;
-        const char* parts;
-    } cases[] = {
-        {255000128, "Red=255 Green=0 Blue=128"},
-        {0, "Red=0 Green=0 Blue=0"},
-        {255, "Red=0 Green=0 Blue=255"},  // below 1000: still nine digits
-        {1002003, "Red=1 Green=2 Blue=3"},
+TEST(LoadFrame, StoredFormsComeBackAsTheirGroups) {
+    using Convert = std::function<void(DvnConvCoreDbFe&, DvnfAttributeData)>;
+    auto event = [](const char* text) -> Convert {
+        return [text](DvnConvCoreDbFe& fe, DvnfAttributeData group) {
+            CString stored(text);
+            fe.GetTimeEvent(stored, group);
+        };
     };
-    Scratch s;
-    for (const auto& c : cases) {
-        s.fe.GetColor(c.value, s.Group("Color"));
-        EXPECT_EQ(s.Read("Color", {"Red", "Green", "Blue"}), c.parts) << c.value;
-    }
-}
-
-TEST(LoadFrame, AFontSetsOnlyWhatItsColumnsHold) {
-    const struct {
-        long size, style;
-        const char* descriptor;
-        const char* expected;
-    } cases[] = {
-        {-1, -1, "", "Name=Arial"},  // size and style NULL
-        {10, 1, "bold", "Name=Arial Size=10 Style=1 Descriptor=bold"},
-        {0, 2, "", "Name=Arial Size=0 Style=2"},
-        {12, 3, "", "Name=Arial Size=12"},  // a style other than 1 and 2 is not set
+    auto font = [](long size, long style, const char* descriptor) -> Convert {
+        return [=](DvnConvCoreDbFe& fe, DvnfAttributeData group) {
+            fe.GetFontSetting("Arial", size, style, descriptor, group);
+        };
     };
-    for (const auto& c : cases) {
-        Scratch s;
-        s.fe.GetFontSetting("Arial", c.size, c.style, c.descriptor, s.Group("Font"));
-        EXPECT_EQ(s.Read("Font", {"Name", "Size", "Style", "Descriptor"}), c.expected) << c.size << "/" << c.style;
-    }
-}
-
-TEST(LoadFrame, PeriodsComeBackAsSeconds) {
-    const std::pair<long, const char*> cases[] = {
-        {0, "Type=0"}, {999999999, "Type=1"}, {3600, "Type=2 Seconds=3600"},
-    };
-    for (const auto& [value, expected] : cases) {
-        Scratch s;
-        s.fe.GetTimePeriod(value, s.Group("Period"));
-        EXPECT_EQ(s.Read("Period", {"Type", "Seconds"}), expected) << value;
-    }
-}
-
-TEST(LoadFrame, TimeEventsAreReadWordByWord) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"EVERY MONTH ON FRIDAY AT 9.30", "AnyTime=false Every=2 On=5 AtHours=9 AtMinutes=30"},
-        {" AT 7.05", "AnyTime=false AtHours=7 AtMinutes=5"},
-        {"AT 30", "AnyTime=false"},  // two characters are too few for a time
-        {"AT 12:15", "AnyTime=false AtHours=12 AtMinutes=15"},
-        {"EVERY DAY", "AnyTime=false Every=1"},
-        {"EVERY WEEK ON SUNDAY", "AnyTime=false Every=3 On=7"},
-        {"EVERY YEAR AT 23.5", "AnyTime=false Every=4 AtHours=23"},  // one digit left: no minutes
-        {"ANYTIME", "AnyTime=true"},
-        {"", ""},
-        {"SOMETIMES", ""},
+    auto colour = [](long value) -> Convert { return [=](auto& fe, auto group) { fe.GetColor(value, group); }; };
+    auto period = [](long value) -> Convert { return [=](auto& fe, auto group) { fe.GetTimePeriod(value, group); }; };
+    const std::vector<std::pair<Convert, const char*>> cases = {
+        // Colours from their nine digits, also below 1000.
+        {colour(255000128), "Red=255 Green=0 Blue=128"},
+        {colour(1002003), "Red=1 Green=2 Blue=3"},
+        {colour(255), "Red=0 Green=0 Blue=255"},
+        // A font sets only what its columns hold: size and style NULL; a
+        // style other than 1 and 2 is not set.
+        {font(-1, -1, ""), "Name=Arial"},
+        {font(10, 1, "bold"), "Name=Arial Size=10 Style=1 Descriptor=bold"},
+        {font(0, 2, ""), "Name=Arial Size=0 Style=2"},
+        {font(12, 3, ""), "Name=Arial Size=12"},
+        // Periods: none, forever, seconds.
+        {period(0), "Type=0"},
+        {period(999999999), "Type=1"},
+        {period(3600), "Type=2 Seconds=3600"},
+        // Time events word by word.
+        {event("EVERY MONTH ON FRIDAY AT 9.30"), "AnyTime=false Every=2 On=5 AtHours=9 AtMinutes=30"},
+        {event(" AT 7.05"), "AnyTime=false AtHours=7 AtMinutes=5"},
+        {event("AT 30"), "AnyTime=false"},  // two characters are too few for a time
+        {event("AT 12:15"), "AnyTime=false AtHours=12 AtMinutes=15"},
+        {event("EVERY WEEK ON SUNDAY"), "AnyTime=false Every=3 On=7"},
+        {event("EVERY YEAR AT 23.5"), "AnyTime=false Every=4 AtHours=23"},  // one digit left: no minutes
+        {event("ANYTIME"), "AnyTime=true"},
+        {event(""), ""},
+        {event("SOMETIMES"), ""},
         // The store's text for a weekday without a period: no word after
         // "EVERY" is a period, and "ON" is not at the front.
-        {"EVERY WEDNESDAY", ""},
+        {event("EVERY WEDNESDAY"), ""},
     };
-    const std::initializer_list<const char*> names = {"AnyTime", "Every", "On", "AtHours", "AtMinutes"};
-    for (const auto& [text, expected] : cases) {
+    const std::initializer_list<const char*> names = {"Red", "Green", "Blue", "Name", "Size", "Style", "Descriptor",
+                                                      "Type", "Seconds", "AnyTime", "Every", "On", "AtHours",
+                                                      "AtMinutes"};
+    for (size_t i = 0; i < cases.size(); ++i) {
         Scratch s;
-        CString stored(text);
-        s.fe.GetTimeEvent(stored, s.Group("Event"));
-        EXPECT_EQ(s.Read("Event", names), expected) << '"' << text << '"';
+        cases[i].first(s.fe, s.Group("G"));
+        EXPECT_EQ(s.Read("G", names), cases[i].second) << "case " << i;
     }
     // "ANYTIME" removes what was there.
     Scratch s;
-    DvnfAttributeData event = s.Group("Event");
-    event("Every") = 2L;
-    event("AtHours") = 8L;
-    CString anytime("ANYTIME");
-    s.fe.GetTimeEvent(anytime, event);
-    EXPECT_EQ(s.Read("Event", names), "AnyTime=true");
+    DvnfAttributeData group = s.Group("G");
+    group("Every") = 2L;
+    group("AtHours") = 8L;
+    event("ANYTIME")(s.fe, group);
+    EXPECT_EQ(s.Read("G", names), "AnyTime=true");
 }
 
 TEST(LoadFrame, OwnCoreDataDiesWithTheObjectAndTheCallersStays) {

@@ -17,13 +17,7 @@
 
 namespace {
 
-std::string ReadData(const std::string& name) {
-    std::ifstream in(std::string(DVN_SOURCE_DIR) + "/tests/data/processes/" + name, std::ios::binary);
-    EXPECT_TRUE(in) << name;
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
+std::string ReadData(const std::string& name) { return TestData("processes/" + name); }
 
 // The corpus: a file and the text its load gives.
 struct CorpusFile {
@@ -87,12 +81,12 @@ protected:
         EXPECT_EQ(run.facade.ExportGroups(DvnString(DataSource()), DvnString(""), EXPORT_PROCESSES, false), 0);
         return run.Text();
     }
-    // The processes of the text through the editor's loads: the process,
-    // its attributes, the attributes of its activities and every block at
-    // every depth.
-    std::string Edited(const std::string& text) {
+    // The processes of the repository through the editor's loads: the
+    // process, its attributes, the attributes of its activities and every
+    // block at every depth.
+    std::string Edited() {
         Loaded run;
-        for (const std::string& name : ProcessNames(text)) Open(run, name);
+        for (const std::string& name : QueryRows(Db(), "SELECT NAME FROM DVBT.PROCESS")) Open(run, name);
         return run.Text();
     }
     static void Open(Loaded& run, const std::string& name) {
@@ -110,15 +104,6 @@ protected:
             }
         }
     }
-    static std::vector<std::string> ProcessNames(const std::string& text) {
-        DvnfCollectingMessageHandler quiet;
-        DvnfTRXData data(DvnfTRXTypes::_instance, &quiet);
-        std::string error;
-        EXPECT_EQ(DvnTRXFrontend(data, nullptr).ReadText(text, "corpus", 0, nullptr, &error), 0) << error;
-        std::vector<std::string> names;
-        for (const auto& [name, object] : data.GetEntities(DvnfString("Process"))) names.push_back(name.str());
-        return names;
-    }
 };
 
 TEST_P(Corpus, EachFileLoadsAsItsExpectedTextWholeAndLevelByLevel) {
@@ -128,7 +113,7 @@ TEST_P(Corpus, EachFileLoadsAsItsExpectedTextWholeAndLevelByLevel) {
         ExecAll(Db(), {"DELETE FROM DVBT.PROCESS"});  // the schema takes all below a process along
         ASSERT_NO_FATAL_FAILURE(Store(input, file.importLevel, file.warnings));
         const std::string expected = Canonical(ReadData(file.expected));
-        const std::string exported = Exported(), edited = Edited(input);
+        const std::string exported = Exported(), edited = Edited();
         EXPECT_EQ(exported, expected);
         EXPECT_EQ(edited, expected);
         // Stored anew, with fresh keys, it gives the same text (the server of
@@ -171,7 +156,7 @@ TEST_P(Corpus, AnEditorCycleChangesOneActivityAndNothingElse) {
     const size_t at = expected.find(before);
     ASSERT_NE(at, std::string::npos);
     expected.replace(at, before.size(), "Description = \"Looks at the order twice\";");
-    EXPECT_EQ(Edited(input), Canonical(expected));
+    EXPECT_EQ(Edited(), Canonical(expected));
     EXPECT_EQ(Exported(), Canonical(expected));
 }
 

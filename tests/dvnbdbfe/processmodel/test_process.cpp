@@ -62,78 +62,9 @@ protected:
     }
     void Exec(const std::string& sql) { Db().ExecuteSQL(CString(sql.c_str())); }
 
-    // The process "Order" (O) with everything a diagram holds; rows come in
-    // an order other than the one the load gives.
-    void OrderRows() {
-        AddProcess("O", "Order", "0", nullptr);
-        ExecAll(Db(), {
-            // Activities: Zeta first in the table; Outer > Inner > Deep are blocks three deep.
-            "INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, INSIDE_BLOCK, ACTIVITY_KIND, EXIT_CONDITION, START_CONDITION, "
-            "EXIT_COND_XPOS, EXIT_COND_YPOS, XPOS, YPOS) VALUES "
-            "('Z', 'Zeta', 'O', NULL, 1, 'RC = 0', 2, 5, 6, 10, 20), "
-            "('A', 'Alpha', 'O', NULL, 2, 'RC > 1', 1, 7, NULL, NULL, NULL), "
-            "('M', 'Mid', 'O', NULL, 3, NULL, 7, NULL, NULL, NULL, NULL), "
-            "('B', 'Bundle', 'O', NULL, 5, NULL, 1, NULL, NULL, NULL, NULL), "
-            "('BP', 'Pattern', 'O', 'B', 2, NULL, 1, NULL, NULL, NULL, NULL), "
-            "('E', 'Empty', 'O', NULL, 5, NULL, 1, NULL, NULL, NULL, NULL), "
-            "('OB', 'Outer', 'O', NULL, 4, NULL, 1, NULL, NULL, NULL, NULL), "
-            "('IB', 'Inner', 'O', 'OB', 4, NULL, 1, NULL, NULL, NULL, NULL), "
-            "('DB', 'Deep', 'O', 'IB', 4, NULL, 1, NULL, NULL, NULL, NULL), "
-            "('DA', 'Act', 'O', 'DB', 2, NULL, 1, NULL, NULL, NULL, NULL), "
-            "('IA', 'Act', 'O', 'IB', 2, NULL, 1, NULL, NULL, NULL, NULL)",
-            "INSERT INTO DVBT.ACTIVITY_EXTENT (AID, START_OPTION, EXIT_OPTION, PRIO_FROM_INPUT, PRIORITY, "
-            "FIRST_NOT_TARGET, NOTIFICATION_INTVL, DONE_BY, STARTER_OF_AID, CHECKOUT_POSSIBLE) VALUES "
-            // exit option 1 drops the condition; priority from input wins; notify 5 without a person goes
-            "('Z', 1, 1, 1, 5, 4, 60, 8, 'IA', 1), "
-            // notify 1 without a duration goes; done by 12 leaves DoneBy empty
-            "('A', 2, 2, 0, 7, 1, NULL, 12, NULL, 0), "
-            // done by 3 without rows: no AssignType
-            "('M', 2, 2, 0, NULL, NULL, NULL, 3, NULL, NULL), "
-            "('BP', 1, 2, 0, NULL, NULL, NULL, 4, NULL, NULL)",
-            "INSERT INTO DVBT.PROGRAM_ACTIVITY (AID, PROGRAM_ID, PE_SERVER, SYNCHRONIZATION) VALUES "
-            "('Z', 'PRG1', 'SRV1', 2)",
-            "INSERT INTO DVBT.BUNDLE_ACTIVITY (AID, PATTERN_ACTIVITY, RESTART_OPTION, PROMPT_FOR_PLANG, "
-            "INSTANTIATION_FLD, NMBR_OF_INSTANCES) VALUES ('B', 'BP', 1, 0, 'Items', 3)",
-            "INSERT INTO DVBT.ACT_CONTAINER (AID, INPUT_OR_OUTPUT, DOTTED_NAME, INITIAL_VALUE) VALUES "
-            "('A', 1, 'b', '2'), ('A', 1, 'a', '9'), ('A', 2, 'out', '1')",
-            "INSERT INTO DVBT.SINK (SINK_ID, SINK_NUMBER, PID, BLOCK_AID) VALUES ('K2', 2, 'O', NULL), "
-            "('K1', 1, 'O', NULL)",
-            "INSERT INTO DVBT.SOURCE (SOURCE_ID, SOURCE_NUMBER, PID, BLOCK_AID, XPOS) VALUES "
-            "('S10', 10, 'O', NULL, 1), ('S3', 3, 'O', NULL, 2), ('S9', 9, 'O', 'OB', 3)",
-            // A -> Z with a condition; Z -> A of type 2 keeps none; A -> gone and
-            // A -> Inner's Act (another diagram) do not load.
-            "INSERT INTO DVBT.CONTROL_CONNECTOR (PID, FROM_ACTIVITY, TO_ACTIVITY, INSIDE_BLOCK, TYPE, COND_XPOS, "
-            "COND_YPOS, TRANSITION_COND) VALUES "
-            "('O', 'Z', 'A', NULL, 2, NULL, NULL, 'never'), "
-            "('O', 'A', 'Z', NULL, 1, 4, NULL, 'RC = 1'), "
-            "('O', 'A', 'GONE', NULL, 1, NULL, NULL, NULL), "
-            "('O', 'A', 'IA', NULL, 1, NULL, NULL, NULL)",
-            "INSERT INTO DVBT.CONTROL_BENDPOINT (PID, FROM_ACTIVITY, TO_ACTIVITY, SEQUENCENO, XPOS, YPOS) VALUES "
-            "('O', 'A', 'Z', 2, 20, 21), ('O', 'A', 'Z', 1, 10, 11), ('O', 'Z', 'A', 1, 30, 31)",
-            "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, INSIDE_BLOCK, FROM_ACTIVITY, TO_ACTIVITY, FROM_SOURCE, "
-            "TO_SINK, DIRECTION) VALUES "
-            "('O', 'D1', NULL, NULL, 'A', 'S3', NULL, 2), "
-            "('O', 'D2', NULL, 'A', 'A', NULL, NULL, 1), "
-            "('O', 'D3', NULL, 'Z', 'Z', NULL, NULL, 2), "
-            "('O', 'D4', NULL, 'Z', NULL, NULL, 'K1', NULL), "
-            "('O', 'D5', NULL, 'Z', NULL, NULL, 'NOSINK', NULL)",
-            "INSERT INTO DVBT.DATA_BENDPOINT (DCID, SEQUENCENO, XPOS, YPOS) VALUES "
-            "('D1', 3, 3, 3), ('D1', 1, 1, 1), ('D1', 2, 2, 2)",
-            "INSERT INTO DVBT.DATA_MAP (DCID, FROM_MEMBER, TO_MEMBER) VALUES "
-            "('D1', 'y', 'b'), ('D1', 'x', 'c'), ('D1', 'x', 'a')",
-            "INSERT INTO DVBT.TEXT_ANNOTATION (ANNOTATION_ID, NAME, PID, INSIDE_BLOCK, ANNOTATION_TEXT, TEXT_FONT) "
-            "VALUES ('T2', 'Later', 'O', NULL, 'second', 'Arial'), ('T1', 'Early', 'O', NULL, 'first', NULL), "
-            "('T3', 'InBlock', 'O', 'IB', 'inner', NULL)",
-        });
-    }
-
     // The names of the elements of a set of a diagram.
     static std::string Names(const DvnfAttributeDataReader& diagram, const char* set) {
-        std::string out;
-        DvnfDataSetIterator elements = diagram(set).ElementsOfSet();
-        for (DvnfAttributeDataReader e = elements.First(); e.IsValid(); e = elements.Next())
-            out += (out.empty() ? "" : " ") + e.AsEntity().Name().str();
-        return out;
+        return Joined(diagram(set), [](const DvnfAttributeDataReader& e) { return e.AsEntity().Name().str(); });
     }
     static DvnfAttributeDataReader BlockDiagram(const DvnfEntity& activity) {
         return activity.AttributeData()("Implementation")("AsBlock").AsEntity().AttributeData()("Diagram");
@@ -213,7 +144,10 @@ TEST_P(ProcessLoad, WhichProcessesLoadInWhichStateAndTheLockOfAnExport) {
 }
 
 TEST_P(ProcessLoad, TheDiagramReadsBackActivitiesBlocksBundlesSourcesSinksAndConnectors) {
-    OrderRows();
+    // The process "Order" (O) with everything a diagram holds, in rows in
+    // an order other than the one the load gives.
+    AddProcess("O", "Order", "0", nullptr);
+    ExecData(Db(), "dvnbdbfe/order-rows.sql");
     LoadRun run(Db());
     run.fe.Processes(DvnString("O"));
     const DvnfEntity& order = run.Get("Process", "O");
@@ -243,11 +177,9 @@ TEST_P(ProcessLoad, TheDiagramReadsBackActivitiesBlocksBundlesSourcesSinksAndCon
     EXPECT_EQ(Defined(attributes("Z")("DoneBy"), {"AssignType", "StarterOf"}),
               "AssignType=8 StarterOf=Outer.Inner.Act");
     // Container values by name.
-    std::string values;
-    DvnfDataSetIterator members = attributes("A")("InputContainer")("Members").ElementsOfSet();
-    for (DvnfAttributeDataReader m = members.First(); m.IsValid(); m = members.Next())
-        values += Defined(m, {"Name", "Value"}) + ";";
-    EXPECT_EQ(values, "Name=a Value=9;Name=b Value=2;");
+    EXPECT_EQ(Joined(attributes("A")("InputContainer")("Members"),
+                     [](const DvnfAttributeDataReader& m) { return Defined(m, {"Name", "Value"}); }, ";"),
+              "Name=a Value=9;Name=b Value=2");
 
     // The program and its server by key, the server known as a program execution server.
     const DvnfEntity& program = attributes("Z")("Implementation")("AsProgram").AsEntity();
@@ -330,25 +262,7 @@ TEST_P(ProcessLoad, StaffAssignmentsAndTheirLinksComeInTheOrderOfNames) {
     AddSystemGroup(Db(), "SG", "SYS_GRP");
     AddPerson(Db(), {.id = "U1", .userId = "ZOE", .systemGroup = "SG", .password = "a"});
     AddPerson(Db(), {.id = "U2", .userId = "ADA", .systemGroup = "SG", .password = "a"});
-    ExecAll(Db(), {
-        "INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, ACTIVITY_KIND, START_CONDITION) VALUES "
-        "('M1', 'Members', 'S', 2, 1), ('C2', 'Coordinator', 'S', 2, 1), ('P3', 'Persons', 'S', 2, 1), "
-        "('O11', 'Manager', 'S', 2, 1), ('F11', 'ManagerFromInput', 'S', 2, 1), ('N5', 'Notified', 'S', 2, 1)",
-        "INSERT INTO DVBT.ACTIVITY_EXTENT (AID, DONE_BY, ORGANIZATION, ORG_CONT_MEMBER, INCL_CHILD_ORG, MIN_LEVEL, "
-        "MAX_LVL_CONT_MBR, FIRST_NOT_TARGET, FIRST_NOT_ASSGMNT, NOTIFICATION_INTVL) VALUES "
-        "('M1', 1, 'G1', NULL, 2, 1, 'top', NULL, NULL, NULL), "
-        "('C2', 2, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
-        "('P3', 3, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
-        "('O11', 11, 'G1', NULL, NULL, NULL, NULL, NULL, NULL, NULL), "
-        "('F11', 11, NULL, 'boss', 1, NULL, NULL, NULL, NULL, NULL), "
-        "('N5', 6, NULL, NULL, NULL, NULL, NULL, 4, 'U1', 30)",
-        "INSERT INTO DVBT.ACTIVITY_BY_ROLE (AID, ROLE) VALUES ('M1', 'R1'), ('M1', 'R2'), ('C2', 'R1'), ('C2', 'R2')",
-        "INSERT INTO DVBT.ACT_BY_ROLE_F_CONT (AID, CONTAINER_MEMBER) VALUES ('M1', 'z'), ('M1', 'a'), ('C2', 'y'), "
-        "('C2', 'b')",
-        "INSERT INTO DVBT.ACTIVITY_BY_PERSON (AID, PERSON_ID) VALUES ('P3', 'U1'), ('P3', 'U2')",
-        "INSERT INTO DVBT.ACT_BY_PERS_F_CONT (AID, CONTAINER_MEMBER) VALUES ('P3', 'q'), ('P3', 'c')",
-        "INSERT INTO DVBT.ACT_HAS_SUP_TOOL (AID, PROGRAM_ID) VALUES ('N5', 'T1'), ('N5', 'T2')",
-    });
+    ExecData(Db(), "dvnbdbfe/staff-rows.sql");
     LoadRun run(Db());
     run.fe.Processes(DvnString("S"));
     // Each activity: its assignment, the members from input, then the keys of its links.

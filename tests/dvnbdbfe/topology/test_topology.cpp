@@ -12,56 +12,13 @@ namespace {
 
 class TopologyLoad : public RoundTripTest {};
 
-const char* const kGroupAndSystem = R"(
-SystemGroup "SYS_GRP" { GroupIsInDomain -> "domain"; AuditQueueName = "AQ";
-  ProcessDefault { AuditDB = 1; RefreshPolicy = 0; Autonomy = 5; }
-  ActivityDefault { Substitution = false; }
-}
-System "DVNSYS" { SystemIdentifier = 17; PrimarySystem = true; SystemIsInSystemGroup -> "SYS_GRP";
-  OperationDefault { SystemQualifier = "ABC"; ExternalRestart = 1; ExternalRestartContext = "ctx";
-    ClientMessageExpirationTime { Type = 1; } CheckIntervalOtherSystems { Minutes = 2; } }
-  ServerDefault { ExecutionServer { ServerCommon { ExternalControl = 2; ExternalControlContext = "c";
-      StartTime { Every = 1; AtHours = 6; AtMinutes = 30; } } ProcessBehaviour = 2; }
-    ProgramExecutionServer { Platform = 4; ImplementationSupport = 3;
-      PEADefault { TaskingMode = 1; MaximumTasksStarted = 20; } } }
-  PEADefault { TaskingMode = 0; MaximumTasksStarted = 9; }
-}
-)";
-
-// Every kind, each with its links and what it may hold.
-const char* const kServers = R"(
-Server "CLN.DVNSYS.SYS_GRP" { Type = 1; Description = "cleans"; Documentation = "doc";
-  ServerDefault { CleanupServer { CleanupTime { Minutes = 2; } CleanupDelayTime { Seconds = 0; }
-    ServerCommon { AttachMode = 1; StartMode = 2; StartTime { Every = 1; AtHours = 6; AtMinutes = 30; }
-      CheckInterval { Seconds = 0; } InstanceMode = 0; NrOfInstances = 3; ExternalControl = 2;
-      ExternalControlContext = "ctx"; } } }
-  ServerIsInSystem -> "DVNSYS"; ServerIsInSystemGroup -> "SYS_GRP"; }
-Server "DST.DVNSYS.SYS_GRP" { Type = 2;
-  ServerDefault { DistributionServer { DistributionReceiveTime { AnyTime = true; } } }
-  ServerIsInSystem -> "DVNSYS"; ServerIsInSystemGroup -> "SYS_GRP"; }
-Server "EXE.DVNSYS.SYS_GRP" { Type = 3; ServerDefault { ExecutionServer { ProcessBehaviour = 2;
-  ImmediateCleanup = true; LeastWorkloadSupport = false; NavigationTransactionThreshold = 7;
-  ServerCommon { InstanceMode = 1; } } }
-  ServerIsInSystem -> "DVNSYS"; ServerIsInSystemGroup -> "SYS_GRP"; }
-Server "GW.DVNSYS.SYS_GRP" { Type = 4;
-  ServerDefault { GatewayServer { ServerCommon { ExternalControl = 1; StopTime { Every = 2; On = 1; } } } }
-  ServerIsInSystem -> "DVNSYS"; ServerIsInSystemGroup -> "SYS_GRP"; }
-Server "MOD.DVNSYS.SYS_GRP" { Type = 5; ServerIsInSystem -> "DVNSYS"; ServerIsInSystemGroup -> "SYS_GRP"; }
-Server "SCH.DVNSYS.SYS_GRP" { Type = 6; ServerDefault { SchedulingServer {
-  NotificationCheckInterval { Seconds = 60; } SuspensionCheckInterval { Seconds = 3600; }
-  CreateNotificationItemsThreshold = 5; DeleteNotificationItemsThreshold = 6; } }
-  ServerIsInSystem -> "DVNSYS"; ServerIsInSystemGroup -> "SYS_GRP"; }
-Server "PES1.DVNSYS.SYS_GRP" { Type = 7; ServerDefault { ProgramExecutionServer { Platform = 4;
-  UserSupport = 1; ImplementationSupport = 3; PEADefault { TaskingMode = 0; DllLoadMode = 2; SupportMode = 1;
-  MaximumTasksStarted = 20; MaximumDllsLoaded = 4; } } }
-  ServerIsInSystem -> "DVNSYS"; ServerIsInSystemGroup -> "SYS_GRP"; }
-Server "UP1.DVNSYS.SYS_GRP" { Type = 8; UPESContext { HXSystem = 1; MessageFormat = 1;
-  PhysicalQueueName = "PQ"; QueueManagerName = "QM"; Version = 4; Release = 2; Level = 2; }
-  ServerIsInSystem -> "DVNSYS"; ServerIsInSystemGroup -> "SYS_GRP"; }
-)";
+// A group and a system with settings on each level, and every kind of
+// server, each with its links and what it may hold.
+std::string GroupAndSystem() { return TestData("dvnbdbfe/system.trx"); }
+std::string Servers() { return TestData("dvnbdbfe/servers.trx"); }
 
 TEST_P(TopologyLoad, AGroupAndASystemComeBackWithTheirOwnSettingsOnly) {
-    ASSERT_EQ(Import(std::string("Domain \"domain\" {}\n") + kGroupAndSystem), 0);
+    ASSERT_EQ(Import(std::string("Domain \"domain\" {}\n") + GroupAndSystem()), 0);
     LoadRun run(Db());
     run.fe.SystemGroups(DvnString(""));
     run.fe.Systems(DvnString(""));
@@ -72,7 +29,7 @@ TEST_P(TopologyLoad, AGroupAndASystemComeBackWithTheirOwnSettingsOnly) {
     // takes the default node and queue manager that the import made. What is
     // only linked is a skeleton, which the writer leaves out.
     const std::string expected = Replaced(
-        kGroupAndSystem,
+        GroupAndSystem(),
         {{"SystemIdentifier = 17;", "SystemIdentifier = 17; Version = 3; Release = 3; Level = 0;"},
          {"CheckIntervalOtherSystems { Minutes = 2; }", "CheckIntervalOtherSystems { Seconds = 120; }"},
          {"StartTime { Every = 1;", "StartTime { AnyTime = false; Every = 1;"},
@@ -97,7 +54,7 @@ TEST_P(TopologyLoad, AGroupAndASystemComeBackWithTheirOwnSettingsOnly) {
 }
 
 TEST_P(TopologyLoad, TheDomainShowsItsDefaultsAndEachColumnIsReadItsOwnWay) {
-    ASSERT_EQ(Import(std::string("Domain \"domain\" {}\n") + kGroupAndSystem), 0);
+    ASSERT_EQ(Import(std::string("Domain \"domain\" {}\n") + GroupAndSystem()), 0);
     LoadRun run(Db());
     run.fe.DvDomains(DvnString(""));
     const DvnfAttributeDataReader domain = run.data.GetEntities(DvnfString("Domain")).begin()->second->Entity().AttributeData();
@@ -146,7 +103,7 @@ TEST_P(TopologyLoad, TheDomainShowsItsDefaultsAndEachColumnIsReadItsOwnWay) {
 }
 
 TEST_P(TopologyLoad, EveryServerKindComesBackAsTheFileGaveItButForItsStoredForms) {
-    ASSERT_EQ(Import(std::string("Domain \"domain\" {}\n") + kGroupAndSystem + kServers), 0);
+    ASSERT_EQ(Import(std::string("Domain \"domain\" {}\n") + GroupAndSystem() + Servers()), 0);
     LoadRun run(Db());
     run.fe.Servers(DvnString(""));
     // In the order of the kinds, each with its own progress message.
@@ -154,7 +111,7 @@ TEST_P(TopologyLoad, EveryServerKindComesBackAsTheFileGaveItButForItsStoredForms
                                                         "51526|DST", "51525|CLN", "51532|PES1", "51570|UP1"}));
     // A duration comes back in seconds, a time event with "AnyTime".
     const std::string expected =
-        Replaced(kServers, {{"CleanupTime { Minutes = 2; }", "CleanupTime { Seconds = 120; }"},
+        Replaced(Servers(), {{"CleanupTime { Minutes = 2; }", "CleanupTime { Seconds = 120; }"},
                             {"StartTime { Every = 1;", "StartTime { AnyTime = false; Every = 1;"},
                             {"StopTime { Every = 2;", "StopTime { AnyTime = false; Every = 2;"}});
     EXPECT_EQ(DvnTRXWriter(run.data).Write(), Canonical(expected));
@@ -185,20 +142,8 @@ TEST_P(TopologyLoad, TheNodesAgentsAndServerOfTheExampleComeBackButForTheDocumen
     // The example's nodes, queue managers, agents and server, with what the load
     // adds: the queue managers of a node, the systems of a queue manager
     // and "System" 1. The targets of links are known by name only.
-    const std::string expected = R"(
-Node "Default Node" { OperatingSystem = 4; NodeRunsQueueManager -> "Default Queue Manager"; }
-QueueManager "Default Queue Manager" {
-  Name = "DVNQM"; System = 1;
-  QueueManagerRunsOnNode -> "Default Node";
-  QueueManagerIsInSystem -> "DVNSYS";
-}
-PEAgent "ADMIN" { PEADefault { SupportMode = 1; } PEAHasPerson -> "ADMIN"; }
-Server "PES1.DVNSYS.SYS_GRP" { Type = 7;
-  ServerDefault { ProgramExecutionServer { Platform = 4; PEADefault { TaskingMode = 1; MaximumTasksStarted = 20; } } }
-  ServerIsInSystem -> "DVNSYS"; ServerIsInSystemGroup -> "SYS_GRP"; }
-)";
     // The targets only linked are skeletons, which the writer leaves out.
-    EXPECT_EQ(DvnTRXWriter(run.data).Write(), Canonical(expected));
+    EXPECT_EQ(DvnTRXWriter(run.data).Write(), Canonical(TestData("dvnbdbfe/example.expected.trx")));
 }
 
 TEST_P(TopologyLoad, AnAgentIsNamedByItsPersonAndKeepsAMaximumOnlyWithItsMode) {
