@@ -129,27 +129,10 @@ TEST_P(Editor, ASaveStoresByKeyAndWarningsEndAsZero) {
     EXPECT_NE(trace.Text().find("Finished with Process Model Save.Warnings found."), std::string::npos);
 }
 
-// A process with a block three deep and an activity beside it, imported.
-const char* const kNested = R"(
-Process "Order" {
-  Description = "as imported";
-  Diagram {
-    Activities [
-      Activity "Check" { Description = "as imported"; Implementation { Type = 5; } }
-      Activity "Outer" { Implementation { Type = 3; AsBlock = BlockImplementation { Diagram { Activities [
-        Activity "Inner" { Implementation { Type = 3; AsBlock = BlockImplementation { Diagram { Activities [
-          Activity "Deepest" { Implementation { Type = 3; AsBlock = BlockImplementation { Diagram { Activities [
-            Activity "Leaf" { Implementation { Type = 5; } }
-          ] } } } }
-        ] } } } }
-      ] } } } }
-    ]
-  }
-}
-)";
-
+// tests/data/dvnbdbif/nested.trx: a process with a block three deep and an
+// activity beside it.
 TEST_P(Editor, AttributesAndBlocksAreReadAsAskedAndOnlyWhatIsAskedIsMarked) {
-    ASSERT_NO_FATAL_FAILURE(ImportText(kNested));
+    ASSERT_NO_FATAL_FAILURE(ImportText(DataText("nested.trx")));
     EditorFacade facade(&data);
     DvnfEntity& order = facade.LoadProcess(DvnString("Order"));
     ASSERT_TRUE(order.IsValid());
