@@ -37,9 +37,6 @@ protected:
                       DvnString(dbUser.password), DvnString(ds.empty() ? DataSource() : ds));
         return target;
     }
-    DvnMessageTarget SetUserAsOther(const char* userId, const char* group, const std::string& ds = "") {
-        return SetUser(userId, group, ds, other);
-    }
     // Each password check gives its answer and no message.
     struct Attempt {
         const char *user, *group, *password;
@@ -150,16 +147,16 @@ TEST_P(Authorization, AFailedSetUserLeavesTheObjectAsItWas) {
         EXPECT_EQ(auth->DbPassword(), DvnString("login-pw"));
     };
     // Unknown user; a user of another group; an unknown group: no row, no message.
-    EXPECT_TRUE(SetUserAsOther("NOBODY", "SYS_GRP").Messages().empty());
-    EXPECT_TRUE(SetUserAsOther("BORIS", "SYS_GRP").Messages().empty());
-    EXPECT_TRUE(SetUserAsOther("BORIS", "NO_SUCH").Messages().empty());
+    EXPECT_TRUE(SetUser("NOBODY", "SYS_GRP", "", other).Messages().empty());
+    EXPECT_TRUE(SetUser("BORIS", "SYS_GRP", "", other).Messages().empty());
+    EXPECT_TRUE(SetUser("BORIS", "NO_SUCH", "", other).Messages().empty());
     expectUnchanged();
 
     // A data source that cannot be opened: 51366 with its name, the
     // password masked. The person found but a later read failing: 51368,
     // and nothing of the half-read rights is taken over.
     auto reported = [&](const std::string& ds) {
-        const auto messages = SetUserAsOther("BORIS", "OTHER_GRP", ds).Messages();
+        const auto messages = SetUser("BORIS", "OTHER_GRP", ds, other).Messages();
         return messages.size() == 1 ? std::to_string(messages[0].number) + "|" + messages[0].argument.str() : "?";
     };
     EXPECT_EQ(reported("no_such_data_source"), "51366|no_such_data_source");
