@@ -189,7 +189,6 @@ TEST_P(Frame, AFilterIsReadTheSameWhateverItsLiteralsHold) {
         {"NAME = '[NAME]' OR [NUM] = 3", {"b", "c"}},
         {"[NAME] = '?' AND [NUM] = 3", {"c"}},
         {"[NAME] = 'x\"y'", {"d"}},
-        {"[NAME] IN ('[NAME]', 'it''s [NUM]') AND [ITEM_ID] <> 'a'", {"b"}},
         {"NAME = ''''", {}},
         {"[NAME] = '[NAME' OR [NAME] = 'NAME]' OR [NUM] = 4", {"d"}},
         {"[NUM] > 1 AND [ITEM_ID] <> '' AND [NAME] <> 'it''s'", {"b", "c", "d"}},
