@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <regex>
 
 #include "facadetest.h"
 #include "dvnbdbrd.h"
@@ -97,11 +98,9 @@ TEST_P(Editor, RowsThatAreNotThereGiveEightWhatIsInMemoryIsNotReadAndAFailedOpen
     EXPECT_EQ(Save(facade), std::make_pair(12, std::string()));
     EXPECT_EQ(Messages(), Lines{});
     EXPECT_FALSE(s.block.IsBlockContentInMemory() || s.program.IsAttributeDataAttrComplete());
-    size_t failed = 0;
-    for (size_t at = trace.Text().find("Open database failed"); at != std::string::npos;
-         at = trace.Text().find("Open database failed", at + 1))
-        ++failed;
-    EXPECT_EQ(failed, 5u);
+    const std::string text = trace.Text();
+    const std::regex failed("Open database failed");
+    EXPECT_EQ(std::distance(std::sregex_iterator(text.begin(), text.end(), failed), std::sregex_iterator()), 5);
 }
 
 TEST_P(Editor, ASaveStoresByKeyAndWarningsEndAsZero) {

@@ -383,19 +383,16 @@ TEST_P(Export, AServerIsFoundByItsDottedNameOrKeyOrUnderTheProfileSystemThenDvns
                            : lines == Lines{"51568"}                            ? "not found"
                                                                                 : "?");
     };
-    struct Case {
-        const char* profile;  // the profile's "System"; null: none
-        bool dvnsys;          // the system DVNSYS exists
-        const char *pes1, *pes2;
-    };
-    for (const Case& c : {Case{"Other", true, "not found", "found"}, Case{nullptr, true, "found", "not found"},
-                          Case{nullptr, false, "not found", "found"}}) {
-        SCOPED_TRACE(std::string(c.profile ? c.profile : "no profile") + (c.dvnsys ? ", DVNSYS" : ""));
-        ProfileFile profile(std::string("current = Work\n[Work]\n") +
-                            (c.profile ? std::string("System = ") + c.profile + "\n" : ""));
-        if (!c.dvnsys) ExecAll(Db(), {"DELETE FROM DVBT.SYSTEM WHERE SYSTEM_ID = 'S1'"});
-        EXPECT_EQ(found("PES1"), c.pes1);
-        EXPECT_EQ(found("PES2"), c.pes2);
+    // The profile's "System" (empty: none), whether DVNSYS exists, what is found of PES1 and PES2.
+    using Case = std::tuple<std::string, bool, const char*, const char*>;
+    for (const auto& [system, dvnsys, pes1, pes2] : {Case{"Other", true, "not found", "found"},
+                                                     Case{"", true, "found", "not found"},
+                                                     Case{"", false, "not found", "found"}}) {
+        SCOPED_TRACE(system + (dvnsys ? ", DVNSYS" : ""));
+        ProfileFile profile("current = Work\n[Work]\n" + (system.empty() ? "" : "System = " + system + "\n"));
+        if (!dvnsys) ExecAll(Db(), {"DELETE FROM DVBT.SYSTEM WHERE SYSTEM_ID = 'S1'"});
+        EXPECT_EQ(found("PES1"), pes1);
+        EXPECT_EQ(found("PES2"), pes2);
         // With the system named, the profile plays no part.
         EXPECT_EQ(found("PES2.Other"), "found");
     }
