@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,13 @@
 #include "dvnbdbif.h"
 #include "repositorydb.h"
 #include "testenv.h"
+
+// A file of tests/data/dvnbdbif as text.
+inline std::string DataText(const char* name) {
+    std::ostringstream text;
+    text << std::ifstream(std::string(DVN_SOURCE_DIR) + "/tests/data/dvnbdbif/" + name).rdbuf();
+    return text.str();
+}
 
 class FacadeTest : public RepositoryTest {
 protected:

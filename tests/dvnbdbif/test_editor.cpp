@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <regex>
 
 #include "facadetest.h"
 #include "dvnbdbrd.h"
@@ -97,11 +98,9 @@ TEST_P(Editor, RowsThatAreNotThereGiveEightWhatIsInMemoryIsNotReadAndAFailedOpen
     EXPECT_EQ(Save(facade), std::make_pair(12, std::string()));
     EXPECT_EQ(Messages(), Lines{});
     EXPECT_FALSE(s.block.IsBlockContentInMemory() || s.program.IsAttributeDataAttrComplete());
-    size_t failed = 0;
-    for (size_t at = trace.Text().find("Open database failed"); at != std::string::npos;
-         at = trace.Text().find("Open database failed", at + 1))
-        ++failed;
-    EXPECT_EQ(failed, 5u);
+    const std::string text = trace.Text();
+    const std::regex failed("Open database failed");
+    EXPECT_EQ(std::distance(std::sregex_iterator(text.begin(), text.end(), failed), std::sregex_iterator()), 5);
 }
 
 TEST_P(Editor, ASaveStoresByKeyAndWarningsEndAsZero) {
@@ -129,27 +128,10 @@ TEST_P(Editor, ASaveStoresByKeyAndWarningsEndAsZero) {
     EXPECT_NE(trace.Text().find("Finished with Process Model Save.Warnings found."), std::string::npos);
 }
 
-// A process with a block three deep and an activity beside it, imported.
-const char* const kNested = R"(
-Process "Order" {
-  Description = "as imported";
-  Diagram {
-    Activities [
-      Activity "Check" { Description = "as imported"; Implementation { Type = 5; } }
-      Activity "Outer" { Implementation { Type = 3; AsBlock = BlockImplementation { Diagram { Activities [
-        Activity "Inner" { Implementation { Type = 3; AsBlock = BlockImplementation { Diagram { Activities [
-          Activity "Deepest" { Implementation { Type = 3; AsBlock = BlockImplementation { Diagram { Activities [
-            Activity "Leaf" { Implementation { Type = 5; } }
-          ] } } } }
-        ] } } } }
-      ] } } } }
-    ]
-  }
-}
-)";
-
+// tests/data/dvnbdbif/nested.trx: a process with a block three deep and an
+// activity beside it.
 TEST_P(Editor, AttributesAndBlocksAreReadAsAskedAndOnlyWhatIsAskedIsMarked) {
-    ASSERT_NO_FATAL_FAILURE(ImportText(kNested));
+    ASSERT_NO_FATAL_FAILURE(ImportText(DataText("nested.trx")));
     EditorFacade facade(&data);
     DvnfEntity& order = facade.LoadProcess(DvnString("Order"));
     ASSERT_TRUE(order.IsValid());

@@ -233,30 +233,9 @@ TEST_P(Export, AnImportTakesWhatAFileOnlyNamesFromTheRepositoryWithoutTouchingIt
     EXPECT_EQ(QueryRows(Db(), "SELECT CHECKED_OUT FROM DVBT.DATA_STRUCTURE WHERE DSID = 'D1'"), Lines{"0"});
 }
 
-// One connector from a source at process level to Check, one from a source
-// inside the block Pack to Wrap; each activity holds Number in its input
-// container (1, 2, 3), the process 7.
-std::string FlowActivity(const char* name, const char* value, const std::string& implementation = "Type = 5;") {
-    return std::string("Activity \"") + name + "\" { Implementation { " + implementation +
-           " } InputContainer { Members [ { Name = \"Number\"; Value = \"" + value +
-           "\"; } ] } ActivityHasInputStr -> \"D\"; ActivityHasOutputStr -> \"D\"; }\n";
-}
-std::string FlowDiagram(const std::string& activities, const char* to, int x) {
-    return "Diagram { Activities [ " + activities + " ] Sources [ Source \"1\" { Layout { Xpos = " +
-           std::to_string(x) + "; Ypos = 2; } } ]\n DataConnectors [ DataConnector { Type = 0; Mappings [ { From = "
-           "\"Number\"; To = \"Number\"; } ] DataFromSource -> \"1\"; DataToActivity -> \"" + to + "\"; } ] }\n";
-}
-std::string Flow() {
-    return "DataStructure \"D\" { Members [ DataStructureMember \"Number\" { Name = \"Number\"; Type = 1; } ] }\n"
-           "Process \"Flow\" { ProcessHasInputStr -> \"D\"; ProcessHasOutputStr -> \"D\";\n"
-           "  InputContainer { Members [ { Name = \"Number\"; Value = \"7\"; } ] }\n" +
-           FlowDiagram(FlowActivity("Check", "1") +
-                           FlowActivity("Pack", "2",
-                                        "Type = 3; AsBlock = BlockImplementation { " +
-                                            FlowDiagram(FlowActivity("Wrap", "3"), "Wrap", 1) + " }"),
-                       "Check", 10) +
-           "}\n";
-}
+// tests/data/dvnbdbif/flow.trx: one connector from a source at process
+// level to Check, one from a source inside the block Pack to Wrap; each
+// activity holds Number in its input container (1, 2, 3), the process 7.
 
 // The elements of a set as "a=b;..." of two of their attributes: a
 // container's members by name and value, a connector's mappings.
@@ -273,7 +252,7 @@ std::string Members(const DvnfEntity& e) {
 std::string Mappings(const DvnfEntity& e) { return Pairs(e.AttributeData()("Mappings"), "From", "To"); }
 
 TEST_P(Export, ADataMappingIsReadOnceWithTheContainersOfWhatHoldsItsEnds) {
-    ASSERT_NO_FATAL_FAILURE(ImportText(Flow()));
+    ASSERT_NO_FATAL_FAILURE(ImportText(DataText("flow.trx")));
     DvnConvCoreDbIF facade(&data);
     DvnfEntity& flow = facade.LoadProcess(DvnString("Flow"));
     ASSERT_TRUE(flow.IsValid());
@@ -404,19 +383,16 @@ TEST_P(Export, AServerIsFoundByItsDottedNameOrKeyOrUnderTheProfileSystemThenDvns
                            : lines == Lines{"51568"}                            ? "not found"
                                                                                 : "?");
     };
-    struct Case {
-        const char* profile;  // the profile's "System"; null: none
-        bool dvnsys;          // the system DVNSYS exists
-        const char *pes1, *pes2;
-    };
-    for (const Case& c : {Case{"Other", true, "not found", "found"}, Case{nullptr, true, "found", "not found"},
-                          Case{nullptr, false, "not found", "found"}}) {
-        SCOPED_TRACE(std::string(c.profile ? c.profile : "no profile") + (c.dvnsys ? ", DVNSYS" : ""));
-        ProfileFile profile(std::string("current = Work\n[Work]\n") +
-                            (c.profile ? std::string("System = ") + c.profile + "\n" : ""));
-        if (!c.dvnsys) ExecAll(Db(), {"DELETE FROM DVBT.SYSTEM WHERE SYSTEM_ID = 'S1'"});
-        EXPECT_EQ(found("PES1"), c.pes1);
-        EXPECT_EQ(found("PES2"), c.pes2);
+    // The profile's "System" (empty: none), whether DVNSYS exists, what is found of PES1 and PES2.
+    using Case = std::tuple<std::string, bool, const char*, const char*>;
+    for (const auto& [system, dvnsys, pes1, pes2] : {Case{"Other", true, "not found", "found"},
+                                                     Case{"", true, "found", "not found"},
+                                                     Case{"", false, "not found", "found"}}) {
+        SCOPED_TRACE(system + (dvnsys ? ", DVNSYS" : ""));
+        ProfileFile profile("current = Work\n[Work]\n" + (system.empty() ? "" : "System = " + system + "\n"));
+        if (!dvnsys) ExecAll(Db(), {"DELETE FROM DVBT.SYSTEM WHERE SYSTEM_ID = 'S1'"});
+        EXPECT_EQ(found("PES1"), pes1);
+        EXPECT_EQ(found("PES2"), pes2);
         // With the system named, the profile plays no part.
         EXPECT_EQ(found("PES2.Other"), "found");
     }

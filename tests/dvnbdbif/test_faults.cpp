@@ -7,10 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <iostream>
 #include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -29,9 +29,8 @@ using Contents = std::map<std::string, std::vector<std::string>>;
 
 // A key as the core model makes them: 32 upper-case hexadecimal digits.
 bool IsGeneratedKey(const std::string& v) {
-    return v.size() == 32 && std::all_of(v.begin(), v.end(), [](char c) {
-               return std::isdigit(static_cast<unsigned char>(c)) || (c >= 'A' && c <= 'F');
-           });
+    static const std::regex key("[0-9A-F]{32}");
+    return std::regex_match(v, key);
 }
 
 std::vector<std::string> Split(const std::string& row) {

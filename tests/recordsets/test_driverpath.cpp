@@ -71,7 +71,6 @@ TEST_F(DriverPath, EnvironmentThenRegisteredDriverThenLibraryFolders) {
          fake},
         {"a registered driver that is not there", "", "[SQLite3]\nDriver=" + missing + "\n", ""},
         {"a bare registered name", "", "[SQLite3]\nDriver=libsqlite3odbc.so\n", ""},
-        {"only another driver registered", "", "[SQLite]\nDriver=" + fake + "\n", ""},
         {"no registry at all", "", "", ""},
         {"a registry file of another name", "", "[SQLite3]\nDriver=" + fake + "\n", fake, "drivers.ini"},
     };

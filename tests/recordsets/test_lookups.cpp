@@ -125,8 +125,9 @@ TEST_P(Lookups, BlocksDefaultsQueueManagerNamesAndAgents) {
     EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.PE_AGENT WHERE PE_AGENT_ID = 'A1'"), "BERT");
 }
 
-// One lookup of each kind: whether a database failure goes up to the caller
-// or is swallowed, and the result it gives then and on an empty table.
+// One lookup of each result type and way of failing (all run through one
+// frame): whether a database failure goes up to the caller or is swallowed,
+// and the result it gives then and on an empty table.
 struct LookupCase {
     const char* member;
     const char* table;
@@ -159,14 +160,11 @@ LookupCase Case(const char* member, const char* table, bool goesUp, const char* 
 
 std::vector<LookupCase> RepresentativeLookups() {
     const CString quoted = Quoted("Nobody"), bare = "Nobody", key = "K0";
-    auto out = std::make_shared<CString>();
     return {
         Case<DvnRoleSet>("GetRoleID", "ROLE", false, "", [=](auto& r, auto& p) { return r.GetRoleID(quoted, p, false); }),
         Case<DvnRoleSet>("GetName", "ROLE", true, "", [=](auto& r, auto& p) { return r.GetName(key, p, true); }),
         Case<DvnCategorySet>("GetCatID", "CATEGORY", true, "",
                              [=](auto& r, auto& p) { return r.GetCatID(quoted, p, false); }),
-        Case<DvnPersonSet>("GetPersonID", "PERSON", false, "",
-                           [=](auto& r, auto& p) { return r.GetPersonID(quoted, p, false); }),
         Case<DvnSystemSet>("GetSystemIdentifier", "SYSTEM", false, "false",
                            [=](auto& r, auto& p) { return r.GetSystemIdentifier(42, p); }),
         Case<DvnStaffLevelSet>("GetLevelID", "STAFF_LEVEL", false, "-1",
@@ -176,14 +174,6 @@ std::vector<LookupCase> RepresentativeLookups() {
         Case<DvnActivitySet>("GetAID", "ACTIVITY", false, "",
                              [=](auto& r, auto& p) { return r.GetAID(quoted, key, "", p); }),
         Case<DvnActivitySet>("GetPID", "ACTIVITY", true, "", [=](auto& r, auto& p) { return r.GetPID(key, p); }),
-        Case<DvnSinkSet>("GetSinkID", "SINK", false, "",
-                         [=](auto& r, auto& p) { return r.GetSinkID(1, key, key, p); }),
-        Case<DvnListSet>("GetListID", "WORK_LIST", false, "",
-                         [=](auto& r, auto& p) { return r.GetListID(quoted, p, "WORK_LIST"); }),
-        Case<DvnServerSet>("GetServerID", "EXECUTION_SERVER", false, "",
-                           [=](auto& r, auto& p) { return r.GetServerID(bare, key, p, "EXECUTION_SERVER"); }),
-        Case<DvnPEServerSet>("GetPESIDNoSystem", "PE_SERVER", false, "",
-                             [=](auto& r, auto& p) { return r.GetPESIDNoSystem(bare, *out, p); }),
     };
 }
 

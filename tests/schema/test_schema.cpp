@@ -70,37 +70,11 @@ TEST_P(Schema, EveryTableHasTheColumnsItsClassExchangesInTypesThatHoldTheirValue
 
 // One row in every table that hangs on a process, for process P<n>: a top
 // activity A<n>, a block B<n> with an activity C<n> inside, and data
-// connector D<n> (each '#' below stands for n).
+// connector D<n> (tests/data/schema/process.sql, where '#' stands for n).
 void PopulateProcess(CDatabase& db, const std::string& n) {
-    for (std::string sql : {
-             "INSERT INTO DVBT.PROCESS (PID, NAME, CHECKED_OUT) VALUES ('P#', 'Process#', 0)",
-             "INSERT INTO DVBT.PROCESS_GRAPH_ATTR (PID) VALUES ('P#')",
-             "INSERT INTO DVBT.PROCESS_TOPOL_ATTR (PID) VALUES ('P#')",
-             "INSERT INTO DVBT.ACTIVITY (AID, NAME, PID) VALUES ('A#', 'a', 'P#')",
-             "INSERT INTO DVBT.ACTIVITY (AID, NAME, PID) VALUES ('B#', 'b', 'P#')",
-             "INSERT INTO DVBT.ACTIVITY (AID, NAME, PID, INSIDE_BLOCK) VALUES ('C#', 'c', 'P#', 'B#')",
-             "INSERT INTO DVBT.ACTIVITY_EXTENT (AID) VALUES ('A#')",
-             "INSERT INTO DVBT.BLOCK_ACTIVITY (AID) VALUES ('B#')",
-             "INSERT INTO DVBT.PROGRAM_ACTIVITY (AID, PROGRAM_ID) VALUES ('C#', 'PG')",
-             "INSERT INTO DVBT.PROCESS_ACTIVITY (AID, PROCESS) VALUES ('A#', 'x')",
-             "INSERT INTO DVBT.BUNDLE_ACTIVITY (AID) VALUES ('C#')",
-             "INSERT INTO DVBT.ACT_CONTAINER (AID, INPUT_OR_OUTPUT, DOTTED_NAME) VALUES ('C#', 1, 'm')",
-             "INSERT INTO DVBT.ACTIVITY_BY_PERSON (AID, PERSON_ID) VALUES ('A#', 'PE')",
-             "INSERT INTO DVBT.ACT_BY_PERS_F_CONT (AID, CONTAINER_MEMBER) VALUES ('A#', 'm')",
-             "INSERT INTO DVBT.ACTIVITY_BY_ROLE (AID, ROLE) VALUES ('C#', 'R')",
-             "INSERT INTO DVBT.ACT_BY_ROLE_F_CONT (AID, CONTAINER_MEMBER) VALUES ('C#', 'm')",
-             "INSERT INTO DVBT.ACT_HAS_SUP_TOOL (AID, PROGRAM_ID) VALUES ('A#', 'PG')",
-             "INSERT INTO DVBT.SOURCE (SOURCE_ID, SOURCE_NUMBER, PID, BLOCK_AID) VALUES ('SO#', 1, 'P#', 'B#')",
-             "INSERT INTO DVBT.SINK (SINK_ID, SINK_NUMBER, PID) VALUES ('SI#', 1, 'P#')",
-             "INSERT INTO DVBT.CONTROL_CONNECTOR (PID, FROM_ACTIVITY, TO_ACTIVITY) VALUES ('P#', 'A#', 'B#')",
-             "INSERT INTO DVBT.CONTROL_BENDPOINT (PID, FROM_ACTIVITY, TO_ACTIVITY, SEQUENCENO) "
-             "VALUES ('P#', 'A#', 'B#', 1)",
-             "INSERT INTO DVBT.DATA_CONNECTOR (PID, DCID, FROM_ACTIVITY, TO_ACTIVITY) VALUES ('P#', 'D#', 'A#', 'B#')",
-             "INSERT INTO DVBT.DATA_BENDPOINT (DCID, SEQUENCENO) VALUES ('D#', 1)",
-             "INSERT INTO DVBT.DATA_MAP (DCID, FROM_MEMBER, TO_MEMBER) VALUES ('D#', 'x', 'y')",
-             "INSERT INTO DVBT.PRC_CONTAINER (PID, INPUT_OR_OUTPUT, DOTTED_NAME) VALUES ('P#', 2, 'm')",
-             "INSERT INTO DVBT.TEXT_ANNOTATION (ANNOTATION_ID, PID) VALUES ('T#', 'P#')",
-         }) {
+    std::ifstream in(std::string(DVN_SOURCE_DIR) + "/tests/data/schema/process.sql");
+    ASSERT_TRUE(in);
+    for (std::string sql; std::getline(in, sql);) {
         for (size_t at; (at = sql.find('#')) != std::string::npos;) sql.replace(at, 1, n);
         ExecAll(db, {sql.c_str()});
     }
