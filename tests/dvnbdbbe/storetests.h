@@ -10,9 +10,22 @@
 #include <variant>
 
 #include "backendrun.h"
+#include "dvnfffdn.h"
 #include "orphans.h"
 
 using Lines = std::vector<std::string>;
+
+// The path of a file of tests/data/dvnbdbbe.
+inline std::string DataFile(const char* name) { return std::string(DVN_SOURCE_DIR "/tests/data/dvnbdbbe/") + name; }
+
+// The definitions of such a file read into the run as the parser gives them
+// to an import; the parser's own messages are left out of the run's.
+template <class Run>
+void Read(Run& run, const char* name) {
+    std::string error;
+    ASSERT_EQ(DvnTRXFrontend(run.data, nullptr).ReadFile(DataFile(name).c_str(), 0, nullptr, &error), 0) << error;
+    run.handler.Clear();
+}
 
 // The rows with "-" for NULL.
 inline Lines Dashed(Lines rows) {

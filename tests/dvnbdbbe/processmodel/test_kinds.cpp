@@ -208,50 +208,9 @@ TEST_P(KindStore, ProcessAttributesFillTheRowAndTheTopologyAndGraphRowsThroughTh
     AddRole(Db(), "R1", "Clerk");
     AddOrganization(Db(), "O1", "Shipping");
     ImportRun run(true);
-    // The category and the staff by links, or by members of the input container.
-    auto staff = [&](const char* name, const char* category, const char* person, const char* role,
-                     const char* organization, bool members) -> DvnfEntity& {
-        DvnfEntity& process = run.Add("Process", name);
-        if (category) Link(run, process, "ProcessHasCategory", "Category", category);
-        if (person) Link(run, process, "ProcessHasAdministrator", "Person", person);
-        if (role) Link(run, process, "ProcessHasRole", "Role", role);
-        if (organization) Link(run, process, "ProcessHasOrganization", "Organization", organization);
-        if (members)
-            Set(process.AttributeData(),
-                {{"AdministratorFromInput", "adm"}, {"RoleFromInput", "rol"}, {"OrganizationFromInput", "org"}});
-        return process;
-    };
-    Set(staff("Full", "Sales", "ADMIN", "Clerk", "Shipping", false).AttributeData(),
-        {{"ValidFrom", "2026-01-01"}, {"PromptAtProcessStart", true}, {"RcCreation", 0L},
-         {"Description", std::string(300, 'd')}, {"Documentation", "how"}, {"NotifyDuration.Hours", 1L},
-         {"ProcessDefault.AuditDB", 1L}, {"ProcessDefault.AuditHX", 3L}, {"ProcessDefault.NotificationMode", 1L},
-         {"ProcessDefault.RefreshPolicy", 0L}, {"ProcessDefault.KeepWorkitems.Type", 1L},
-         {"ProcessDefault.KeepProcesses.Type", 2L}, {"ProcessDefault.KeepProcesses.Days", 1L},
-         {"ProcessDefault.Autonomy", 5L}, {"ActivityDefault.Substitution", true},
-         {"ActivityDefault.CheckoutPossible", false}, {"ActivityDefault.AuditFilterDB", "ALL"},
-         {"WindowLayout.ZoomFactor", 150L}, {"WindowLayout.Paper.Xpos", 3L}, {"WindowLayout.Paper.Ypos", 4L},
-         {"WindowLayout.Paper.Width", 500L},  // without its height: neither
-         {"WindowLayout.ShowConnectors", 1L}, {"WindowLayout.ShowConditions", 2L},
-         {"WindowLayout.ShowTextAnnotations", false}, {"PaperColor.Red", 255L}, {"PaperColor.Green", 128L},
-         {"PaperColor.Blue", 0L}, {"ExitConditionColor.Blue", 7L}, {"ActivityFont.Name", "Arial"},
-         {"ActivityFont.Size", 10L}});
-    // AuditDB 9 is outside its table; KeepProcesses of type 2 sums to 0.
-    Set(staff("Members", nullptr, nullptr, nullptr, nullptr, true).AttributeData(),
-        {{"DataFromInputContainer", false}, {"NotificationFromInput", "who"}, {"RcCreation", 2L},
-         {"ProcessDefault.Autonomy", 0L}, {"ProcessDefault.AuditDB", 9L}, {"ProcessDefault.KeepWorkitems.Type", 0L},
-         {"ProcessDefault.KeepProcesses.Type", 2L}, {"ProcessDefault.RefreshPolicy", 1L},
-         {"WindowLayout.ZoomFactor", 5L}, {"WindowLayout.ShowConnectors", 3L}, {"WindowLayout.ShowConditions", 9L},
-         {"WindowLayout.ShowTextAnnotations", true}});
-    // The staff comes from the input container: links and members pass; RcCreation 5 is outside its table.
-    DvnfEntity& container = staff("Container", nullptr, "ADMIN", "Clerk", "Shipping", true);
-    run.data.AddLinkByOID(container, DvnfString("ProcessHasCategory"), DvnfString("Category"), DvnfString("C1"));
-    Set(container.AttributeData(),
-        {{"DataFromInputContainer", true}, {"RcCreation", 5L}, {"NotifyDuration.Hours", 0L}});
-    // The links name targets that are not stored: no member either.
-    Set(staff("Missing", "Nothing", "NOBODY", "Ghost", "Nowhere", true).AttributeData(),
-        {{"ProcessDefault.Autonomy", 15L}, {"ProcessDefault.KeepWorkitems.Type", 3L},
-         {"WindowLayout.ZoomFactor", 500L}});
-    run.Add("Process", "Bare");
+    Read(run, "process-attributes.trx");
+    run.data.AddLinkByOID(run.data.GetEntityByName(DvnfString("Process"), DvnfString("Container")),
+                          DvnfString("ProcessHasCategory"), DvnfString("Category"), DvnfString("C1"));
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     for (const char* expected : {"51112|Missing", "51113|Missing", "51114|Missing", "51115|Missing"})

@@ -257,31 +257,9 @@ TEST_P(ProcessStore, ActivityColumnsAndStaffAssignmentFollowTheirAttributes) {
     AddOrganization(Db(), "O1", "Shipping");
     AddPerson(Db(), TestPerson{"P1", "CLERK", "G", "pw"});
     ImportRun run(true);
-    DvnfEntity& order = run.Add("Process", "Order");
-    Act(run, order, "Icon8").AttributeData()("Icon") = "ABCDEFGH";
-    Act(run, order, "Icon9").AttributeData()("Icon") = "ABCDEFGHI";
-    Set(Act(run, order, "Layout").AttributeData(),
-        {{"Exit.Condition", std::string(5000, 'c')}, {"Start.Condition", "AND"}, {"Layout.Xpos", 10L},
-         {"NamePos.Ypos", 3L}, {"NotifyType", 2L}});
-    for (long type : {0L, 13L}) {
-        DvnfEntity& none = Act(run, order, ("Type" + std::to_string(type)).c_str());
-        none.AttributeData()("DoneBy")("AssignType") = type;
-        Link(run, none, "DoneByRoleMember", "Role", "Clerk");
-    }
-    DvnfEntity& members = Act(run, order, "Members");
-    Set(members.AttributeData(), {{"DoneBy.AssignType", 1L}, {"DoneBy.LevelFrom", 2L}, {"DoneBy.LevelTo", 5L}});
-    members.AttributeData()("DoneBy")("MembersFromInput").NewSetElement() = "who";
-    for (const char* role : {"Clerk", "Ghost", "Manager"}) Link(run, members, "DoneByRoleMember", "Role", role);
-    Link(run, members, "DoneByOrg", "Organization", "Shipping");
-    DvnfEntity& persons = Act(run, order, "Persons");
-    persons.AttributeData()("DoneBy")("AssignType") = 3L;
-    persons.AttributeData()("DoneBy")("PersonsFromInput").NewSetElement() = "Clerk1";
-    for (const char* person : {"CLERK", "NOBODY"}) Link(run, persons, "DoneByPerson", "Person", person);
-    for (const char* path : {"Persons", "Persons.Inner"}) {
-        DvnfEntity& starter = Act(run, order, std::string(path).find('.') == std::string::npos ? "Starter" : "BadPath");
-        starter.AttributeData()("DoneBy")("AssignType") = 8L;
-        starter.AttributeData()("DoneBy")("StarterOf") = path;
-    }
+    Read(run, "activity-columns.trx");
+    run.data.GetEntityByName(DvnfString("Activity"), DvnfString("Layout")).AttributeData()("Exit")("Condition") =
+        std::string(5000, 'c');
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     for (const char* expected : {"51118|ABCDEFGHI", "51132|Ghost", "51130|Persons.Inner"})
@@ -313,39 +291,7 @@ TEST_P(ProcessStore, CoordinatorsManagersAndPersonsToNotifyAreResolvedOrWarnedAb
     AddOrganization(Db(), "O1", "Shipping");
     AddPerson(Db(), TestPerson{"P1", "CLERK", "G", "pw"});
     ImportRun run(true);
-    DvnfEntity& order = run.Add("Process", "Order");
-    order.AttributeData()("Icon") = "TOOLONGICON";
-    Link(run, order, "ProcessHasInputStr", "DataStructure", "Missing");
-    struct Case {
-        const char* name;
-        long assignType;         // 0: no "DoneBy"
-        const char* link;        // to the target below
-        const char* type;
-        const char* target;
-        const char* fromInput;   // attribute under "DoneBy" and its value
-        const char* value;
-    };
-    const Case cases[] = {
-        {"Coord", 2, "DoneByRoleCoordinator", "Role", "Clerk", nullptr, nullptr},
-        {"CoordIn", 2, nullptr, nullptr, nullptr, "CoordinatorFromInput", "boss"},
-        {"NoCoord", 2, nullptr, nullptr, nullptr, nullptr, nullptr},
-        {"Mgr", 11, "DoneByMgrOrganization", "Organization", "Shipping", nullptr, nullptr},
-        {"MgrIn", 11, nullptr, nullptr, nullptr, "MgrOrganizationFromInput", "org"},
-        {"BadOrg", 11, "DoneByMgrOrganization", "Organization", "Nowhere", nullptr, nullptr},
-        {"Notify", 0, "NotifiedPerson", "Person", "CLERK", nullptr, nullptr},
-        {"NotifyNobody", 0, "NotifiedPerson", "Person", "NOBODY", nullptr, nullptr},
-    };
-    for (const Case& c : cases) {
-        DvnfEntity& activity = Act(run, order, c.name);
-        DvnfAttributeData attributes = activity.AttributeData();
-        if (c.assignType) attributes("DoneBy")("AssignType") = c.assignType;
-        if (c.fromInput) attributes("DoneBy")(c.fromInput) = c.value;
-        if (c.link) Link(run, activity, c.link, c.type, c.target);
-        if (!c.assignType) attributes("NotifyType") = 5L;
-    }
-    Set(run.data.GetEntityByName(DvnfString("Activity"), DvnfString("Notify")).AttributeData(),
-        {{"ExpirationDuration.Hours", 1L}, {"DecisionFromInput", "d"}, {"Priority.PriorityType", 1L},
-         {"Priority.FromInput", "prio"}, {"Start.Manual", true}, {"Exit.Manual", true}});
+    Read(run, "activity-staff.trx");
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     for (const char* expected :
@@ -406,7 +352,7 @@ TEST(StoredForms, DurationsAreSecondsWrappedTo32BitsAndTimeEventsAreExactTexts) 
     };
     // Counts of years, months, weeks, days, hours, minutes, seconds; -1: not given.
     const std::pair<std::vector<long>, long> durations[] = {
-        {{1, 1, 1, 1, 1, 1, 1}, 34822861},   {{}, 0}, {{-1, -1, -1, -1, -1, -1, 0}, 0}, {{68, -1, -1, 10}, 2145312000},
+        {{1, 1, 1, 1, 1, 1, 1}, 34822861},   {{}, 0}, {{68, -1, -1, 10}, 2145312000},
         {{69}, -2118983296},  // 2175984000 does not fit in 32 bits
         {{-1, -1, -1, -1, -1, -1, 2147483647}, 2147483647}, {{-1, -1, -1, -1, -1, 1, 2147483647}, -2147483589},
     };
@@ -419,11 +365,9 @@ TEST(StoredForms, DurationsAreSecondsWrappedTo32BitsAndTimeEventsAreExactTexts) 
     }
     // "Every", "On", "AtHours", "AtMinutes"; -1: not given.
     const std::pair<std::array<long, 4>, const char*> events[] = {
-        {{-1, -1, -1, -1}, "ANYTIME"},       {{-1, 3, -1, -1}, "EVERY WEDNESDAY"},
-        {{2, 1, 14, 5}, "EVERY MONTH ON MONDAY AT 14.05"}, {{-1, -1, 7, -1}, " AT 7.00"},
-        {{-1, -1, -1, 30}, " AT 30"},        {{9, -1, -1, -1}, "EVERY "},
-        {{1, -1, 9, 5}, "EVERY DAY AT 9.05"}, {{4, 7, -1, -1}, "EVERY YEAR ON SUNDAY"},
-        {{3, 8, -1, 0}, "EVERY WEEK ON  AT 00"},
+        {{-1, -1, -1, -1}, "ANYTIME"}, {{-1, 3, -1, -1}, "EVERY WEDNESDAY"}, {{9, -1, -1, -1}, "EVERY "},
+        {{2, 1, 14, 5}, "EVERY MONTH ON MONDAY AT 14.05"}, {{-1, -1, 7, -1}, " AT 7.00"}, {{-1, -1, -1, 30}, " AT 30"},
+        {{4, 7, -1, -1}, "EVERY YEAR ON SUNDAY"}, {{3, 8, -1, 0}, "EVERY WEEK ON  AT 00"},
     };
     for (const auto& [parts, text] : events) {
         DvnfAttributeData event = attributes("Start");

@@ -59,18 +59,6 @@ protected:
             "SELECT 'admin', p.USERID, c.NAME FROM DVBT.PERS_SEL_PADM_AUTH x JOIN DVBT.PERSON p ON p.PERSON_ID = "
             "x.PERSON_ID JOIN DVBT.CATEGORY c ON c.CATID = x.CATID ORDER BY 1, 2, 3");
     }
-    // Whether ann, logging in now, may use the category.
-    bool AnnMayUse(const char* category) {
-        DvnBTAuthorization::DestroyInstance();
-        DvnBTAuthorization* auth = DvnBTAuthorization::GetInstance();
-        DvnMessageTarget target;
-        auth->SetUser(target, DvnString("SYS_GRP"), DvnString("ANN"), DvnString("postgres"), DvnString("login-pw"),
-                      DvnString(DataSource()));
-        EXPECT_TRUE(target.Messages().empty());
-        const bool may = auth->AuthForProcessCategory(DvnString(category));
-        DvnBTAuthorization::DestroyInstance();
-        return may;
-    }
     std::string Count(const std::string& table, const std::string& where = "1 = 1") {
         return QueryValue(Db(), "SELECT COUNT(*) FROM DVBT." + table + " WHERE " + where);
     }
@@ -136,7 +124,6 @@ TEST_P(StaffStore, TwoPassesResolveForwardNamesAndOverwriteDecidesOverRowsAndRel
               (Lines{"Sub|Top|ANN", "Top|<null>|BOB"}));
     for (const char* table : {"PERSON", "ORGANIZATION", "ROLE"}) EXPECT_EQ(Count(table, "CHECKED_OUT <> 0"), "0");
     EXPECT_EQ(QueryValue(Db(), "SELECT PASSWORD FROM DVBT.PERSON WHERE USERID = 'ANN'"), Stored("ann"));
-    EXPECT_TRUE(AnnMayUse("Sales"));
 
     // Overwrite off: neither rows nor relations change, whatever the file says.
     {
@@ -164,7 +151,6 @@ TEST_P(StaffStore, TwoPassesResolveForwardNamesAndOverwriteDecidesOverRowsAndRel
     EXPECT_EQ(Relations(), (Lines{"admin|ANN|Billing", "list|ANN|BOB", "role|ANN|Clerks",
                                   "role|BOB|System administrator"}));
     EXPECT_EQ(Persons(), (Lines{"ANN|5|S1|G1|BOB|Sub|3", "BOB|1|S1|G1|<null>|Top|3"}));
-    EXPECT_FALSE(AnnMayUse("Sales"));
     EXPECT_TRUE(DvnUser::PasswordMatches(
         "BOB", "marmoset", DvnString(QueryValue(Db(), "SELECT PASSWORD FROM DVBT.PERSON WHERE USERID = 'BOB'"))));
 }
