@@ -90,29 +90,7 @@ TEST_P(FlowStore, AnImportStoresSourcesSinksAndConnectorsAndAReplacementLeavesTh
     Lines first;
     for (int round = 0; round < 2; ++round) {
         ImportRun run(true);
-        DvnfEntity& flow = run.Add("Process", "Flow");
-        Act(run, flow, "A");
-        Act(run, flow, "B");
-        Set(Node(run, flow, false, "3").AttributeData(), {{"Layout.Xpos", 10L}, {"Layout.Ypos", 20L}});
-        Node(run, flow, false, "3x");  // its number is 3 too: the filter holds the number
-        Node(run, flow, true, "4").AttributeData()("Layout")("Width") = 30L;
-
-        Set(Control(run, flow, "A", "B", true, {{1, 2}, {3, 4}, {5, 6}}).AttributeData(),
-            {{"Condition", std::string(4096, 'c') + "de"}, {"ConditionPos.Xpos", 5L}, {"ConditionPos.Ypos", 6L},
-             {"Name", "go on"}, {"Description", std::string(300, 'd')}});
-        Control(run, flow, "A", "B", false, {{9, 9}});  // the same ends: it exists, the first stays
-        Control(run, flow, "B", "A", false).AttributeData()("Condition") = "kept only by type 1";
-
-        // Members are matched whole: quotes, '%' and '_' are no patterns.
-        Data(run, flow, "#3", "A", {{7, 8}, {9, 10}},
-             {{"it's", "x"}, {"a_b", "y"}, {"aXb", "y"}, {"100%", "z"}, {"1000", "z"}, {"a_b", "y"}})
-            .AttributeData()("Name") = "in";
-        Data(run, flow, "B", "#4");
-        Data(run, flow, "#3", "#4");
-        Data(run, flow, "A", "B");
-        for (long loop : {1, 2, 1}) Data(run, flow, "A", "A", {}, {}, "", loop);  // the third exists
-        run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Note"));
-
+        Read(run, "flow.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_EQ(run.Messages(), (Lines{"51010|Flow", "51015|A", "51015|B", "51016|3", "51080|3x", "51017|4",
                                          "51011|Flow", round ? "51046|Flow" : "51014|Flow"}));

@@ -90,19 +90,7 @@ TEST_P(KindStore, AProcessActivityHoldsTheCalledNameOrAMemberAndAProcessMayCallI
     for (int round = 0; round < 2; ++round) {
         SCOPED_TRACE(round);  // the second import replaces the process
         ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Order");
-        DvnfEntity& call = Impl(Act(run, order, "Call", 2), "AsProcess");
-        Link(run, call, "ReferencesProcess", "Process", "Invoice");
-        Link(run, call, "ReferencesSystem", "System", "DVNSYS");
-        DvnfEntity& member = Impl(Act(run, order, "ByMember", 2), "AsProcess");
-        member.AttributeData()("ProcessFromInput") = "which";
-        member.AttributeData()("SystemFromInput") = "where";
-        Link(run, member, "ReferencesProcess", "Process", "Invoice");  // the member wins
-        DvnfEntity& ghost = Impl(Act(run, order, "BadSystem", 2), "AsProcess");
-        Link(run, ghost, "ReferencesProcess", "Process", "Invoice");
-        Link(run, ghost, "ReferencesSystem", "System", "GHOST");
-        Act(run, order, "Nothing", 2);
-        Link(run, Impl(Act(run, order, "Self", 2), "AsProcess"), "ReferencesProcess", "Process", "Order");
+        Read(run, "process-activities.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
         EXPECT_EQ(run.Messages(), (Lines{"51010|Order", "51015|Call", "51015|ByMember", "51015|BadSystem",
                                          "51106|GHOST", "51015|Nothing", "51015|Self", "51011|Order",
@@ -121,16 +109,7 @@ TEST_P(KindStore, BlocksNestThreeDeepWithTheirOwnActivitiesAndTransactionsStayBa
     for (int round = 0; round < 2; ++round) {
         SCOPED_TRACE(round);  // the second import replaces all of it
         ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Order");
-        Act(run, order, "Work");
-        DvnfEntity& b1 = Impl(Act(run, order, "B1", 3), "AsBlock");
-        Set(b1.AttributeData(), {{"RcCreation", 0L}, {"WindowLayout.ZoomFactor", 150L}});
-        Act(run, b1, "Work");
-        DvnfEntity& b2 = Impl(Act(run, b1, "B2", 3), "AsBlock");
-        Set(b2.AttributeData(), {{"RcCreation", 2L}, {"WindowLayout.ShowConditions", 3L}});
-        Act(run, b2, "Work");
-        DvnfEntity& b3 = Impl(Act(run, b2, "B3", 3), "AsBlock");  // no "WindowLayout", no "RcCreation"
-        Link(run, Impl(Act(run, b3, "Work", 1), "AsProgram"), "ReferencesProgram", "Program", "checkord");
+        Read(run, "blocks.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_FALSE(Db().InTransaction());
         EXPECT_EQ(run.Messages(),
