@@ -8,28 +8,7 @@
 
 namespace {
 
-// A container member as a file gives it.
-struct Member {
-    const char* name;
-    std::string value;
-};
-
-class ProcessStore : public ModelStore {
-protected:
-    // Links to the default structure, so that containers are kept.
-    template <class Run>
-    static void Structures(Run& run, DvnfEntity& entity, const char* prefix) {
-        for (const char* way : {"HasInputStr", "HasOutputStr"})
-            Link(run, entity, (std::string(prefix) + way).c_str(), "DataStructure", "Default Data Structure");
-    }
-    static void Container(DvnfEntity& entity, const char* container, const std::vector<Member>& values) {
-        for (const Member& v : values) {
-            DvnfAttributeData member = entity.AttributeData()(container)("Members").NewSetElement();
-            member("Name") = v.name;
-            member("Value") = v.value;
-        }
-    }
-};
+using ProcessStore = ModelStore;
 
 TEST_P(ProcessStore, ANewProcessHasOneRowUnderItsOwnNameWithItsActivitiesAndContainerValues) {
     const std::string longValue(32673, 'v');
@@ -37,21 +16,17 @@ TEST_P(ProcessStore, ANewProcessHasOneRowUnderItsOwnNameWithItsActivitiesAndCont
         SCOPED_TRACE(source);
         Exec("DELETE FROM DVBT.PROCESS");
         ImportRun run(source);
-        DvnfEntity& order = run.Add("Process", "Order");
-        Structures(run, order, "Process");
-        Container(order, "InputContainer", {{"Number", "17"}, {"Empty", ""}, {"Long", longValue}});
-        Container(order, "OutputContainer", {{"Result", "ok"}});
-        DvnfEntity& check = Act(run, order, "Check");
-        Structures(run, check, "Activity");
-        Container(check, "InputContainer", {{"Number", "1"}, {"Number", "2"}, {"Number", "1"}});
-        check.AttributeData()("Description") = std::string(300, 'd');
-        Act(run, order, "Pack");  // no structure: the default, its containers dropped
+        Read(run, "new-process.trx");
+        DvnfEntity& order = run.data.GetEntityByName(DvnfString("Process"), DvnfString("Order"));
+        DvnfAttributeData member = order.AttributeData()("InputContainer")("Members").NewSetElement();
+        member("Name") = "Long";
+        member("Value") = longValue;
         // Without the containers flag the new row still loses its first-pass mark.
-        run.Add("Process", "Bare").Flags(1);
+        run.data.GetEntityByName(DvnfString("Process"), DvnfString("Bare")).Flags(1);
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_EQ(run.Messages(), (Lines{"51010|Bare", "51011|Bare", "51014|Bare", "51010|Order", "51015|Check",
                                          "51015|Pack", "51011|Order", "51014|Order"}));
-        EXPECT_EQ(run.data.GetEntityByName(DvnfString("Process"), DvnfString("Order")).State(), 3);
+        EXPECT_EQ(order.State(), 3);
         const std::string mark = source ? "0" : "5";
         EXPECT_EQ(Marks("PROCESS"), (Lines{"Bare|" + mark, "Order|" + mark}));
         const std::string pid = Pid("Order");
@@ -129,11 +104,11 @@ TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOr
 }
 
 TEST_P(ProcessStore, ADeletionRemovesTheProcessWithAllBelowItOrLeavesATombstone) {
-    Imported("Order", [](ImportRun& run, DvnfEntity& order) {
-        Container(order, "OutputContainer", {{"Result", "ok"}});
-        Structures(run, order, "Process");
-        Act(run, order, "Check");
-    });
+    {
+        ImportRun run(true);
+        Read(run, "deleted-process.trx");
+        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
+    }
     // A tombstone keeps what is below it; a deletion for good takes it, and
     // then there is nothing to delete.
     for (const char* expected : {"51046|Order", "51218|Order", "51273|DELETE PROCESS Order"}) {
@@ -222,14 +197,7 @@ TEST_P(ProcessStore, WithoutItsAttributesAnActivityKeepsExtentToolsAndContainers
     AddRole(Db(), "R1", "Clerk");
     {
         ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Order");
-        DvnfEntity& check = Act(run, order, "Check");
-        Structures(run, check, "Activity");
-        Container(check, "InputContainer", {{"n", "v"}});
-        Set(check.AttributeData(), {{"DoneBy.AssignType", 1L}, {"Priority.PriorityType", 2L}, {"Priority.Number", 7L}});
-        Link(run, check, "DoneByRoleMember", "Role", "Clerk");
-        Link(run, check, "HasSupportTool", "Program", "editor");
-        Link(run, check, "HasSupportTool", "Program", "nowhere");
+        Read(run, "kept-activity.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_EQ(run.Messages(), (Lines{"51010|Order", "51015|Check", "51105|nowhere", "51011|Order",
                                          "51014|Order"}));
@@ -314,20 +282,10 @@ TEST_P(ProcessStore, CoordinatorsManagersAndPersonsToNotifyAreResolvedOrWarnedAb
 }
 
 TEST_P(ProcessStore, TextsFromAFileMatchOnlyThemselvesWhateverQuotesWildcardsOrCase) {
-    const std::vector<Member> values = {{"n_1", "v%"}, {"nx1", "vv"}, {"it's", "O'Neil"}, {"Case", "a"},
-                                       {"case", "a"}, {"Case", "A"}, {"%", "_"},         {"x", "%"}};
     for (int round = 0; round < 2; ++round) {
         // The second round replaces the process of the same odd name.
         ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Bob's 100% _order_");
-        Structures(run, order, "Process");
-        Container(order, "InputContainer", values);
-        DvnfEntity& check = Act(run, order, "it's");
-        Structures(run, check, "Activity");
-        Container(check, "OutputContainer", values);
-        check.AttributeData()("DoneBy")("AssignType") = 1L;
-        for (const char* member : {"m_1", "mx1", "M_1", "it's"})
-            check.AttributeData()("DoneBy")("MembersFromInput").NewSetElement() = member;
+        Read(run, "odd-texts.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
     }
     const Lines stored = {"%|_", "Case|A", "Case|a", "case|a", "it's|O'Neil", "n_1|v%", "nx1|vv", "x|%"};
