@@ -221,17 +221,7 @@ TEST_P(FlowStore, ADeletedSinkOrSourceTakesItsDataConnectorsWithTheirBendPointsA
 TEST_P(FlowStore, TextAnnotationsAreStoredWithTheirDiagramAndRewrittenWithIt) {
     {
         ImportRun run(true);
-        DvnfEntity& flow = run.Add("Process", "Flow");
-        Act(run, flow, "Box");
-        Set(run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Note")).AttributeData(),
-            {{"Text", "Bills go out on Fridays"}, {"Color.Red", 255L}, {"Color.Green", 128L}, {"Color.Blue", 0L},
-             {"BackgroundColor.Blue", 7L}, {"Font.Name", "Sans"}, {"Font.Size", 12L}, {"Font.Style", 2L},
-             {"Font.Descriptor", "sans-12"}, {"Layout.Xpos", 40L}, {"Layout.Ypos", 40L}, {"Layout.Width", 40L},
-             {"Layout.Height", 40L}});
-        run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Bare"));
-        // A text longer than its column is refused; the others are stored.
-        DvnfEntity& tooLong = run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Long"));
-        tooLong.AttributeData()("Text") = std::string(256, 't');
+        Read(run, "annotations.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 8);
         const Lines messages = run.Messages();
         ASSERT_EQ(messages.size(), 5u);

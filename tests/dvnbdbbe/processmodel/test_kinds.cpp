@@ -58,20 +58,10 @@ TEST_P(KindStore, AProgramActivityFindsItsProgramAndItsServerInEachShapeOfItsNam
 TEST_P(KindStore, AProgramActivityWithoutItsProgramKeepsOnlyItsActivityRow) {
     AddProgram(Db(), "PR1", "checkord");
     ImportRun run(true);
-    DvnfEntity& order = run.Add("Process", "Order");
-    // Synchronization 1 and 2 trade places, absent is 1, any other leaves NULL.
-    const std::pair<const char*, long> synchronizations[] = {{"Sync1", 1}, {"Sync2", 2}, {"Sync7", 7}, {"Sync", -1}};
-    for (const auto& [name, value] : synchronizations) {
-        DvnfEntity& program = Impl(Act(run, order, name, 1), "AsProgram");
-        if (value >= 0) program.AttributeData()("Synchronization") = value;
-        Link(run, program, "ReferencesProgram", "Program", "checkord");
-    }
+    Read(run, "program-activities.trx");
     // A program that the link gives by key alone.
-    DvnfEntity& byKey = Impl(Act(run, order, "ByKey", 1), "AsProgram");
-    run.data.AddLinkByOID(byKey, DvnfString("ReferencesProgram"), DvnfString("Program"), DvnfString("PR1"));
-    byKey.AttributeData()("PEServerFromInput") = "server";
-    Link(run, Impl(Act(run, order, "Unknown", 1), "AsProgram"), "ReferencesProgram", "Program", "nothere");
-    Act(run, order, "NoLink", 1);
+    run.data.AddLinkByOID(Impl(run.data.GetEntityByName(DvnfString("Activity"), DvnfString("ByKey")), "AsProgram"),
+                          DvnfString("ReferencesProgram"), DvnfString("Program"), DvnfString("PR1"));
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     EXPECT_EQ(Count(messages, "51105|nothere"), 1u);
