@@ -122,35 +122,11 @@ TEST_P(KindStore, BlocksNestThreeDeepWithTheirOwnActivitiesAndTransactionsStayBa
 
 TEST_P(KindStore, ABundleStoresItsPatternActivityInsideItAndItsSettings) {
     ImportRun run(true);
-    DvnfEntity& order = run.Add("Process", "Order");
-    struct Case {
-        const char* bundle;
-        std::vector<std::pair<const char*, long>> numbers;
-        const char* member;  // "InstantiatingMember"; null: none
-        bool fromInput;      // "NrOfInstancesFromInput"
-    };
-    const Case cases[] = {
-        {"Set",
-         {{"RestartOption", 2}, {"PlanningMode", 3}, {"Assignment", 2}, {"NrOfInstances", 4}, {"RcCreation", 0}},
-         "Number",
-         false},
-        {"Defaults", {}, "n", true},
-        {"Outside", {{"RestartOption", 5}, {"PlanningMode", 9}, {"Assignment", 0}, {"RcCreation", 7}}, "n", false},
-        {"NoMember", {{"RcCreation", 2}}, nullptr, false},
-    };
-    for (const Case& c : cases) {
-        DvnfEntity& bundle = Impl(Act(run, order, c.bundle, 4), "AsBundle");
-        DvnfAttributeData attributes = bundle.AttributeData();
-        for (const auto& [name, value] : c.numbers) attributes(name) = value;
-        if (c.member) attributes("InstantiatingMember") = c.member;
-        if (c.fromInput) attributes("NrOfInstancesFromInput") = "count";
-        if (std::string(c.bundle) == "Set") attributes("PromptForPlanning") = false;
-        Act(run, attributes("Diagram"), "Mail").AttributeData()("Description") = c.bundle;
-    }
+    Read(run, "bundles.trx");
     // A pattern activity that takes no part in the save is not found.
-    DvnfEntity& unsaved = Impl(Act(run, order, "Unsaved", 4), "AsBundle");
-    unsaved.AttributeData()("InstantiatingMember") = "n";
-    Act(run, unsaved, "Mail").State(DvnfObject::StateNone);
+    for (DvnfEntity* activity : run.data.AllEntities())
+        if (activity->Name() == "Mail" && activity->AttributeData()("Description").AsString("").str().empty())
+            activity->State(DvnfObject::StateNone);
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     EXPECT_EQ(Count(messages, "51108|NoMember"), 1u);
