@@ -1,13 +1,12 @@
 // What the stores' tests share: rows read back with "-" for NULL; for the
 // process model, entities made as a parsed file or an editor load gives them,
-// and after every test no row of the process model without its owner.
+// or read by the parser from a file of tests/data/dvnbdbbe; and after every
+// test no row of the process model without its owner.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <string_view>
-#include <variant>
 
 #include "backendrun.h"
 #include "dvnfffdn.h"
@@ -71,17 +70,6 @@ protected:
     // The implementation object of an activity ("AsProgram", ...).
     static DvnfEntity& Impl(DvnfEntity& activity, const char* as) {
         return activity.AttributeData()("Implementation")(as).AsEntity();
-    }
-    // Attribute values by dotted path: {"WindowLayout.ZoomFactor", 150L}, ...
-    using Setting = std::pair<std::string_view, std::variant<long, bool, std::string>>;
-    static void Set(DvnfAttributeData attributes, std::initializer_list<Setting> settings) {
-        for (const auto& [path, value] : settings) {
-            const size_t dot = path.find('.');
-            if (dot != std::string_view::npos)
-                Set(attributes(std::string(path.substr(0, dot)).c_str()), {{path.substr(dot + 1), value}});
-            else
-                std::visit([&, p = std::string(path)](const auto& v) { attributes(p.c_str()) = v; }, value);
-        }
     }
     template <class Run>
     static void Link(Run& run, DvnfEntity& entity, const char* link, const char* type, const char* target) {

@@ -190,8 +190,9 @@ TEST_P(KindStore, AnEditorSaveWithoutTheAttributesLoadedKeepsTheAttributeRows) {
     AddCategory(Db(), "C1", "Sales");
     Imported("Order", [](ImportRun& run, DvnfEntity& order) {
         Link(run, order, "ProcessHasCategory", "Category", "Sales");
-        Set(order.AttributeData(),
-            {{"Description", "kept"}, {"WindowLayout.ZoomFactor", 150L}, {"ProcessDefault.Autonomy", 15L}});
+        order.AttributeData()("Description") = "kept";
+        order.AttributeData()("WindowLayout")("ZoomFactor") = 150L;
+        order.AttributeData()("ProcessDefault")("Autonomy") = 15L;
     });
     const std::string attributes = "SELECT p.CATID, p.DESCRIPTION, g.ZOOM_FACTOR, t.CONTROL_AUTONOMY FROM DVBT.PROCESS "
                                    "p JOIN DVBT.PROCESS_GRAPH_ATTR g ON g.PID = p.PID JOIN DVBT.PROCESS_TOPOL_ATTR t "
