@@ -82,6 +82,12 @@ protected:
         build(run, run.Add("Process", name));
         ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0) << testing::PrintToString(run.Messages());
     }
+    // The processes of a file of tests/data/dvnbdbbe, stored by an import.
+    void Imported(const char* file) {
+        ImportRun run(true);
+        Read(run, file);
+        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0) << testing::PrintToString(run.Messages());
+    }
     // A stored process as the editor loads it: unchanged, complete.
     static DvnfEntity& Loaded(BackEndRun& run, const std::string& pid, const char* name) {
         DvnfEntity& process = run.data.CreateEntity(DvnfString("Process"), DvnfString(pid.c_str()), DvnfString(name));

@@ -150,13 +150,7 @@ TEST_P(FlowStore, ConnectorsWithoutTheirEndsAreRefusedOrPassedOverWhenDeleted) {
 // ------------------------------------------------------------------ the editor
 
 TEST_P(FlowStore, TheEditorRewritesBendPointsAndACompleteDataConnectorStartsClean) {
-    Imported("Flow", [](ImportRun& run, DvnfEntity& flow) {
-        Act(run, flow, "A");
-        Act(run, flow, "B");
-        Control(run, flow, "A", "B", true, {{1, 1}, {2, 2}, {3, 3}});
-        Data(run, flow, "A", "B", {{1, 1}, {2, 2}, {3, 3}}, {{"a", "b"}, {"c", "d"}});
-        Data(run, flow, "B", "A", {{1, 1}, {2, 2}}, {{"e", "f"}});
-    });
+    Imported("editor-flow.trx");
     auto key = [&](const char* from) {
         return Value("SELECT DCID FROM DVBT.DATA_CONNECTOR WHERE FROM_ACTIVITY = '" + Aid(from) + "'");
     };
@@ -190,13 +184,7 @@ TEST_P(FlowStore, TheEditorRewritesBendPointsAndACompleteDataConnectorStartsClea
 }
 
 TEST_P(FlowStore, ADeletedSinkOrSourceTakesItsDataConnectorsWithTheirBendPointsAndMappings) {
-    Imported("Flow", [](ImportRun& run, DvnfEntity& flow) {
-        Act(run, flow, "A");
-        Node(run, flow, false, "1");
-        Node(run, flow, true, "2");
-        for (auto [from, to] : {std::pair{"#1", "A"}, {"A", "#2"}, {"#1", "#2"}})
-            Data(run, flow, from, to, {{1, 1}}, {{"m", "n"}});
-    });
+    Imported("editor-ends.trx");
     // An editor save of the process as loaded, one of its ends deleted.
     auto save = [&](bool sink) {
         BackEndRun run(true);

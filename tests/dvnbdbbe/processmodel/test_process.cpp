@@ -104,11 +104,7 @@ TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOr
 }
 
 TEST_P(ProcessStore, ADeletionRemovesTheProcessWithAllBelowItOrLeavesATombstone) {
-    {
-        ImportRun run(true);
-        Read(run, "deleted-process.trx");
-        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
-    }
+    Imported("deleted-process.trx");
     // A tombstone keeps what is below it; a deletion for good takes it, and
     // then there is nothing to delete.
     for (const char* expected : {"51046|Order", "51218|Order", "51273|DELETE PROCESS Order"}) {
