@@ -75,13 +75,6 @@ protected:
     static void Link(Run& run, DvnfEntity& entity, const char* link, const char* type, const char* target) {
         run.data.AddLinkByName(entity, DvnfString(link), DvnfString(type), DvnfString(target), true, false);
     }
-    // A process that build(run, process) fills, stored by an import.
-    template <class Build>
-    void Imported(const char* name, Build build) {
-        ImportRun run(true);
-        build(run, run.Add("Process", name));
-        ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0) << testing::PrintToString(run.Messages());
-    }
     // The processes of a file of tests/data/dvnbdbbe, stored by an import.
     void Imported(const char* file) {
         ImportRun run(true);

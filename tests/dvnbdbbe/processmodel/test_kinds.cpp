@@ -188,12 +188,7 @@ TEST_P(KindStore, ProcessAttributesFillTheRowAndTheTopologyAndGraphRowsThroughTh
 
 TEST_P(KindStore, AnEditorSaveWithoutTheAttributesLoadedKeepsTheAttributeRows) {
     AddCategory(Db(), "C1", "Sales");
-    Imported("Order", [](ImportRun& run, DvnfEntity& order) {
-        Link(run, order, "ProcessHasCategory", "Category", "Sales");
-        order.AttributeData()("Description") = "kept";
-        order.AttributeData()("WindowLayout")("ZoomFactor") = 150L;
-        order.AttributeData()("ProcessDefault")("Autonomy") = 15L;
-    });
+    Imported("order-attributes.trx");
     const std::string attributes = "SELECT p.CATID, p.DESCRIPTION, g.ZOOM_FACTOR, t.CONTROL_AUTONOMY FROM DVBT.PROCESS "
                                    "p JOIN DVBT.PROCESS_GRAPH_ATTR g ON g.PID = p.PID JOIN DVBT.PROCESS_TOPOL_ATTR t "
                                    "ON t.PID = p.PID";

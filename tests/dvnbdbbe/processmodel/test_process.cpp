@@ -44,7 +44,7 @@ TEST_P(ProcessStore, ANewProcessHasOneRowUnderItsOwnNameWithItsActivitiesAndCont
 }
 
 TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOrWhenItCannotWriteIt) {
-    Imported("Order", [](ImportRun& run, DvnfEntity& order) { Act(run, order, "Check"); });
+    Imported("order-check.trx");
     const std::string oldPid = Pid("Order");
     {
         // A marking run over a clean row; the holder stamp of the run goes.
@@ -104,7 +104,7 @@ TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOr
 }
 
 TEST_P(ProcessStore, ADeletionRemovesTheProcessWithAllBelowItOrLeavesATombstone) {
-    Imported("deleted-process.trx");
+    Imported("order-check.trx");
     // A tombstone keeps what is below it; a deletion for good takes it, and
     // then there is nothing to delete.
     for (const char* expected : {"51046|Order", "51218|Order", "51273|DELETE PROCESS Order"}) {
@@ -123,11 +123,7 @@ TEST_P(ProcessStore, ADeletionRemovesTheProcessWithAllBelowItOrLeavesATombstone)
 }
 
 TEST_P(ProcessStore, AnEditorSaveWritesOnlyWhatChangedKeepsTheKeyOnARenameAndRefusesANameThatIsTaken) {
-    Imported("Order", [](ImportRun& run, DvnfEntity& order) {
-        Act(run, order, "Check");
-        Act(run, order, "Pack").AttributeData()("Description") = "packing";
-        run.Add("Process", "Billing");
-    });
+    Imported("order-billing.trx");
     const std::string pid = Pid("Order");
     Exec("UPDATE DVBT.PROCESS SET DESCRIPTION = 'kept'");
     {
