@@ -1,18 +1,30 @@
 // What the stores' tests share: rows read back with "-" for NULL; for the
 // process model, entities made as a parsed file or an editor load gives them,
-// and after every test no row of the process model without its owner.
+// or read by the parser from a file of tests/data/dvnbdbbe; and after every
+// test no row of the process model without its owner.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <string_view>
-#include <variant>
 
 #include "backendrun.h"
+#include "dvnfffdn.h"
 #include "orphans.h"
 
 using Lines = std::vector<std::string>;
+
+// The path of a file of tests/data/dvnbdbbe.
+inline std::string DataFile(const char* name) { return std::string(DVN_SOURCE_DIR "/tests/data/dvnbdbbe/") + name; }
+
+// The definitions of such a file read into the run as the parser gives them
+// to an import; the parser's own messages are left out of the run's.
+template <class Run>
+void Read(Run& run, const char* name) {
+    std::string error;
+    ASSERT_EQ(DvnTRXFrontend(run.data, nullptr).ReadFile(DataFile(name).c_str(), 0, nullptr, &error), 0) << error;
+    run.handler.Clear();
+}
 
 // The rows with "-" for NULL.
 inline Lines Dashed(Lines rows) {
@@ -59,26 +71,14 @@ protected:
     static DvnfEntity& Impl(DvnfEntity& activity, const char* as) {
         return activity.AttributeData()("Implementation")(as).AsEntity();
     }
-    // Attribute values by dotted path: {"WindowLayout.ZoomFactor", 150L}, ...
-    using Setting = std::pair<std::string_view, std::variant<long, bool, std::string>>;
-    static void Set(DvnfAttributeData attributes, std::initializer_list<Setting> settings) {
-        for (const auto& [path, value] : settings) {
-            const size_t dot = path.find('.');
-            if (dot != std::string_view::npos)
-                Set(attributes(std::string(path.substr(0, dot)).c_str()), {{path.substr(dot + 1), value}});
-            else
-                std::visit([&, p = std::string(path)](const auto& v) { attributes(p.c_str()) = v; }, value);
-        }
-    }
     template <class Run>
     static void Link(Run& run, DvnfEntity& entity, const char* link, const char* type, const char* target) {
         run.data.AddLinkByName(entity, DvnfString(link), DvnfString(type), DvnfString(target), true, false);
     }
-    // A process that build(run, process) fills, stored by an import.
-    template <class Build>
-    void Imported(const char* name, Build build) {
+    // The processes of a file of tests/data/dvnbdbbe, stored by an import.
+    void Imported(const char* file) {
         ImportRun run(true);
-        build(run, run.Add("Process", name));
+        Read(run, file);
         ASSERT_EQ(run.be.SaveProcesses(Db(), true, false), 0) << testing::PrintToString(run.Messages());
     }
     // A stored process as the editor loads it: unchanged, complete.

@@ -90,29 +90,7 @@ TEST_P(FlowStore, AnImportStoresSourcesSinksAndConnectorsAndAReplacementLeavesTh
     Lines first;
     for (int round = 0; round < 2; ++round) {
         ImportRun run(true);
-        DvnfEntity& flow = run.Add("Process", "Flow");
-        Act(run, flow, "A");
-        Act(run, flow, "B");
-        Set(Node(run, flow, false, "3").AttributeData(), {{"Layout.Xpos", 10L}, {"Layout.Ypos", 20L}});
-        Node(run, flow, false, "3x");  // its number is 3 too: the filter holds the number
-        Node(run, flow, true, "4").AttributeData()("Layout")("Width") = 30L;
-
-        Set(Control(run, flow, "A", "B", true, {{1, 2}, {3, 4}, {5, 6}}).AttributeData(),
-            {{"Condition", std::string(4096, 'c') + "de"}, {"ConditionPos.Xpos", 5L}, {"ConditionPos.Ypos", 6L},
-             {"Name", "go on"}, {"Description", std::string(300, 'd')}});
-        Control(run, flow, "A", "B", false, {{9, 9}});  // the same ends: it exists, the first stays
-        Control(run, flow, "B", "A", false).AttributeData()("Condition") = "kept only by type 1";
-
-        // Members are matched whole: quotes, '%' and '_' are no patterns.
-        Data(run, flow, "#3", "A", {{7, 8}, {9, 10}},
-             {{"it's", "x"}, {"a_b", "y"}, {"aXb", "y"}, {"100%", "z"}, {"1000", "z"}, {"a_b", "y"}})
-            .AttributeData()("Name") = "in";
-        Data(run, flow, "B", "#4");
-        Data(run, flow, "#3", "#4");
-        Data(run, flow, "A", "B");
-        for (long loop : {1, 2, 1}) Data(run, flow, "A", "A", {}, {}, "", loop);  // the third exists
-        run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Note"));
-
+        Read(run, "flow.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_EQ(run.Messages(), (Lines{"51010|Flow", "51015|A", "51015|B", "51016|3", "51080|3x", "51017|4",
                                          "51011|Flow", round ? "51046|Flow" : "51014|Flow"}));
@@ -172,13 +150,7 @@ TEST_P(FlowStore, ConnectorsWithoutTheirEndsAreRefusedOrPassedOverWhenDeleted) {
 // ------------------------------------------------------------------ the editor
 
 TEST_P(FlowStore, TheEditorRewritesBendPointsAndACompleteDataConnectorStartsClean) {
-    Imported("Flow", [](ImportRun& run, DvnfEntity& flow) {
-        Act(run, flow, "A");
-        Act(run, flow, "B");
-        Control(run, flow, "A", "B", true, {{1, 1}, {2, 2}, {3, 3}});
-        Data(run, flow, "A", "B", {{1, 1}, {2, 2}, {3, 3}}, {{"a", "b"}, {"c", "d"}});
-        Data(run, flow, "B", "A", {{1, 1}, {2, 2}}, {{"e", "f"}});
-    });
+    Imported("editor-flow.trx");
     auto key = [&](const char* from) {
         return Value("SELECT DCID FROM DVBT.DATA_CONNECTOR WHERE FROM_ACTIVITY = '" + Aid(from) + "'");
     };
@@ -212,13 +184,7 @@ TEST_P(FlowStore, TheEditorRewritesBendPointsAndACompleteDataConnectorStartsClea
 }
 
 TEST_P(FlowStore, ADeletedSinkOrSourceTakesItsDataConnectorsWithTheirBendPointsAndMappings) {
-    Imported("Flow", [](ImportRun& run, DvnfEntity& flow) {
-        Act(run, flow, "A");
-        Node(run, flow, false, "1");
-        Node(run, flow, true, "2");
-        for (auto [from, to] : {std::pair{"#1", "A"}, {"A", "#2"}, {"#1", "#2"}})
-            Data(run, flow, from, to, {{1, 1}}, {{"m", "n"}});
-    });
+    Imported("editor-ends.trx");
     // An editor save of the process as loaded, one of its ends deleted.
     auto save = [&](bool sink) {
         BackEndRun run(true);
@@ -243,17 +209,7 @@ TEST_P(FlowStore, ADeletedSinkOrSourceTakesItsDataConnectorsWithTheirBendPointsA
 TEST_P(FlowStore, TextAnnotationsAreStoredWithTheirDiagramAndRewrittenWithIt) {
     {
         ImportRun run(true);
-        DvnfEntity& flow = run.Add("Process", "Flow");
-        Act(run, flow, "Box");
-        Set(run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Note")).AttributeData(),
-            {{"Text", "Bills go out on Fridays"}, {"Color.Red", 255L}, {"Color.Green", 128L}, {"Color.Blue", 0L},
-             {"BackgroundColor.Blue", 7L}, {"Font.Name", "Sans"}, {"Font.Size", 12L}, {"Font.Style", 2L},
-             {"Font.Descriptor", "sans-12"}, {"Layout.Xpos", 40L}, {"Layout.Ypos", 40L}, {"Layout.Width", 40L},
-             {"Layout.Height", 40L}});
-        run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Bare"));
-        // A text longer than its column is refused; the others are stored.
-        DvnfEntity& tooLong = run.data.CreateTextAnnotation(Diagram(flow), DvnfString("Long"));
-        tooLong.AttributeData()("Text") = std::string(256, 't');
+        Read(run, "annotations.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 8);
         const Lines messages = run.Messages();
         ASSERT_EQ(messages.size(), 5u);

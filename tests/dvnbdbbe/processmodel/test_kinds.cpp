@@ -58,20 +58,10 @@ TEST_P(KindStore, AProgramActivityFindsItsProgramAndItsServerInEachShapeOfItsNam
 TEST_P(KindStore, AProgramActivityWithoutItsProgramKeepsOnlyItsActivityRow) {
     AddProgram(Db(), "PR1", "checkord");
     ImportRun run(true);
-    DvnfEntity& order = run.Add("Process", "Order");
-    // Synchronization 1 and 2 trade places, absent is 1, any other leaves NULL.
-    const std::pair<const char*, long> synchronizations[] = {{"Sync1", 1}, {"Sync2", 2}, {"Sync7", 7}, {"Sync", -1}};
-    for (const auto& [name, value] : synchronizations) {
-        DvnfEntity& program = Impl(Act(run, order, name, 1), "AsProgram");
-        if (value >= 0) program.AttributeData()("Synchronization") = value;
-        Link(run, program, "ReferencesProgram", "Program", "checkord");
-    }
+    Read(run, "program-activities.trx");
     // A program that the link gives by key alone.
-    DvnfEntity& byKey = Impl(Act(run, order, "ByKey", 1), "AsProgram");
-    run.data.AddLinkByOID(byKey, DvnfString("ReferencesProgram"), DvnfString("Program"), DvnfString("PR1"));
-    byKey.AttributeData()("PEServerFromInput") = "server";
-    Link(run, Impl(Act(run, order, "Unknown", 1), "AsProgram"), "ReferencesProgram", "Program", "nothere");
-    Act(run, order, "NoLink", 1);
+    run.data.AddLinkByOID(Impl(run.data.GetEntityByName(DvnfString("Activity"), DvnfString("ByKey")), "AsProgram"),
+                          DvnfString("ReferencesProgram"), DvnfString("Program"), DvnfString("PR1"));
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     EXPECT_EQ(Count(messages, "51105|nothere"), 1u);
@@ -90,19 +80,7 @@ TEST_P(KindStore, AProcessActivityHoldsTheCalledNameOrAMemberAndAProcessMayCallI
     for (int round = 0; round < 2; ++round) {
         SCOPED_TRACE(round);  // the second import replaces the process
         ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Order");
-        DvnfEntity& call = Impl(Act(run, order, "Call", 2), "AsProcess");
-        Link(run, call, "ReferencesProcess", "Process", "Invoice");
-        Link(run, call, "ReferencesSystem", "System", "DVNSYS");
-        DvnfEntity& member = Impl(Act(run, order, "ByMember", 2), "AsProcess");
-        member.AttributeData()("ProcessFromInput") = "which";
-        member.AttributeData()("SystemFromInput") = "where";
-        Link(run, member, "ReferencesProcess", "Process", "Invoice");  // the member wins
-        DvnfEntity& ghost = Impl(Act(run, order, "BadSystem", 2), "AsProcess");
-        Link(run, ghost, "ReferencesProcess", "Process", "Invoice");
-        Link(run, ghost, "ReferencesSystem", "System", "GHOST");
-        Act(run, order, "Nothing", 2);
-        Link(run, Impl(Act(run, order, "Self", 2), "AsProcess"), "ReferencesProcess", "Process", "Order");
+        Read(run, "process-activities.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
         EXPECT_EQ(run.Messages(), (Lines{"51010|Order", "51015|Call", "51015|ByMember", "51015|BadSystem",
                                          "51106|GHOST", "51015|Nothing", "51015|Self", "51011|Order",
@@ -121,16 +99,7 @@ TEST_P(KindStore, BlocksNestThreeDeepWithTheirOwnActivitiesAndTransactionsStayBa
     for (int round = 0; round < 2; ++round) {
         SCOPED_TRACE(round);  // the second import replaces all of it
         ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Order");
-        Act(run, order, "Work");
-        DvnfEntity& b1 = Impl(Act(run, order, "B1", 3), "AsBlock");
-        Set(b1.AttributeData(), {{"RcCreation", 0L}, {"WindowLayout.ZoomFactor", 150L}});
-        Act(run, b1, "Work");
-        DvnfEntity& b2 = Impl(Act(run, b1, "B2", 3), "AsBlock");
-        Set(b2.AttributeData(), {{"RcCreation", 2L}, {"WindowLayout.ShowConditions", 3L}});
-        Act(run, b2, "Work");
-        DvnfEntity& b3 = Impl(Act(run, b2, "B3", 3), "AsBlock");  // no "WindowLayout", no "RcCreation"
-        Link(run, Impl(Act(run, b3, "Work", 1), "AsProgram"), "ReferencesProgram", "Program", "checkord");
+        Read(run, "blocks.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_FALSE(Db().InTransaction());
         EXPECT_EQ(run.Messages(),
@@ -153,35 +122,11 @@ TEST_P(KindStore, BlocksNestThreeDeepWithTheirOwnActivitiesAndTransactionsStayBa
 
 TEST_P(KindStore, ABundleStoresItsPatternActivityInsideItAndItsSettings) {
     ImportRun run(true);
-    DvnfEntity& order = run.Add("Process", "Order");
-    struct Case {
-        const char* bundle;
-        std::vector<std::pair<const char*, long>> numbers;
-        const char* member;  // "InstantiatingMember"; null: none
-        bool fromInput;      // "NrOfInstancesFromInput"
-    };
-    const Case cases[] = {
-        {"Set",
-         {{"RestartOption", 2}, {"PlanningMode", 3}, {"Assignment", 2}, {"NrOfInstances", 4}, {"RcCreation", 0}},
-         "Number",
-         false},
-        {"Defaults", {}, "n", true},
-        {"Outside", {{"RestartOption", 5}, {"PlanningMode", 9}, {"Assignment", 0}, {"RcCreation", 7}}, "n", false},
-        {"NoMember", {{"RcCreation", 2}}, nullptr, false},
-    };
-    for (const Case& c : cases) {
-        DvnfEntity& bundle = Impl(Act(run, order, c.bundle, 4), "AsBundle");
-        DvnfAttributeData attributes = bundle.AttributeData();
-        for (const auto& [name, value] : c.numbers) attributes(name) = value;
-        if (c.member) attributes("InstantiatingMember") = c.member;
-        if (c.fromInput) attributes("NrOfInstancesFromInput") = "count";
-        if (std::string(c.bundle) == "Set") attributes("PromptForPlanning") = false;
-        Act(run, attributes("Diagram"), "Mail").AttributeData()("Description") = c.bundle;
-    }
+    Read(run, "bundles.trx");
     // A pattern activity that takes no part in the save is not found.
-    DvnfEntity& unsaved = Impl(Act(run, order, "Unsaved", 4), "AsBundle");
-    unsaved.AttributeData()("InstantiatingMember") = "n";
-    Act(run, unsaved, "Mail").State(DvnfObject::StateNone);
+    for (DvnfEntity* activity : run.data.AllEntities())
+        if (activity->Name() == "Mail" && activity->AttributeData()("Description").AsString("").str().empty())
+            activity->State(DvnfObject::StateNone);
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     EXPECT_EQ(Count(messages, "51108|NoMember"), 1u);
@@ -208,50 +153,9 @@ TEST_P(KindStore, ProcessAttributesFillTheRowAndTheTopologyAndGraphRowsThroughTh
     AddRole(Db(), "R1", "Clerk");
     AddOrganization(Db(), "O1", "Shipping");
     ImportRun run(true);
-    // The category and the staff by links, or by members of the input container.
-    auto staff = [&](const char* name, const char* category, const char* person, const char* role,
-                     const char* organization, bool members) -> DvnfEntity& {
-        DvnfEntity& process = run.Add("Process", name);
-        if (category) Link(run, process, "ProcessHasCategory", "Category", category);
-        if (person) Link(run, process, "ProcessHasAdministrator", "Person", person);
-        if (role) Link(run, process, "ProcessHasRole", "Role", role);
-        if (organization) Link(run, process, "ProcessHasOrganization", "Organization", organization);
-        if (members)
-            Set(process.AttributeData(),
-                {{"AdministratorFromInput", "adm"}, {"RoleFromInput", "rol"}, {"OrganizationFromInput", "org"}});
-        return process;
-    };
-    Set(staff("Full", "Sales", "ADMIN", "Clerk", "Shipping", false).AttributeData(),
-        {{"ValidFrom", "2026-01-01"}, {"PromptAtProcessStart", true}, {"RcCreation", 0L},
-         {"Description", std::string(300, 'd')}, {"Documentation", "how"}, {"NotifyDuration.Hours", 1L},
-         {"ProcessDefault.AuditDB", 1L}, {"ProcessDefault.AuditHX", 3L}, {"ProcessDefault.NotificationMode", 1L},
-         {"ProcessDefault.RefreshPolicy", 0L}, {"ProcessDefault.KeepWorkitems.Type", 1L},
-         {"ProcessDefault.KeepProcesses.Type", 2L}, {"ProcessDefault.KeepProcesses.Days", 1L},
-         {"ProcessDefault.Autonomy", 5L}, {"ActivityDefault.Substitution", true},
-         {"ActivityDefault.CheckoutPossible", false}, {"ActivityDefault.AuditFilterDB", "ALL"},
-         {"WindowLayout.ZoomFactor", 150L}, {"WindowLayout.Paper.Xpos", 3L}, {"WindowLayout.Paper.Ypos", 4L},
-         {"WindowLayout.Paper.Width", 500L},  // without its height: neither
-         {"WindowLayout.ShowConnectors", 1L}, {"WindowLayout.ShowConditions", 2L},
-         {"WindowLayout.ShowTextAnnotations", false}, {"PaperColor.Red", 255L}, {"PaperColor.Green", 128L},
-         {"PaperColor.Blue", 0L}, {"ExitConditionColor.Blue", 7L}, {"ActivityFont.Name", "Arial"},
-         {"ActivityFont.Size", 10L}});
-    // AuditDB 9 is outside its table; KeepProcesses of type 2 sums to 0.
-    Set(staff("Members", nullptr, nullptr, nullptr, nullptr, true).AttributeData(),
-        {{"DataFromInputContainer", false}, {"NotificationFromInput", "who"}, {"RcCreation", 2L},
-         {"ProcessDefault.Autonomy", 0L}, {"ProcessDefault.AuditDB", 9L}, {"ProcessDefault.KeepWorkitems.Type", 0L},
-         {"ProcessDefault.KeepProcesses.Type", 2L}, {"ProcessDefault.RefreshPolicy", 1L},
-         {"WindowLayout.ZoomFactor", 5L}, {"WindowLayout.ShowConnectors", 3L}, {"WindowLayout.ShowConditions", 9L},
-         {"WindowLayout.ShowTextAnnotations", true}});
-    // The staff comes from the input container: links and members pass; RcCreation 5 is outside its table.
-    DvnfEntity& container = staff("Container", nullptr, "ADMIN", "Clerk", "Shipping", true);
-    run.data.AddLinkByOID(container, DvnfString("ProcessHasCategory"), DvnfString("Category"), DvnfString("C1"));
-    Set(container.AttributeData(),
-        {{"DataFromInputContainer", true}, {"RcCreation", 5L}, {"NotifyDuration.Hours", 0L}});
-    // The links name targets that are not stored: no member either.
-    Set(staff("Missing", "Nothing", "NOBODY", "Ghost", "Nowhere", true).AttributeData(),
-        {{"ProcessDefault.Autonomy", 15L}, {"ProcessDefault.KeepWorkitems.Type", 3L},
-         {"WindowLayout.ZoomFactor", 500L}});
-    run.Add("Process", "Bare");
+    Read(run, "process-attributes.trx");
+    run.data.AddLinkByOID(run.data.GetEntityByName(DvnfString("Process"), DvnfString("Container")),
+                          DvnfString("ProcessHasCategory"), DvnfString("Category"), DvnfString("C1"));
     EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
     const Lines messages = run.Messages();
     for (const char* expected : {"51112|Missing", "51113|Missing", "51114|Missing", "51115|Missing"})
@@ -284,11 +188,7 @@ TEST_P(KindStore, ProcessAttributesFillTheRowAndTheTopologyAndGraphRowsThroughTh
 
 TEST_P(KindStore, AnEditorSaveWithoutTheAttributesLoadedKeepsTheAttributeRows) {
     AddCategory(Db(), "C1", "Sales");
-    Imported("Order", [](ImportRun& run, DvnfEntity& order) {
-        Link(run, order, "ProcessHasCategory", "Category", "Sales");
-        Set(order.AttributeData(),
-            {{"Description", "kept"}, {"WindowLayout.ZoomFactor", 150L}, {"ProcessDefault.Autonomy", 15L}});
-    });
+    Imported("order-attributes.trx");
     const std::string attributes = "SELECT p.CATID, p.DESCRIPTION, g.ZOOM_FACTOR, t.CONTROL_AUTONOMY FROM DVBT.PROCESS "
                                    "p JOIN DVBT.PROCESS_GRAPH_ATTR g ON g.PID = p.PID JOIN DVBT.PROCESS_TOPOL_ATTR t "
                                    "ON t.PID = p.PID";

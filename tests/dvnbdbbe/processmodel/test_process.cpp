@@ -8,26 +8,19 @@
 
 namespace {
 
-// A container member as a file gives it.
-struct Member {
-    const char* name;
-    std::string value;
-};
-
 class ProcessStore : public ModelStore {
 protected:
-    // Links to the default structure, so that containers are kept.
-    template <class Run>
-    static void Structures(Run& run, DvnfEntity& entity, const char* prefix) {
-        for (const char* way : {"HasInputStr", "HasOutputStr"})
-            Link(run, entity, (std::string(prefix) + way).c_str(), "DataStructure", "Default Data Structure");
-    }
-    static void Container(DvnfEntity& entity, const char* container, const std::vector<Member>& values) {
-        for (const Member& v : values) {
-            DvnfAttributeData member = entity.AttributeData()(container)("Members").NewSetElement();
-            member("Name") = v.name;
-            member("Value") = v.value;
-        }
+    // The messages of the file's import over the roles Clerk and Manager,
+    // the organization Shipping and the person CLERK; warnings expected.
+    Lines SavedWithStaff(const char* file) {
+        AddRole(Db(), "R1", "Clerk");
+        AddRole(Db(), "R2", "Manager");
+        AddOrganization(Db(), "O1", "Shipping");
+        AddPerson(Db(), TestPerson{"P1", "CLERK", "G", "pw"});
+        ImportRun run(true);
+        Read(run, file);
+        EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
+        return run.Messages();
     }
 };
 
@@ -37,21 +30,17 @@ TEST_P(ProcessStore, ANewProcessHasOneRowUnderItsOwnNameWithItsActivitiesAndCont
         SCOPED_TRACE(source);
         Exec("DELETE FROM DVBT.PROCESS");
         ImportRun run(source);
-        DvnfEntity& order = run.Add("Process", "Order");
-        Structures(run, order, "Process");
-        Container(order, "InputContainer", {{"Number", "17"}, {"Empty", ""}, {"Long", longValue}});
-        Container(order, "OutputContainer", {{"Result", "ok"}});
-        DvnfEntity& check = Act(run, order, "Check");
-        Structures(run, check, "Activity");
-        Container(check, "InputContainer", {{"Number", "1"}, {"Number", "2"}, {"Number", "1"}});
-        check.AttributeData()("Description") = std::string(300, 'd');
-        Act(run, order, "Pack");  // no structure: the default, its containers dropped
+        Read(run, "new-process.trx");
+        DvnfEntity& order = run.data.GetEntityByName(DvnfString("Process"), DvnfString("Order"));
+        DvnfAttributeData member = order.AttributeData()("InputContainer")("Members").NewSetElement();
+        member("Name") = "Long";
+        member("Value") = longValue;
         // Without the containers flag the new row still loses its first-pass mark.
-        run.Add("Process", "Bare").Flags(1);
+        run.data.GetEntityByName(DvnfString("Process"), DvnfString("Bare")).Flags(1);
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_EQ(run.Messages(), (Lines{"51010|Bare", "51011|Bare", "51014|Bare", "51010|Order", "51015|Check",
                                          "51015|Pack", "51011|Order", "51014|Order"}));
-        EXPECT_EQ(run.data.GetEntityByName(DvnfString("Process"), DvnfString("Order")).State(), 3);
+        EXPECT_EQ(order.State(), 3);
         const std::string mark = source ? "0" : "5";
         EXPECT_EQ(Marks("PROCESS"), (Lines{"Bare|" + mark, "Order|" + mark}));
         const std::string pid = Pid("Order");
@@ -69,7 +58,7 @@ TEST_P(ProcessStore, ANewProcessHasOneRowUnderItsOwnNameWithItsActivitiesAndCont
 }
 
 TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOrWhenItCannotWriteIt) {
-    Imported("Order", [](ImportRun& run, DvnfEntity& order) { Act(run, order, "Check"); });
+    Imported("order-check.trx");
     const std::string oldPid = Pid("Order");
     {
         // A marking run over a clean row; the holder stamp of the run goes.
@@ -129,11 +118,7 @@ TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOr
 }
 
 TEST_P(ProcessStore, ADeletionRemovesTheProcessWithAllBelowItOrLeavesATombstone) {
-    Imported("Order", [](ImportRun& run, DvnfEntity& order) {
-        Container(order, "OutputContainer", {{"Result", "ok"}});
-        Structures(run, order, "Process");
-        Act(run, order, "Check");
-    });
+    Imported("order-check.trx");
     // A tombstone keeps what is below it; a deletion for good takes it, and
     // then there is nothing to delete.
     for (const char* expected : {"51046|Order", "51218|Order", "51273|DELETE PROCESS Order"}) {
@@ -152,11 +137,7 @@ TEST_P(ProcessStore, ADeletionRemovesTheProcessWithAllBelowItOrLeavesATombstone)
 }
 
 TEST_P(ProcessStore, AnEditorSaveWritesOnlyWhatChangedKeepsTheKeyOnARenameAndRefusesANameThatIsTaken) {
-    Imported("Order", [](ImportRun& run, DvnfEntity& order) {
-        Act(run, order, "Check");
-        Act(run, order, "Pack").AttributeData()("Description") = "packing";
-        run.Add("Process", "Billing");
-    });
+    Imported("order-billing.trx");
     const std::string pid = Pid("Order");
     Exec("UPDATE DVBT.PROCESS SET DESCRIPTION = 'kept'");
     {
@@ -222,14 +203,7 @@ TEST_P(ProcessStore, WithoutItsAttributesAnActivityKeepsExtentToolsAndContainers
     AddRole(Db(), "R1", "Clerk");
     {
         ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Order");
-        DvnfEntity& check = Act(run, order, "Check");
-        Structures(run, check, "Activity");
-        Container(check, "InputContainer", {{"n", "v"}});
-        Set(check.AttributeData(), {{"DoneBy.AssignType", 1L}, {"Priority.PriorityType", 2L}, {"Priority.Number", 7L}});
-        Link(run, check, "DoneByRoleMember", "Role", "Clerk");
-        Link(run, check, "HasSupportTool", "Program", "editor");
-        Link(run, check, "HasSupportTool", "Program", "nowhere");
+        Read(run, "kept-activity.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
         EXPECT_EQ(run.Messages(), (Lines{"51010|Order", "51015|Check", "51105|nowhere", "51011|Order",
                                          "51014|Order"}));
@@ -252,38 +226,7 @@ TEST_P(ProcessStore, WithoutItsAttributesAnActivityKeepsExtentToolsAndContainers
 }
 
 TEST_P(ProcessStore, ActivityColumnsAndStaffAssignmentFollowTheirAttributes) {
-    AddRole(Db(), "R1", "Clerk");
-    AddRole(Db(), "R2", "Manager");
-    AddOrganization(Db(), "O1", "Shipping");
-    AddPerson(Db(), TestPerson{"P1", "CLERK", "G", "pw"});
-    ImportRun run(true);
-    DvnfEntity& order = run.Add("Process", "Order");
-    Act(run, order, "Icon8").AttributeData()("Icon") = "ABCDEFGH";
-    Act(run, order, "Icon9").AttributeData()("Icon") = "ABCDEFGHI";
-    Set(Act(run, order, "Layout").AttributeData(),
-        {{"Exit.Condition", std::string(5000, 'c')}, {"Start.Condition", "AND"}, {"Layout.Xpos", 10L},
-         {"NamePos.Ypos", 3L}, {"NotifyType", 2L}});
-    for (long type : {0L, 13L}) {
-        DvnfEntity& none = Act(run, order, ("Type" + std::to_string(type)).c_str());
-        none.AttributeData()("DoneBy")("AssignType") = type;
-        Link(run, none, "DoneByRoleMember", "Role", "Clerk");
-    }
-    DvnfEntity& members = Act(run, order, "Members");
-    Set(members.AttributeData(), {{"DoneBy.AssignType", 1L}, {"DoneBy.LevelFrom", 2L}, {"DoneBy.LevelTo", 5L}});
-    members.AttributeData()("DoneBy")("MembersFromInput").NewSetElement() = "who";
-    for (const char* role : {"Clerk", "Ghost", "Manager"}) Link(run, members, "DoneByRoleMember", "Role", role);
-    Link(run, members, "DoneByOrg", "Organization", "Shipping");
-    DvnfEntity& persons = Act(run, order, "Persons");
-    persons.AttributeData()("DoneBy")("AssignType") = 3L;
-    persons.AttributeData()("DoneBy")("PersonsFromInput").NewSetElement() = "Clerk1";
-    for (const char* person : {"CLERK", "NOBODY"}) Link(run, persons, "DoneByPerson", "Person", person);
-    for (const char* path : {"Persons", "Persons.Inner"}) {
-        DvnfEntity& starter = Act(run, order, std::string(path).find('.') == std::string::npos ? "Starter" : "BadPath");
-        starter.AttributeData()("DoneBy")("AssignType") = 8L;
-        starter.AttributeData()("DoneBy")("StarterOf") = path;
-    }
-    EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
-    const Lines messages = run.Messages();
+    const Lines messages = SavedWithStaff("activity-columns.trx");
     for (const char* expected : {"51118|ABCDEFGHI", "51132|Ghost", "51130|Persons.Inner"})
         EXPECT_EQ(Count(messages, expected), 1u) << expected;
     EXPECT_EQ(Rows("SELECT a.NAME, a.USER_DEFINED_ICON, LENGTH(a.EXIT_CONDITION), a.START_CONDITION, a.XPOS, a.YPOS, "
@@ -309,45 +252,7 @@ TEST_P(ProcessStore, ActivityColumnsAndStaffAssignmentFollowTheirAttributes) {
 }
 
 TEST_P(ProcessStore, CoordinatorsManagersAndPersonsToNotifyAreResolvedOrWarnedAbout) {
-    AddRole(Db(), "R1", "Clerk");
-    AddOrganization(Db(), "O1", "Shipping");
-    AddPerson(Db(), TestPerson{"P1", "CLERK", "G", "pw"});
-    ImportRun run(true);
-    DvnfEntity& order = run.Add("Process", "Order");
-    order.AttributeData()("Icon") = "TOOLONGICON";
-    Link(run, order, "ProcessHasInputStr", "DataStructure", "Missing");
-    struct Case {
-        const char* name;
-        long assignType;         // 0: no "DoneBy"
-        const char* link;        // to the target below
-        const char* type;
-        const char* target;
-        const char* fromInput;   // attribute under "DoneBy" and its value
-        const char* value;
-    };
-    const Case cases[] = {
-        {"Coord", 2, "DoneByRoleCoordinator", "Role", "Clerk", nullptr, nullptr},
-        {"CoordIn", 2, nullptr, nullptr, nullptr, "CoordinatorFromInput", "boss"},
-        {"NoCoord", 2, nullptr, nullptr, nullptr, nullptr, nullptr},
-        {"Mgr", 11, "DoneByMgrOrganization", "Organization", "Shipping", nullptr, nullptr},
-        {"MgrIn", 11, nullptr, nullptr, nullptr, "MgrOrganizationFromInput", "org"},
-        {"BadOrg", 11, "DoneByMgrOrganization", "Organization", "Nowhere", nullptr, nullptr},
-        {"Notify", 0, "NotifiedPerson", "Person", "CLERK", nullptr, nullptr},
-        {"NotifyNobody", 0, "NotifiedPerson", "Person", "NOBODY", nullptr, nullptr},
-    };
-    for (const Case& c : cases) {
-        DvnfEntity& activity = Act(run, order, c.name);
-        DvnfAttributeData attributes = activity.AttributeData();
-        if (c.assignType) attributes("DoneBy")("AssignType") = c.assignType;
-        if (c.fromInput) attributes("DoneBy")(c.fromInput) = c.value;
-        if (c.link) Link(run, activity, c.link, c.type, c.target);
-        if (!c.assignType) attributes("NotifyType") = 5L;
-    }
-    Set(run.data.GetEntityByName(DvnfString("Activity"), DvnfString("Notify")).AttributeData(),
-        {{"ExpirationDuration.Hours", 1L}, {"DecisionFromInput", "d"}, {"Priority.PriorityType", 1L},
-         {"Priority.FromInput", "prio"}, {"Start.Manual", true}, {"Exit.Manual", true}});
-    EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
-    const Lines messages = run.Messages();
+    const Lines messages = SavedWithStaff("activity-staff.trx");
     for (const char* expected :
          {"51118|TOOLONGICON", "51102|Missing", "51168|NoCoord", "51131|Nowhere", "51136|NOBODY|NotifyNobody"})
         EXPECT_EQ(Count(messages, expected), 1u) << expected;
@@ -368,20 +273,10 @@ TEST_P(ProcessStore, CoordinatorsManagersAndPersonsToNotifyAreResolvedOrWarnedAb
 }
 
 TEST_P(ProcessStore, TextsFromAFileMatchOnlyThemselvesWhateverQuotesWildcardsOrCase) {
-    const std::vector<Member> values = {{"n_1", "v%"}, {"nx1", "vv"}, {"it's", "O'Neil"}, {"Case", "a"},
-                                       {"case", "a"}, {"Case", "A"}, {"%", "_"},         {"x", "%"}};
     for (int round = 0; round < 2; ++round) {
         // The second round replaces the process of the same odd name.
         ImportRun run(true);
-        DvnfEntity& order = run.Add("Process", "Bob's 100% _order_");
-        Structures(run, order, "Process");
-        Container(order, "InputContainer", values);
-        DvnfEntity& check = Act(run, order, "it's");
-        Structures(run, check, "Activity");
-        Container(check, "OutputContainer", values);
-        check.AttributeData()("DoneBy")("AssignType") = 1L;
-        for (const char* member : {"m_1", "mx1", "M_1", "it's"})
-            check.AttributeData()("DoneBy")("MembersFromInput").NewSetElement() = member;
+        Read(run, "odd-texts.trx");
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 0);
     }
     const Lines stored = {"%|_", "Case|A", "Case|a", "case|a", "it's|O'Neil", "n_1|v%", "nx1|vv", "x|%"};
@@ -406,7 +301,7 @@ TEST(StoredForms, DurationsAreSecondsWrappedTo32BitsAndTimeEventsAreExactTexts) 
     };
     // Counts of years, months, weeks, days, hours, minutes, seconds; -1: not given.
     const std::pair<std::vector<long>, long> durations[] = {
-        {{1, 1, 1, 1, 1, 1, 1}, 34822861},   {{}, 0}, {{-1, -1, -1, -1, -1, -1, 0}, 0}, {{68, -1, -1, 10}, 2145312000},
+        {{1, 1, 1, 1, 1, 1, 1}, 34822861},   {{}, 0}, {{68, -1, -1, 10}, 2145312000},
         {{69}, -2118983296},  // 2175984000 does not fit in 32 bits
         {{-1, -1, -1, -1, -1, -1, 2147483647}, 2147483647}, {{-1, -1, -1, -1, -1, 1, 2147483647}, -2147483589},
     };
@@ -419,11 +314,9 @@ TEST(StoredForms, DurationsAreSecondsWrappedTo32BitsAndTimeEventsAreExactTexts) 
     }
     // "Every", "On", "AtHours", "AtMinutes"; -1: not given.
     const std::pair<std::array<long, 4>, const char*> events[] = {
-        {{-1, -1, -1, -1}, "ANYTIME"},       {{-1, 3, -1, -1}, "EVERY WEDNESDAY"},
-        {{2, 1, 14, 5}, "EVERY MONTH ON MONDAY AT 14.05"}, {{-1, -1, 7, -1}, " AT 7.00"},
-        {{-1, -1, -1, 30}, " AT 30"},        {{9, -1, -1, -1}, "EVERY "},
-        {{1, -1, 9, 5}, "EVERY DAY AT 9.05"}, {{4, 7, -1, -1}, "EVERY YEAR ON SUNDAY"},
-        {{3, 8, -1, 0}, "EVERY WEEK ON  AT 00"},
+        {{-1, -1, -1, -1}, "ANYTIME"}, {{-1, 3, -1, -1}, "EVERY WEDNESDAY"}, {{9, -1, -1, -1}, "EVERY "},
+        {{2, 1, 14, 5}, "EVERY MONTH ON MONDAY AT 14.05"}, {{-1, -1, 7, -1}, " AT 7.00"}, {{-1, -1, -1, 30}, " AT 30"},
+        {{4, 7, -1, -1}, "EVERY YEAR ON SUNDAY"}, {{3, 8, -1, 0}, "EVERY WEEK ON  AT 00"},
     };
     for (const auto& [parts, text] : events) {
         DvnfAttributeData event = attributes("Start");

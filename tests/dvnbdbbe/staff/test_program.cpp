@@ -1,6 +1,9 @@
 // Programs through dvnbt import: the general settings, a row per platform
 // group and a service per platform, their mappings, overwrite, structures,
 // and the refusals and failures of a program.
+#include <fstream>
+#include <sstream>
+
 #include "../storetests.h"
 #include "testenv.h"
 
@@ -39,40 +42,17 @@ protected:
         std::sort(all.begin(), all.end());
         return all;
     }
+    // A file of tests/data/dvnbdbbe as text.
+    static std::string Data(const char* name) {
+        std::ostringstream text;
+        text << std::ifstream(DataFile(name)).rdbuf();
+        return text.str();
+    }
     TrxFiles files;
 };
 
 TEST_P(ProgramStore, EveryPlatformGroupAndEveryMappedValueReachesItsColumns) {
-    const CliResult r = Import(R"(
-Program "General" {
-  Description = "checks"; Documentation = "all of it"; Icon = "ICON8CHR";
-  StructuresFromActivity = true; Unattended = true; ExecutionUser = 0; ExecutionMode = 1;
-  InputContainerAccess = true; OutputContainerAccess = false; Trusted = true;
-  WINNT { Type = 1; PathAndFilename = "c:\\a.exe"; EntryPoint = "main"; Parameter = "-v"; WorkingDirectory = "c:\\";
-          Environment = "A=1"; InheritEnvironment = true; KeepLoaded = false; FencedMode = true;
-          DllV2Compatibility = false; Style = 1; Foreground = true; }
-  WIN95 { Type = 2; PathAndFilename = "w95"; Style = 3; Foreground = true; }
-  KRX { Type = 4; }
-  HPUX { Type = 1; PathAndFilename = "/h"; XTerm = true; }
-  Solaris { Type = 3; PathAndFilename = "/s"; }
-  NK2 { Type = 1; PathAndFilename = "nk"; Autoclose = true; Style = 2; }
-}
-Program "User1" { ExecutionUser = 1; ExecutionMode = 0; NK2 { Type = 1; PathAndFilename = "b"; Autoclose = false; Style = 3; Foreground = false; } }
-Program "User7" { ExecutionUser = 7; ExecutionMode = 3; NK2 { Type = 2; PathAndFilename = "c"; Autoclose = false; Style = 3; Foreground = true; } }
-Program "Plain" { NK2 { Type = 1; PathAndFilename = "d"; Style = 7; } WIN95 { PathAndFilename = "untyped"; Style = 2; } }
-Program "Services" {
-  WINNT { Type = 4; External { Service = "svc"; ServiceType = "st"; Executable = "ex"; ExecutableType = "et";
-          InvocationType = "it"; LocalUser = false; SecurityChecking = true; Codepage = 437; Mapping = true;
-          MappingType = "mt"; ForwardMapping = "fm"; BackwardMapping = "bm"; ForwardMappingParms = "fp";
-          BackwardMappingParms = "bp"; Duration { Type = 0; } } }
-  WIN95 { Type = 4; External { Mapping = false; Duration { Type = 1; } } }
-  KRX { Type = 4; External { Service = "k"; Duration { Type = 2; Days = 1; Hours = 2; } } }
-  HPUX { Type = 4; External { Service = "h"; Duration { Type = 2; Seconds = 0; } } }
-  Solaris { Type = 4; External { Service = "s"; Duration { Type = 9; Hours = 1; } } }
-  NK2 { Type = 4; External { Service = "n"; SecurityChecking = false; } }
-  TR880 { External { Service = "tr"; Duration { Type = 2; Minutes = 2; } } }
-}
-)");
+    const CliResult r = Import(Data("programs-columns.trx"));
     ASSERT_EQ(r.status, 0) << r.err;
     for (const char* name : {"General", "User1", "User7", "Plain", "Services"})
         EXPECT_NE(r.err.find(Line(51020, name)), std::string::npos) << r.err;
@@ -119,13 +99,7 @@ Program "Services" {
 }
 
 TEST_P(ProgramStore, OverwriteWritesThePlatformsAnewAndOverwriteOffChangesNothing) {
-    ASSERT_EQ(Import(R"(
-Program "Calc" { Description = "first";
-  WINNT { Type = 1; PathAndFilename = "calc.exe"; External { Service = "w"; } }
-  KRX { Type = 1; PathAndFilename = "/calc"; External { Service = "k"; } }
-  TR880 { External { Service = "t"; } } }
-Program "Kept" { NK2 { Type = 1; PathAndFilename = "kept"; External { Service = "n"; } } }
-)").status, 0);
+    ASSERT_EQ(Import(Data("programs-overwrite.trx")).status, 0);
     const Lines kept = Rows("x.PATH_AND_FILE_NAME", "NK2_EXTENT");
     EXPECT_EQ(Platforms(), (Lines{"KRX_EXTENT|Calc|/calc", "NK2_EXTENT|Kept|kept", "SERVICE|Calc|2", "SERVICE|Calc|5",
                                   "SERVICE|Calc|6", "SERVICE|Kept|1", "WINNT_EXTENT|Calc|calc.exe"}));
@@ -194,15 +168,7 @@ Program "Lost" { ProgramHasInputStr -> "Nowhere"; }
 TEST_P(ProgramStore, RefusalsAndFailuresLeaveTheRestStored) {
     // A missing path: that group is not written (8), the rest is; icons of
     // 8 characters are kept, of 9 refused.
-    const CliResult r = Import(R"(
-Program "NoPath" { Icon = "ABCDEFGHI";
-  WINNT { Type = 1; External { Service = "w"; } }
-  KRX { Type = 1; PathAndFilename = "/k"; } }
-Program "Used" { WINNT { Type = 1; PathAndFilename = "u"; External { Service = "u"; } } }
-Program "Tool" { WINNT { Type = 1; PathAndFilename = "t"; } }
-Program "Gone" { NK2 { Type = 1; PathAndFilename = "g"; External { Service = "g"; } } }
-Program "Tomb" { NK2 { Type = 1; PathAndFilename = "tb"; External { Service = "tb"; } } }
-)");
+    const CliResult r = Import(Data("programs-refusals.trx"));
     EXPECT_EQ(r.status, 4) << r.err;
     EXPECT_NE(r.err.find(Line(51118, "ABCDEFGHI")), std::string::npos) << r.err;
     EXPECT_NE(r.err.find(Line(51020, "NoPath")), std::string::npos) << r.err;
