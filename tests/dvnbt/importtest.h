@@ -4,12 +4,24 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "dvnfcorn.h"
 #include "repositorydb.h"
 #include "testenv.h"
+
+// The text of a file; of one under tests/data/dvnbt/.
+inline std::string ReadFile(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+inline std::string ReadData(const std::string& name) {
+    return ReadFile(std::string(DVN_SOURCE_DIR) + "/tests/data/dvnbt/" + name);
+}
 
 class DvnbtImportTest : public RepositoryTest {
 protected:

@@ -25,28 +25,12 @@ TEST(Dvnbt, HelpAndEveryUsageErrorEndsWithTheHint) {
 
     // The program's own and each command's own; nothing is opened for any.
     for (auto args : std::vector<std::vector<std::string>>{
-             {},
-             {"--bogus", "ping"},
-             {"frobnicate"},
-             {"--db", "a.db", "--dsn", "x", "ping"},
-             {"ping", "--db", "a.db", "--dsn", "x"},
-             {"ping", "--db"},
-             {"--user", "a", "ping", "--user", "b"},
-             {"ping", "extra"},
-             {"init", "--force"},
-             {"schema-script"},
-             {"schema-script", "oracle"},
-             {"import"},
-             {"import", "--bogus", "f.trx"},
-             {"import", "a.trx", "b.trx"},
-             {"export", "Bogus"},
-             {"export", "--id", "X"},
-             {"export", "--deep", "Category"},
-             {"export", "--group", "roles", "Role"},
-             {"export", "--group", "nothing"},
-             {"export", "--server-kind", "pe", "Category"},
-             {"export", "-o"},
-             {"export", "--bogus"},
+             {}, {"--bogus", "ping"}, {"frobnicate"}, {"--db", "a.db", "--dsn", "x", "ping"}, {"ping", "--db"},
+             {"--user", "a", "ping", "--user", "b"}, {"ping", "extra"}, {"init", "--force"}, {"schema-script"},
+             {"schema-script", "oracle"}, {"import"}, {"import", "--bogus", "f.trx"}, {"import", "a.trx", "b.trx"},
+             {"export", "Bogus"}, {"export", "--id", "X"}, {"export", "--deep", "Category"},
+             {"export", "--group", "roles", "Role"}, {"export", "--group", "nothing"},
+             {"export", "--server-kind", "pe", "Category"}, {"export", "-o"}, {"export", "--bogus"},
          }) {
         CliResult r = RunDvnbt(args);
         EXPECT_EQ(r.status, 2) << testing::PrintToString(args);
@@ -67,9 +51,8 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabase) {
         // A file that is not there is not made, by ping nor by import: only init makes one.
         TrxFiles files;
         const std::string trx = files.Write("Category \"A\" {}\n");
-        for (const std::vector<std::string>& args : {std::vector<std::string>{"ping", "--db", DbFile()},
-                                                     std::vector<std::string>{"import", "--initial-load", "--db",
-                                                                              DbFile(), trx}}) {
+        using Args = std::vector<std::string>;
+        for (const Args& args : {Args{"ping", "--db", DbFile()}, Args{"import", "--initial-load", "--db", DbFile(), trx}}) {
             CliResult missing = RunDvnbt(args, noOdbc);
             EXPECT_EQ(missing.status, 1);
             EXPECT_EQ(missing.err, "dvnbt: database file " + DbFile() + " does not exist, so it holds no repository: "
@@ -87,8 +70,7 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabase) {
 
     // Without options the machine profile names the data source.
     ProfileFile profile("current = Work\n[Work]\nBTODBCDataSourceName = " + DataSource() + "\n");
-    CliResult viaProfile = RunDvnbt({"ping"});
-    EXPECT_EQ(viaProfile.status, 0) << viaProfile.err;
+    EXPECT_EQ(RunDvnbt({"ping"}).status, 0);
 
     CliResult noFolder = RunDvnbt({"--db", "/nonexistent/x.db", "ping"});
     EXPECT_EQ(noFolder.status, 1);
@@ -188,21 +170,14 @@ protected:
         const std::string what = testing::PrintToString(args);
         EXPECT_EQ(r.status, status) << what << "\n" << r.err;
         // A failed open traces the driver's error text.
-        if (status != 0) {
-            EXPECT_NE(trace.find("Exception In Open Database"), std::string::npos) << what << trace;
-        }
-        for (const std::string& secret : secrets) {
-            for (const std::string* where : {&r.out, &r.err, &trace}) {
-                if (!secret.empty()) {
-                    EXPECT_EQ(where->find(secret), std::string::npos) << what << "\n" << *where;
-                }
-            }
-        }
+        if (status != 0) EXPECT_NE(trace.find("Exception In Open Database"), std::string::npos) << what << trace;
+        for (const std::string& secret : secrets)
+            for (const std::string* where : {&r.out, &r.err, &trace})
+                if (!secret.empty()) EXPECT_EQ(where->find(secret), std::string::npos) << what << "\n" << *where;
         // A password that the connection got is shown as stars.
         const size_t pwd = r.out.find("PWD=");
-        if (pwd != std::string::npos && r.out.find_first_of(";\n", pwd) != pwd + 4) {
+        if (pwd != std::string::npos && r.out.find_first_of(";\n", pwd) != pwd + 4)
             EXPECT_EQ(r.out.substr(pwd, 12), "PWD=********") << r.out;
-        }
         return r;
     }
 
@@ -251,9 +226,9 @@ TEST_P(DvnbtSecrets, NoPasswordOfTheCommandLineOrTheProfileIsPrinted) {
     const std::string profiled = "Pr0fs3cret";
     ProfileFile profile("current = Work\n[Work]\nBTODBCDataSourceName = " + DataSource() + ";Password=" + profiled +
                         "\n");
-    for (const std::vector<std::string>& args :
-         {std::vector<std::string>{"--db-user", "postgres", "ping"},
-          std::vector<std::string>{"--db-user", "postgres", "import", "--initial-load", trx}}) {
+    using Args = std::vector<std::string>;
+    for (const Args& args : {Args{"--db-user", "postgres", "ping"},
+                             Args{"--db-user", "postgres", "import", "--initial-load", trx}}) {
         Expect(0, args, env, {secret, profiled});
         EXPECT_NE(trace.find("open database with userid: postgres and password: ********\n"), std::string::npos)
             << trace;

@@ -5,10 +5,6 @@
 // byte; so are those of the process corpus and of the example.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 #include "importtest.h"
 
 namespace {
@@ -40,10 +36,9 @@ TEST_P(DvnbtRoundTrip, TeamProgramsListsAndToolSetsGoRoundUnchanged) {
     // again: each export is the first. A role and a category that an earlier
     // import stored come first in the table, not in the alphabet; names in
     // both cases fold to user ids in another order than the file's.
-    std::stringstream model;
-    model << std::ifstream(std::string(DVN_SOURCE_DIR) + "/tests/dvnbt/roundtrip-model.trx").rdbuf();
-    ASSERT_NE(model.str().find("ToolSet \"Bare\""), std::string::npos);
-    const CliResult first = Trip(model.str(), FreshFile(), "Role \"Testers\";\nCategory \"Tools\";\n");
+    const std::string model = ReadData("roundtrip-model.trx");
+    ASSERT_NE(model.find("ToolSet \"Bare\""), std::string::npos);
+    const CliResult first = Trip(model, FreshFile(), "Role \"Testers\";\nCategory \"Tools\";\n");
     const CliResult second = Trip(first.out);
     EXPECT_EQ(second.out, first.out);
     const CliResult third = Trip(second.out, FreshFile());
