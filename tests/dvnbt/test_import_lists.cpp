@@ -83,13 +83,10 @@ TEST_P(ImportLists, ListsTakeTypeOwnerAndSettingsAndAnUpdateKeepsOnlyTheSettings
 }
 
 TEST_P(ImportLists, AToolSetGetsDefaultIconsAndItsIconsByNameWithTheFlagOfTheLastKind) {
-    CliResult first = Expect(0,
-                             "ToolSet \"Bare\" {}\n"
-                             "ToolSet \"Full\" { Description = \"Editor\"; DefaultProcessActivityIcon = \"proc\";\n"
-                             "  DefaultProgramActivityIcon = \"prog\";\n"
-                             "  ProcessActivityIcons [ \"a\" \"shared\" ] InfoActivityIcons [ \"i\" ]\n"
-                             "  ProgramActivityIcons [ \"shared\" \"b\" ] }\n",
-                             {Line(51037, "Full")});
+    CliResult first = Expect(0, "ToolSet \"Bare\" {}\nToolSet \"Full\" { Description = \"Editor\"; "
+                                "DefaultProcessActivityIcon = \"proc\"; DefaultProgramActivityIcon = \"prog\";\n"
+                                "  ProcessActivityIcons [ \"a\" \"shared\" ] InfoActivityIcons [ \"i\" ]\n"
+                                "  ProgramActivityIcons [ \"shared\" \"b\" ] }\n", {Line(51037, "Full")});
     EXPECT_NE(first.out.find("Tool Set Full...\n"), std::string::npos) << first.out;
     EXPECT_EQ(ToolSets(), (Lines{"Bare|dvnbprca|dvnbblka|dvnbbnda|dvnbinfa|dvnbprga|0|<null>",
                                  "Full|proc|dvnbblka|dvnbbnda|dvnbinfa|prog|0|Editor"}));
@@ -144,8 +141,8 @@ TEST_P(ImportLists, ToolSetNamesAndIconsWithQuotesAreFoundAgain) {
     EXPECT_EQ(Count(failed.err, "\n51368: "), 1u) << failed.err;
     EXPECT_EQ(Missing(failed, {Line(51037, "Wide")}), "");
     EXPECT_EQ(Rows("SELECT NAME FROM DVBT.TOOL_SET_ICONS WHERE TOOL_SET_NAME = 'Wide'"), (Lines{"ok"}));
-    Exec("DELETE FROM DVBT.TOOL_SET_ICONS WHERE TOOL_SET_NAME = 'Wide'");
-    Exec("DELETE FROM DVBT.TOOL_SET_DEFAULT WHERE NAME = 'Wide'");
+    ExecAll(Db(), {"DELETE FROM DVBT.TOOL_SET_ICONS WHERE TOOL_SET_NAME = 'Wide'",
+                   "DELETE FROM DVBT.TOOL_SET_DEFAULT WHERE NAME = 'Wide'"});
 
     // Deleted for good by a name with a quote, icons and all, and only its own.
     Expect(0, "delete ToolSet \"O'Brien's\";\n", {});

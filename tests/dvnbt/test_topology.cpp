@@ -145,8 +145,7 @@ TEST_P(Topology, ASystemOverridesItsGroupAndEachReadingStoresItsForm) {
 }
 
 TEST_P(Topology, AutonomyIsAllFourABitSetOrNothing) {
-    ASSERT_EQ(Import(kBase).status, 0);
-    std::string file;
+    std::string file = kBase;
     for (const char* value : {"15", "5", "0", "9", ""}) {
         std::string name = std::string("A") + (*value ? value : "none");
         file += "System \"" + name + "\" { SystemIdentifier = " + std::to_string(file.size() + 1) +
@@ -194,8 +193,7 @@ TEST_P(Topology, NamesAreKeptToEightCharactersAndLinksFallBack) {
                    "ON q.QUEUE_MANAGER_ID = s.QUEUE_MANAGER ORDER BY s.NAME"),
               (Lines{"DVNSYSTE|SYS_GROU|Default Node|Default Queue Manager|5",
                      "PLAIN|SYS_GROU|Default Node|Default Queue Manager|6"}));
-    EXPECT_EQ(Rows("SELECT NAME, PARENT_SYSTEM_GRP, CHECKED_OUT FROM DVBT.SYSTEM_GROUP"),
-              (Lines{"SYS_GROU|<null>|0"}));
+    EXPECT_EQ(Rows("SELECT NAME, PARENT_SYSTEM_GRP, CHECKED_OUT FROM DVBT.SYSTEM_GROUP"), (Lines{"SYS_GROU|<null>|0"}));
 }
 
 TEST_P(Topology, WithoutADomainOrGroupNothingIsWritten) {
@@ -207,26 +205,21 @@ TEST_P(Topology, WithoutADomainOrGroupNothingIsWritten) {
 }
 
 TEST_P(Topology, OneSystemIsPrimaryAndEachHasANumberNoOtherHas) {
-    ASSERT_EQ(Import(kBase).status, 0);
     // No "PrimarySystem" in an empty table: no primary system.
-    ASSERT_EQ(Import("System \"NONE\" { SystemIdentifier = 1; }\n").status, 0);
+    Expect(0, kBase + std::string("System \"NONE\" { SystemIdentifier = 1; }\n"), {});
     // The first that says so becomes primary; a second one is told which
     // system is; the primary one stays primary when it says otherwise.
-    Expect(0,
-           "System \"A\" { SystemIdentifier = 2; PrimarySystem = true; }\n"
-           "System \"B\" { SystemIdentifier = 3; PrimarySystem = true; }\n",
-           {Line(51173, "A", "B")});
+    Expect(0, "System \"A\" { SystemIdentifier = 2; PrimarySystem = true; }\n"
+              "System \"B\" { SystemIdentifier = 3; PrimarySystem = true; }\n", {Line(51173, "A", "B")});
     Expect(0, "System \"A\" { SystemIdentifier = 2; PrimarySystem = false; }\n", {Line(51174, "A")});
-    EXPECT_EQ(Rows("SELECT NAME, PRIMARY_SYSTEM FROM DVBT.SYSTEM ORDER BY NAME"),
-              (Lines{"A|1", "B|0", "NONE|0"}));
+    EXPECT_EQ(Rows("SELECT NAME, PRIMARY_SYSTEM FROM DVBT.SYSTEM ORDER BY NAME"), (Lines{"A|1", "B|0", "NONE|0"}));
 
     // A new system whose number another holds: refused, nothing written.
     Expect(4, "System \"C\" { SystemIdentifier = 2; }\n", {Line(51371, "C"), Line(51321, "C")});
     EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.SYSTEM WHERE NAME = 'C'"), "0");
     EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.SYSTEM_PRC_ATTR"), "3");
     // Nor may an existing one take it.
-    CliResult moved = Import("System \"B\" { SystemIdentifier = 2; }\n");
-    EXPECT_EQ(Missing(moved, {Line(51371, "B"), Line(51353, "B")}), "");
+    EXPECT_EQ(Missing(Import("System \"B\" { SystemIdentifier = 2; }\n"), {Line(51371, "B"), Line(51353, "B")}), "");
     EXPECT_EQ(Value("SELECT SYSTEM_IDENTIFIER FROM DVBT.SYSTEM WHERE NAME = 'B'"), "3");
 
     // Without a number: a draw no other system holds, also in a second
