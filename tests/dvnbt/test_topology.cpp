@@ -165,7 +165,13 @@ TEST_P(Topology, AutonomyIsAllFourABitSetOrNothing) {
               (Lines{"0|0|0|1|1"}));
 }
 
-TEST_P(Topology, NamesAreKeptToEightCharactersAndLinksFallBack) {
+TEST_P(Topology, NothingIsWrittenWithoutADomainOrGroupAndNamesAreKeptToEightCharacters) {
+    // No domain: the group cannot be written; no group: the system neither.
+    Expect(4, "SystemGroup \"SYS_GRP\" {}\nSystem \"DVNSYS\" { SystemIdentifier = 1; }\n",
+           {Line(51320, "SYS_GRP"), Line(51321, "DVNSYS")});
+    for (const char* table : {"SYSTEM_GROUP", "SYSTEM", "SYSTEMGRP_SVR_ATTR", "SYSTEM_SVR_ATTR"})
+        EXPECT_EQ(Value(std::string("SELECT COUNT(*) FROM DVBT.") + table), "0") << table;
+
     // A group and a system of nine characters: reported, and found again
     // by their first eight on a second import.
     const std::string file =
@@ -194,14 +200,6 @@ TEST_P(Topology, NamesAreKeptToEightCharactersAndLinksFallBack) {
               (Lines{"DVNSYSTE|SYS_GROU|Default Node|Default Queue Manager|5",
                      "PLAIN|SYS_GROU|Default Node|Default Queue Manager|6"}));
     EXPECT_EQ(Rows("SELECT NAME, PARENT_SYSTEM_GRP, CHECKED_OUT FROM DVBT.SYSTEM_GROUP"), (Lines{"SYS_GROU|<null>|0"}));
-}
-
-TEST_P(Topology, WithoutADomainOrGroupNothingIsWritten) {
-    // No domain: the group cannot be written; no group: the system neither.
-    Expect(4, "SystemGroup \"SYS_GRP\" {}\nSystem \"DVNSYS\" { SystemIdentifier = 1; }\n",
-           {Line(51320, "SYS_GRP"), Line(51321, "DVNSYS")});
-    for (const char* table : {"SYSTEM_GROUP", "SYSTEM", "SYSTEMGRP_SVR_ATTR", "SYSTEM_SVR_ATTR"})
-        EXPECT_EQ(Value(std::string("SELECT COUNT(*) FROM DVBT.") + table), "0") << table;
 }
 
 TEST_P(Topology, OneSystemIsPrimaryAndEachHasANumberNoOtherHas) {
