@@ -8,6 +8,7 @@
 // For each, deletions under both source options and held rows.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <tuple>
 
 #include "importtest.h"
@@ -238,16 +239,14 @@ TEST_P(Topology, ASystemInUseStaysUnderEitherSourceOptionAndOneNotInUseGoesWithI
         systems += "System \"" + std::string(name) + "\" { SystemIdentifier = " + std::to_string(systems.size()) +
                    (std::string(name) == "PRIM" ? "; PrimarySystem = true; }\n" : "; }\n");
     Expect(0, systems, {});
-    auto key = [&](const char* name) { return Value(std::string("SELECT SYSTEM_ID FROM DVBT.SYSTEM WHERE NAME = '") +
-                                                    name + "'"); };
+    auto key = [&](const std::string& name) { return Value("SELECT SYSTEM_ID FROM DVBT.SYSTEM WHERE NAME = '" + name + "'"); };
     AddPerson(Db(), {.id = "P1", .userId = "CLERK", .systemGroup = "G", .password = "pw", .mark = 4});
-    ExecAll(Db(), {("UPDATE DVBT.PERSON SET SYSTEM = '" + key("PERS") + "'").c_str(),
-                   ("INSERT INTO DVBT.EXECUTION_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('E1', 'EXE', '" +
-                    key("EXEC") + "', 4)").c_str(),
-                   ("INSERT INTO DVBT.PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('E2', 'PE1', '" +
-                    key("PES") + "', 0)").c_str(),
-                   ("INSERT INTO DVBT.USER_PE_SERVER (SERVER_ID, NAME, SYSTEM, CHECKED_OUT) VALUES ('E3', 'UP1', '" +
-                    key("UPES") + "', 0)").c_str()});
+    ExecAll(Db(), {("UPDATE DVBT.PERSON SET SYSTEM = '" + key("PERS") + "'").c_str()});
+    for (const auto& [table, values, system] : std::vector<std::array<std::string, 3>>{
+             {"EXECUTION_SERVER", "'E1', 'EXE', 4", "EXEC"}, {"PE_SERVER", "'E2', 'PE1', 0", "PES"},
+             {"USER_PE_SERVER", "'E3', 'UP1', 0", "UPES"}})
+        ExecAll(Db(), {("INSERT INTO DVBT." + table + " (SERVER_ID, NAME, CHECKED_OUT, SYSTEM) VALUES (" + values +
+                        ", '" + key(system) + "')").c_str()});
     const std::string deletions = "delete System \"PRIM\";\ndelete System \"PERS\";\ndelete System \"EXEC\";\n"
                                   "delete System \"PES\";\ndelete System \"UPES\";\n";
     // Marking: the tombstoned execution server no longer holds its system.
@@ -439,8 +438,7 @@ const std::string kSystems = std::string(kBase) + "System \"ASYS\" { SystemIdent
                              "System \"DVNSYS\" { SystemIdentifier = 1; }\nSystem \"SYS2\" { SystemIdentifier = 2; }\n" +
                              "System \"SYS3\" { SystemIdentifier = 3; }\n";
 
-// One server of every kind in DVNSYS, each column given.
-const std::string kEveryKind = ReadData("servers.trx");
+const std::string kServers = ReadData("servers.trx");
 
 class Servers : public DvnbtImportTest {
 protected:
@@ -453,16 +451,10 @@ protected:
 
 TEST_P(Servers, EveryKindKeepsItsColumnsAndFindsItsSystem) {
     ASSERT_EQ(Import(kSystems).status, 0);
-    // A system by link, by the full name, not found, not named; a kind that
-    // is not known; a name of nine characters.
-    const std::string more =
-        "Server \"LNK.NOPE.SYS_GRP\" { Type = 4; ServerIsInSystem -> \"SYS2\"; }\n"
-        "Server \"FQN.SYS2\" { Type = 4; }\n"
-        "Server \"LOST.NOWHERE.SYS_GRP\" { Type = 4; }\n"
-        "Server \"PLAIN\" { Type = 4; }\n"
-        "Server \"WHAT.DVNSYS\" { Type = 9; }\n"
-        "Server \"EXECUTION9.DVNSYS\" { Type = 3; }\n";
-    Expect(4, kEveryKind + more,
+    // servers.trx: one server of every kind in DVNSYS, each column given;
+    // then a system by link, by the full name, not found, not named; a kind
+    // that is not known; a name of nine characters.
+    Expect(4, kServers,
            {Line(51031, "CLN"), Line(51032, "DST"), Line(51033, "EXE"), Line(51034, "GW"), Line(51035, "MOD"),
             Line(51036, "SCH"), Line(51133, "PES1"), Line(51193, "UP1"), Line(51103, "NOWHERE"),
             Line(51920, "WHAT.DVNSYS", "9"), Line(51126, "EXECUTION9"), Line(51033, "EXECUTIO")});
@@ -492,7 +484,7 @@ TEST_P(Servers, EveryKindKeepsItsColumnsAndFindsItsSystem) {
               (Lines{"UP1|DVNSYS|1|<null>|PQ|QM|4|2|2"}));
 
     // Again: each row found, the cut name too.
-    EXPECT_EQ(Missing(Import(kEveryKind + more),
+    EXPECT_EQ(Missing(Import(kServers),
                       {Line(51063, "CLN"), Line(51065, "EXECUTIO"), Line(51134, "PES1"), Line(51197, "UP1")}),
               "");
     EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.EXECUTION_SERVER"), "2");
