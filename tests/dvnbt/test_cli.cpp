@@ -78,7 +78,7 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabase) {
         << noFolder.err;
 }
 
-TEST_P(DvnbtDb, ImportSaysOnceWhyItCannotStartAndStoresNothing) {
+TEST_P(DvnbtDb, ImportSaysOnceWhyItCannotStartUntilInitMakesTheRepository) {
     TrxFiles files;
     const std::string trx = files.Write("Category \"Sales\" {}\n");
     const std::string hint = IsPostgres() ? "'dvnbt --dsn \"" + DataSource() + "\" init'" : "'dvnbt --db " + DbFile() + " init'";
@@ -99,6 +99,25 @@ TEST_P(DvnbtDb, ImportSaysOnceWhyItCannotStartAndStoresNothing) {
     EXPECT_NE(import.err.find("dvnbt: cannot open data source " + away + ": "), std::string::npos) << import.err;
     EXPECT_GT(import.err.size(), ("dvnbt: cannot open data source " + away + ": \n").size()) << import.err;
     EXPECT_EQ(DvnSchema::ExistingTables(Db()).size(), 0u);
+
+    // init makes the repository, refuses a second time, and recreates when asked.
+    CliResult first = RunDvnbt(DvnbtArgs({"init"}));
+    ASSERT_EQ(first.status, 0) << first.err;
+    EXPECT_EQ(first.out.rfind("Created the repository schema", 0), 0u) << first.out;
+    ExecAll(Db(), {"INSERT INTO DVBT.CATEGORY (CATID, NAME, CHECKED_OUT) VALUES ('C1', 'Kept', 0)"});
+
+    CliResult second = RunDvnbt(DvnbtArgs({"init"}));
+    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.out, "");
+    EXPECT_EQ(second.err.rfind("dvnbt: The repository schema exists already", 0), 0u) << second.err;
+    EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.CATEGORY"), "Kept");
+
+    // A repository without persons needs no login to be replaced.
+    CliResult again = RunDvnbt(DvnbtArgs({"init", "--recreate"}));
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_EQ(again.out.rfind("Dropping the existing repository schema", 0), 0u) << again.out;
+    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.CATEGORY"), "0");
+    EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.DATA_STRUCTURE"), "Default Data Structure");
 }
 
 TEST_P(DvnbtDb, AReadOnlyRepositoryFileGivesOneErrorAndNoFailurePerObject) {
@@ -129,25 +148,6 @@ TEST_P(DvnbtDb, AReadOnlyRepositoryFileGivesOneErrorAndNoFailurePerObject) {
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.CATEGORY"), "0");
 }
 
-TEST_P(DvnbtDb, InitCreatesRefusesASecondTimeAndRecreatesWhenAsked) {
-    CliResult first = RunDvnbt(DvnbtArgs({"init"}));
-    ASSERT_EQ(first.status, 0) << first.err;
-    EXPECT_EQ(first.out.rfind("Created the repository schema", 0), 0u) << first.out;
-    ExecAll(Db(), {"INSERT INTO DVBT.CATEGORY (CATID, NAME, CHECKED_OUT) VALUES ('C1', 'Kept', 0)"});
-
-    CliResult second = RunDvnbt(DvnbtArgs({"init"}));
-    EXPECT_EQ(second.status, 1);
-    EXPECT_EQ(second.out, "");
-    EXPECT_EQ(second.err.rfind("dvnbt: The repository schema exists already", 0), 0u) << second.err;
-    EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.CATEGORY"), "Kept");
-
-    // A repository without persons needs no login to be replaced.
-    CliResult again = RunDvnbt(DvnbtArgs({"init", "--recreate"}));
-    EXPECT_EQ(again.status, 0) << again.err;
-    EXPECT_EQ(again.out.rfind("Dropping the existing repository schema", 0), 0u) << again.out;
-    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.CATEGORY"), "0");
-    EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.DATA_STRUCTURE"), "Default Data Structure");
-}
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtDb);
 
@@ -187,7 +187,7 @@ protected:
     int runs = 0;
 };
 
-TEST_P(DvnbtSecrets, NoPasswordInTheDataSourceIsPrintedWhateverItsSpelling) {
+TEST_P(DvnbtSecrets, NoPasswordOfTheDataSourceTheCommandLineOrTheProfileIsPrinted) {
     const std::string trx = files.Write("Category \"Claims\" {}\n");
     int n = 0;
     for (const std::string spelling : {"PWD=", "pwd=", "Password=", "PASSWORD="}) {
@@ -212,10 +212,7 @@ TEST_P(DvnbtSecrets, NoPasswordInTheDataSourceIsPrintedWhateverItsSpelling) {
         }
     }
     EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.CATEGORY"), "Claims");
-}
 
-TEST_P(DvnbtSecrets, NoPasswordOfTheCommandLineOrTheProfileIsPrinted) {
-    const std::string trx = files.Write("Category \"Claims\" {}\n");
     const std::string secret = "Kx9dbs3cret";
     const std::vector<std::string> env{"DVNBT_DB_PASSWORD=" + secret};
     // --db-user with the password from the environment, on a data source
