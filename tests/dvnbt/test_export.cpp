@@ -12,14 +12,7 @@ namespace {
 
 const std::string kCorpus = ReadData("corpus.trx");
 
-class DvnbtExport : public DvnbtImportTest {
-protected:
-    // dvnbt on this test's database, logged in as user (password "pw") when given.
-    CliResult Run(std::vector<std::string> args, const std::string& user = "") {
-        if (!user.empty()) args.insert(args.begin(), {"--user", user});
-        return RunDvnbt(DvnbtArgs(args), {"DVNBT_PASSWORD=pw"});
-    }
-};
+using DvnbtExport = DvnbtImportTest;
 
 TEST_P(DvnbtExport, CategoriesAndStructuresGoRoundUnchanged) {
     // From a fresh SQLite file into this database (PostgreSQL in its run):

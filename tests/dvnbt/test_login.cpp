@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "dvnfcorn.h"
+#include "importtest.h"
 #include "repositorydb.h"
 #include "testenv.h"
 
@@ -144,19 +145,17 @@ TEST_P(DvnbtLogin, ThePasswordPromptHidesWhatIsTypedAndAlwaysRestoresTheEcho) {
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtLogin);
 
-class DvnbtTeam : public RepositoryTest {
+class DvnbtTeam : public DvnbtImportTest {
 protected:
     // dvnbt import, logged in as user with password when user is given.
-    CliResult Import(std::vector<std::string> args, const std::string& user = "", const std::string& password = "") {
+    CliResult Import(Lines args, const std::string& user = "", const std::string& password = "") {
         args.insert(args.begin(), "import");
-        if (!user.empty()) args.insert(args.begin(), {"--user", user});
-        return RunDvnbt(DvnbtArgs(args), {"DVNBT_PASSWORD=" + password});
+        return Run(args, user, password);
     }
     // Whether the refusal of the kind, as dvnbt prints it, is on standard error.
     static bool Refused(const CliResult& r, long number, const char* kind) {
         return r.err.find(DvnfMessageHandler::Format(number, DvnString(kind)).str() + "\n") != std::string::npos;
     }
-    TrxFiles files;
 };
 
 TEST_P(DvnbtTeam, ThePersonsOfTheInitialLoadLogInWithTheirPasswordsAndRights) {
