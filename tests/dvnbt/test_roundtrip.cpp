@@ -85,7 +85,8 @@ TEST_P(DvnbtRoundTrip, TheProcessCorpusGoesRoundUnchanged) {
     const CliResult first = Corpus({{folder + "definitions.trx", 0}, {folder + "diagram.trx", 3},
                                     {folder + "staff.trx", 3}, {folder + "differences.trx", 3}},
                                    0);
-    EXPECT_EQ(Missing(first, {"Process: 4\n", "Server: 1\n", "System: 2\n", "Person: 3\n", "DataStructure: 3\n", "Program: 2\n"}),
+    EXPECT_EQ(Missing(first, {"Process: 4\n", "Server: 1\n", "System: 2\n", "Person: 3\n", "DataStructure: 3\n",
+                              "Program: 2\n"}),
               "");
     // The program activities' server is the one the definitions stored, and
     // an annotation stored without a text comes back without one.

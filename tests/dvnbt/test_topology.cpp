@@ -99,8 +99,8 @@ TEST_P(Topology, TheDomainHoldsEveryDefaultAndTheGroupNullsAndEachIsTheOnlyOneOf
               (Lines{"SYS_GRP|0", "domain|0"}));
 
     // Overwrite off leaves the group and its settings as they are.
-    Expect(0, "SystemGroup \"SYS_GRP\" { OperationDefault { MessageRetryLimit = 7; } ProgramDefault { Trusted = false; } }\n",
-           {Line(51088, "SYS_GRP")}, {"--no-overwrite"});
+    Expect(0, "SystemGroup \"SYS_GRP\" { OperationDefault { MessageRetryLimit = 7; } "
+              "ProgramDefault { Trusted = false; } }\n", {Line(51088, "SYS_GRP")}, {"--no-overwrite"});
     EXPECT_EQ(Value("SELECT MSG_RETRY_LIMIT FROM DVBT.SYSTEM_GROUP"), "<null>");
     EXPECT_EQ(Settings("SYSTEMGRP_PRG_ATTR", "SYSTEM_GROUP", "SYSTEM_GROUP_ID", "SYS_GRP"), (Lines{Nulls(8)}));
 }
@@ -110,7 +110,8 @@ TEST_P(Topology, ASystemOverridesItsGroupAndEachReadingStoresItsForm) {
     const std::string settings = ReadData("settings.trx");
     // A "Type" of 3 is not known: a warning, and the column as if not given.
     Expect(3,
-           "Domain \"domain\" { " + settings + " }\nSystemGroup \"SYS_GRP\" { OperationDefault { MessageRetryLimit = 7; } }\n" +
+           "Domain \"domain\" { " + settings + " }\n" +
+               "SystemGroup \"SYS_GRP\" { OperationDefault { MessageRetryLimit = 7; } }\n" +
                "System \"DVNSYS\" { SystemIdentifier = 17; SystemIsInSystemGroup -> \"SYS_GRP\"; " + settings + " }\n",
            {Line(51910, "domain", "OperationDefault.MessageRetainPeriod.Type", "3"),
             Line(51910, "DVNSYS", "OperationDefault.MessageRetainPeriod.Type", "3")});
@@ -239,7 +240,9 @@ TEST_P(Topology, ASystemInUseStaysUnderEitherSourceOptionAndOneNotInUseGoesWithI
         systems += "System \"" + std::string(name) + "\" { SystemIdentifier = " + std::to_string(systems.size()) +
                    (std::string(name) == "PRIM" ? "; PrimarySystem = true; }\n" : "; }\n");
     Expect(0, systems, {});
-    auto key = [&](const std::string& name) { return Value("SELECT SYSTEM_ID FROM DVBT.SYSTEM WHERE NAME = '" + name + "'"); };
+    auto key = [&](const std::string& name) {
+        return Value("SELECT SYSTEM_ID FROM DVBT.SYSTEM WHERE NAME = '" + name + "'");
+    };
     AddPerson(Db(), {.id = "P1", .userId = "CLERK", .systemGroup = "G", .password = "pw", .mark = 4});
     ExecAll(Db(), {("UPDATE DVBT.PERSON SET SYSTEM = '" + key("PERS") + "'").c_str()});
     for (const auto& [table, values, system] : std::vector<std::array<std::string, 3>>{
@@ -315,8 +318,8 @@ TEST_P(NodesImport, NoTwoQueueManagersShareANameButTheDefaultStandsInNoOnesWay) 
 
     // A queue manager without "Name" takes DVNQM all the same; its node by
     // the link; a table with a row gets no further default.
-    Expect(0, "Node \"Default Node\" {}\nQueueManager \"QM1\" { System = 1; QueueManagerRunsOnNode -> \"Default Node\"; }\n",
-           {Line(51026, "QM1")});
+    Expect(0, "Node \"Default Node\" {}\n"
+              "QueueManager \"QM1\" { System = 1; QueueManagerRunsOnNode -> \"Default Node\"; }\n", {Line(51026, "QM1")});
     ASSERT_EQ(Import(kBase).status, 0);
     EXPECT_EQ(Rows("SELECT q.NAME, n.NAME, q.SYSTEM_SEL, q.QUEUE_MANAGER_NAME FROM DVBT.QUEUE_MANAGER q "
                    "LEFT JOIN DVBT.NODE n ON n.NODE_ID = q.NODE ORDER BY q.NAME"),
@@ -343,7 +346,8 @@ TEST_P(NodesImport, NoTwoQueueManagersShareANameButTheDefaultStandsInNoOnesWay) 
     ExecAll(Db(), {"DELETE FROM DVBT.NODE", "DELETE FROM DVBT.QUEUE_MANAGER"});
     for (const char* row : {"'00A', 'GONE', 4", "'00C', 'LATER', 0", "'00B', 'FIRST', 0"})
         for (const char* table : {"NODE (NODE_ID", "QUEUE_MANAGER (QUEUE_MANAGER_ID"})
-            ExecAll(Db(), {(std::string("INSERT INTO DVBT.") + table + ", NAME, CHECKED_OUT) VALUES (" + row + ")").c_str()});
+            ExecAll(Db(),
+                    {(std::string("INSERT INTO DVBT.") + table + ", NAME, CHECKED_OUT) VALUES (" + row + ")").c_str()});
     Expect(3, std::string(kBase) + "Node \"N9\" {}\nQueueManager \"QM9\" { Name = \"MQ9\"; " +
                   "QueueManagerRunsOnNode -> \"Nowhere\"; }\nSystem \"S9\" {}\n", {});
     EXPECT_EQ(Rows("SELECT NODE FROM DVBT.QUEUE_MANAGER WHERE NAME = 'QM9' UNION ALL "
@@ -352,9 +356,11 @@ TEST_P(NodesImport, NoTwoQueueManagersShareANameButTheDefaultStandsInNoOnesWay) 
 }
 
 TEST_P(NodesImport, AQueueManagerInUseStaysAndATombstoneChangesOnlyTheMark) {
-    Expect(0, std::string(kBase) + "Node \"Default Node\" {}\nQueueManager \"USED\" { Name = \"MQU\"; Description = \"used\"; }\n" +
-                  "QueueManager \"FREE\" { Name = \"MQF\"; Description = \"free\"; QueueManagerRunsOnNode -> \"Default Node\"; }\n" +
-                  "System \"S1\" { SystemHasQueueManager -> \"USED\"; }\n", {});
+    Expect(0, std::string(kBase) + "Node \"Default Node\" {}\n" +
+                  "QueueManager \"USED\" { Name = \"MQU\"; Description = \"used\"; }\n" +
+                  "QueueManager \"FREE\" { Name = \"MQF\"; Description = \"free\"; " +
+                  "QueueManagerRunsOnNode -> \"Default Node\"; }\nSystem \"S1\" { SystemHasQueueManager -> \"USED\"; }\n",
+           {});
     const std::string deletions = "delete QueueManager \"USED\";\ndelete QueueManager \"FREE\";\n";
     Expect(3, deletions + "delete QueueManager \"NONE\";\n",
            {Line(51256, "USED", "S1"), Line(51058, "FREE"), Line(51273, "DELETE QUEUE_MANAGER NONE")},
@@ -387,7 +393,8 @@ TEST_P(NodesImport, AnAgentBelongsToOnePersonAndIsFoundByItEvenWhenThePersonIsGo
     // mode 1. (A file that names a person it does not define warns: 52009.)
     CliResult added = Expect(3, "PEAgent \"alice\" { PEAHasPerson -> \"alice\"; Description = \"d\"; PEADefault { "
                                 "TaskingMode = 1; MaximumTasksStarted = 5; DllLoadMode = 0; MaximumDllsLoaded = 7; "
-                                "SupportMode = 1; } }\nPEAgent \"BOB\" { PEAHasPerson -> \"BOB\"; PEADefault { TaskingMode = 5; } }\n",
+                                "SupportMode = 1; } }\n"
+                                "PEAgent \"BOB\" { PEAHasPerson -> \"BOB\"; PEADefault { TaskingMode = 5; } }\n",
                              {Line(51029, "alice"), Line(51029, "BOB")});
     EXPECT_NE(added.out.find("PE_AGENT alice...\n"), std::string::npos) << added.out;
     EXPECT_EQ(Rows(columns + " ORDER BY NAME"), (Lines{"ALICE|P1|2|5|3|<null>|2|0|d", "BOB|P2|<null>|<null>|<null>|<null>|<null>|0|<null>"}));
@@ -539,7 +546,8 @@ TEST_P(Servers, ChecksBeforeAnInsertAndWarningsReachTheCaller) {
 
 TEST_P(Servers, ASystemGoesWithItsServersAndAServerInUseStays) {
     ASSERT_EQ(Import(kSystems).status, 0);
-    Expect(0, "Server \"EXE.DVNSYS\" { Type = 3; ServerDefault { ExecutionServer { NavigationTransactionThreshold = 7; } } }\n"
+    Expect(0, "Server \"EXE.DVNSYS\" { Type = 3; ServerDefault { ExecutionServer { "
+              "NavigationTransactionThreshold = 7; } } }\n"
               "Server \"PES1.DVNSYS\" { Type = 7; }\nServer \"UP1.DVNSYS\" { Type = 8; }\n"
               "Server \"GW.DVNSYS\" { Type = 4; }\nServer \"PES2.SYS2\" { Type = 7; }\n", {});
     // An activity holds the key of PES2.
@@ -571,7 +579,8 @@ TEST_P(Servers, ASystemGoesWithItsServersAndAServerInUseStays) {
     CliResult clean = Expect(3, deletions, {Line(51231, "EXE"), Line(51235, "PES1"), Line(51236, "UP1"),
                                             Line(51261, "GW"), Line(51223, "DVNSYS"), Line(51267, "PES2")});
     EXPECT_EQ(clean.err.find("51273"), clean.err.rfind("51273")) << clean.err;
-    EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.EXECUTION_SERVER") + Value("SELECT COUNT(*) FROM DVBT.USER_PE_SERVER"), "00");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.EXECUTION_SERVER") + Value("SELECT COUNT(*) FROM DVBT.USER_PE_SERVER"),
+              "00");
     EXPECT_EQ(InSystems("PE_SERVER"), (Lines{"PES2|SYS2|0"}));
     EXPECT_EQ(InSystems("GATEWAY_SERVER"), (Lines{"GW|<null>|0"}));
     EXPECT_EQ(Value("SELECT COUNT(*) FROM DVBT.SYSTEM WHERE NAME = 'DVNSYS'"), "0");
