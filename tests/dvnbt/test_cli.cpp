@@ -148,7 +148,6 @@ TEST_P(DvnbtDb, AReadOnlyRepositoryFileGivesOneErrorAndNoFailurePerObject) {
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.CATEGORY"), "0");
 }
 
-
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtDb);
 
 // No database password reaches what dvnbt prints or traces, whatever its
@@ -274,6 +273,5 @@ TEST_P(DvnbtSecrets, TheDatabasePasswordReachesEveryConnection) {
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtSecrets);
-
 
 }  // namespace
