@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -11,20 +13,34 @@
 #include "repositorydb.h"
 #include "testenv.h"
 
+// The text of a file; of one under tests/data/dvnbt/.
+inline std::string ReadFile(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+inline std::string ReadData(const std::string& name) {
+    return ReadFile(std::string(DVN_SOURCE_DIR) + "/tests/data/dvnbt/" + name);
+}
+
 class DvnbtImportTest : public RepositoryTest {
 protected:
     using Lines = std::vector<std::string>;
 
+    // dvnbt on this test's database, logged in as `user` with the password when a user is given.
+    CliResult Run(Lines args, const std::string& user = "", const std::string& password = "pw") {
+        if (!user.empty()) args.insert(args.begin(), {"--user", user});
+        return RunDvnbt(DvnbtArgs(args), {"DVNBT_PASSWORD=" + password});
+    }
     // dvnbt import of the text with the options: logged in as `user`, or
     // else as `importer`, with the password "pw"; an initial load when
     // neither is set.
-    CliResult Import(const std::string& text, std::vector<std::string> options = {}, std::string user = "") {
+    CliResult Import(const std::string& text, Lines options = {}, std::string user = "") {
         if (user.empty()) user = importer;
-        std::vector<std::string> args =
-            user.empty() ? std::vector<std::string>{"import", "--initial-load"} : Lines{"--user", user, "import"};
-        args.insert(args.end(), options.begin(), options.end());
-        args.push_back(files.Write(text));
-        return RunDvnbt(DvnbtArgs(args), {"DVNBT_PASSWORD=pw"});
+        const Lines command = user.empty() ? Lines{"import", "--initial-load"} : Lines{"import"};
+        options.insert(options.begin(), command.begin(), command.end());
+        options.push_back(files.Write(text));
+        return Run(options, user);
     }
     // Import(text, options) that ends with the status and puts each line on standard error.
     CliResult Expect(int status, const std::string& text, const Lines& lines, std::vector<std::string> options = {}) {

@@ -25,28 +25,12 @@ TEST(Dvnbt, HelpAndEveryUsageErrorEndsWithTheHint) {
 
     // The program's own and each command's own; nothing is opened for any.
     for (auto args : std::vector<std::vector<std::string>>{
-             {},
-             {"--bogus", "ping"},
-             {"frobnicate"},
-             {"--db", "a.db", "--dsn", "x", "ping"},
-             {"ping", "--db", "a.db", "--dsn", "x"},
-             {"ping", "--db"},
-             {"--user", "a", "ping", "--user", "b"},
-             {"ping", "extra"},
-             {"init", "--force"},
-             {"schema-script"},
-             {"schema-script", "oracle"},
-             {"import"},
-             {"import", "--bogus", "f.trx"},
-             {"import", "a.trx", "b.trx"},
-             {"export", "Bogus"},
-             {"export", "--id", "X"},
-             {"export", "--deep", "Category"},
-             {"export", "--group", "roles", "Role"},
-             {"export", "--group", "nothing"},
-             {"export", "--server-kind", "pe", "Category"},
-             {"export", "-o"},
-             {"export", "--bogus"},
+             {}, {"--bogus", "ping"}, {"frobnicate"}, {"--db", "a.db", "--dsn", "x", "ping"}, {"ping", "--db"},
+             {"--user", "a", "ping", "--user", "b"}, {"ping", "extra"}, {"init", "--force"}, {"schema-script"},
+             {"schema-script", "oracle"}, {"import"}, {"import", "--bogus", "f.trx"}, {"import", "a.trx", "b.trx"},
+             {"export", "Bogus"}, {"export", "--id", "X"}, {"export", "--deep", "Category"},
+             {"export", "--group", "roles", "Role"}, {"export", "--group", "nothing"},
+             {"export", "--server-kind", "pe", "Category"}, {"export", "-o"}, {"export", "--bogus"},
          }) {
         CliResult r = RunDvnbt(args);
         EXPECT_EQ(r.status, 2) << testing::PrintToString(args);
@@ -67,9 +51,8 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabase) {
         // A file that is not there is not made, by ping nor by import: only init makes one.
         TrxFiles files;
         const std::string trx = files.Write("Category \"A\" {}\n");
-        for (const std::vector<std::string>& args : {std::vector<std::string>{"ping", "--db", DbFile()},
-                                                     std::vector<std::string>{"import", "--initial-load", "--db",
-                                                                              DbFile(), trx}}) {
+        using Args = std::vector<std::string>;
+        for (const Args& args : {Args{"ping", "--db", DbFile()}, Args{"import", "--initial-load", "--db", DbFile(), trx}}) {
             CliResult missing = RunDvnbt(args, noOdbc);
             EXPECT_EQ(missing.status, 1);
             EXPECT_EQ(missing.err, "dvnbt: database file " + DbFile() + " does not exist, so it holds no repository: "
@@ -87,8 +70,7 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabase) {
 
     // Without options the machine profile names the data source.
     ProfileFile profile("current = Work\n[Work]\nBTODBCDataSourceName = " + DataSource() + "\n");
-    CliResult viaProfile = RunDvnbt({"ping"});
-    EXPECT_EQ(viaProfile.status, 0) << viaProfile.err;
+    EXPECT_EQ(RunDvnbt({"ping"}).status, 0);
 
     CliResult noFolder = RunDvnbt({"--db", "/nonexistent/x.db", "ping"});
     EXPECT_EQ(noFolder.status, 1);
@@ -96,7 +78,7 @@ TEST_P(DvnbtDb, PingReachesTheNamedOrProfiledDatabase) {
         << noFolder.err;
 }
 
-TEST_P(DvnbtDb, ImportSaysOnceWhyItCannotStartAndStoresNothing) {
+TEST_P(DvnbtDb, ImportSaysOnceWhyItCannotStartUntilInitMakesTheRepository) {
     TrxFiles files;
     const std::string trx = files.Write("Category \"Sales\" {}\n");
     const std::string hint = IsPostgres() ? "'dvnbt --dsn \"" + DataSource() + "\" init'" : "'dvnbt --db " + DbFile() + " init'";
@@ -117,37 +99,8 @@ TEST_P(DvnbtDb, ImportSaysOnceWhyItCannotStartAndStoresNothing) {
     EXPECT_NE(import.err.find("dvnbt: cannot open data source " + away + ": "), std::string::npos) << import.err;
     EXPECT_GT(import.err.size(), ("dvnbt: cannot open data source " + away + ": \n").size()) << import.err;
     EXPECT_EQ(DvnSchema::ExistingTables(Db()).size(), 0u);
-}
 
-TEST_P(DvnbtDb, AReadOnlyRepositoryFileGivesOneErrorAndNoFailurePerObject) {
-    if (IsPostgres()) GTEST_SKIP() << "a file of its own is SQLite's";
-    ASSERT_EQ(RunDvnbt(DvnbtArgs({"init"})).status, 0);
-    TrxFiles files;
-    const std::string trx = files.Write("Category \"A\" {}\nCategory \"B\" {}\n");
-    std::filesystem::permissions(files.Folder(), std::filesystem::perms::all);  // readable by anybody
-    std::filesystem::permissions(trx, std::filesystem::perms::owner_read | std::filesystem::perms::others_read);
-    namespace fs = std::filesystem;
-    const fs::path folder = fs::path(DbFile()).parent_path();
-    // Root writes any file: the run goes as nobody, who may read only.
-    const int uid = geteuid() == 0 ? 65534 : -1;
-    fs::permissions(folder, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
-                                fs::perms::others_read | fs::perms::others_exec);
-    for (const auto& entry : fs::directory_iterator(folder))
-        fs::permissions(entry.path(), fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
-    if (uid < 0) fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
-    CliResult r = DvnbtProcess(DvnbtArgs({"import", "--initial-load", trx}), {}, uid).Wait();
-    fs::permissions(folder, fs::perms::owner_all);
-    for (const auto& entry : fs::directory_iterator(folder))
-        fs::permissions(entry.path(), fs::perms::owner_read | fs::perms::owner_write);
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.out, "");
-    EXPECT_EQ(r.err.rfind("dvnbt: cannot ", 0), 0u) << r.err;
-    EXPECT_NE(r.err.find("database file " + DbFile() + ": "), std::string::npos) << r.err;
-    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
-    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.CATEGORY"), "0");
-}
-
-TEST_P(DvnbtDb, InitCreatesRefusesASecondTimeAndRecreatesWhenAsked) {
+    // init makes the repository, refuses a second time, and recreates when asked.
     CliResult first = RunDvnbt(DvnbtArgs({"init"}));
     ASSERT_EQ(first.status, 0) << first.err;
     EXPECT_EQ(first.out.rfind("Created the repository schema", 0), 0u) << first.out;
@@ -165,6 +118,34 @@ TEST_P(DvnbtDb, InitCreatesRefusesASecondTimeAndRecreatesWhenAsked) {
     EXPECT_EQ(again.out.rfind("Dropping the existing repository schema", 0), 0u) << again.out;
     EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.CATEGORY"), "0");
     EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.DATA_STRUCTURE"), "Default Data Structure");
+}
+
+TEST_P(DvnbtDb, AReadOnlyRepositoryFileGivesOneErrorAndNoFailurePerObject) {
+    if (IsPostgres()) GTEST_SKIP() << "a file of its own is SQLite's";
+    ASSERT_EQ(RunDvnbt(DvnbtArgs({"init"})).status, 0);
+    TrxFiles files;
+    const std::string trx = files.Write("Category \"A\" {}\nCategory \"B\" {}\n");
+    namespace fs = std::filesystem;
+    using P = fs::perms;
+    fs::permissions(files.Folder(), P::all);  // readable by anybody
+    fs::permissions(trx, P::owner_read | P::others_read);
+    // The repository's folder, then each file in it.
+    auto modes = [folder = fs::path(DbFile()).parent_path()](P dir, P file) {
+        fs::permissions(folder, dir);
+        for (const auto& entry : fs::directory_iterator(folder)) fs::permissions(entry.path(), file);
+    };
+    // Root writes any file: the run goes as nobody, who may read only.
+    const int uid = geteuid() == 0 ? 65534 : -1;
+    const P readable = P::owner_read | P::group_read | P::others_read;
+    modes(uid < 0 ? P::owner_read | P::owner_exec : P::owner_all | readable | P::group_exec | P::others_exec, readable);
+    CliResult r = DvnbtProcess(DvnbtArgs({"import", "--initial-load", trx}), {}, uid).Wait();
+    modes(P::owner_all, P::owner_read | P::owner_write);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "");
+    EXPECT_EQ(r.err.rfind("dvnbt: cannot ", 0), 0u) << r.err;
+    EXPECT_NE(r.err.find("database file " + DbFile() + ": "), std::string::npos) << r.err;
+    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+    EXPECT_EQ(QueryValue(Db(), "SELECT COUNT(*) FROM DVBT.CATEGORY"), "0");
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtDb);
@@ -188,21 +169,15 @@ protected:
         const std::string what = testing::PrintToString(args);
         EXPECT_EQ(r.status, status) << what << "\n" << r.err;
         // A failed open traces the driver's error text.
-        if (status != 0) {
-            EXPECT_NE(trace.find("Exception In Open Database"), std::string::npos) << what << trace;
-        }
-        for (const std::string& secret : secrets) {
-            for (const std::string* where : {&r.out, &r.err, &trace}) {
-                if (!secret.empty()) {
-                    EXPECT_EQ(where->find(secret), std::string::npos) << what << "\n" << *where;
-                }
-            }
-        }
+        EXPECT_TRUE(status == 0 || trace.find("Exception In Open Database") != std::string::npos) << what << trace;
+        for (const std::string& secret : secrets)
+            for (const std::string* where : {&r.out, &r.err, &trace})
+                EXPECT_TRUE(secret.empty() || where->find(secret) == std::string::npos) << what << "\n" << *where;
         // A password that the connection got is shown as stars.
         const size_t pwd = r.out.find("PWD=");
-        if (pwd != std::string::npos && r.out.find_first_of(";\n", pwd) != pwd + 4) {
-            EXPECT_EQ(r.out.substr(pwd, 12), "PWD=********") << r.out;
-        }
+        EXPECT_TRUE(pwd == std::string::npos || r.out.find_first_of(";\n", pwd) == pwd + 4 ||
+                    r.out.substr(pwd, 12) == "PWD=********")
+            << r.out;
         return r;
     }
 
@@ -211,7 +186,7 @@ protected:
     int runs = 0;
 };
 
-TEST_P(DvnbtSecrets, NoPasswordInTheDataSourceIsPrintedWhateverItsSpelling) {
+TEST_P(DvnbtSecrets, NoPasswordOfTheDataSourceTheCommandLineOrTheProfileIsPrinted) {
     const std::string trx = files.Write("Category \"Claims\" {}\n");
     int n = 0;
     for (const std::string spelling : {"PWD=", "pwd=", "Password=", "PASSWORD="}) {
@@ -236,10 +211,7 @@ TEST_P(DvnbtSecrets, NoPasswordInTheDataSourceIsPrintedWhateverItsSpelling) {
         }
     }
     EXPECT_EQ(QueryValue(Db(), "SELECT NAME FROM DVBT.CATEGORY"), "Claims");
-}
 
-TEST_P(DvnbtSecrets, NoPasswordOfTheCommandLineOrTheProfileIsPrinted) {
-    const std::string trx = files.Write("Category \"Claims\" {}\n");
     const std::string secret = "Kx9dbs3cret";
     const std::vector<std::string> env{"DVNBT_DB_PASSWORD=" + secret};
     // --db-user with the password from the environment, on a data source
@@ -251,9 +223,9 @@ TEST_P(DvnbtSecrets, NoPasswordOfTheCommandLineOrTheProfileIsPrinted) {
     const std::string profiled = "Pr0fs3cret";
     ProfileFile profile("current = Work\n[Work]\nBTODBCDataSourceName = " + DataSource() + ";Password=" + profiled +
                         "\n");
-    for (const std::vector<std::string>& args :
-         {std::vector<std::string>{"--db-user", "postgres", "ping"},
-          std::vector<std::string>{"--db-user", "postgres", "import", "--initial-load", trx}}) {
+    using Args = std::vector<std::string>;
+    for (const Args& args : {Args{"--db-user", "postgres", "ping"},
+                             Args{"--db-user", "postgres", "import", "--initial-load", trx}}) {
         Expect(0, args, env, {secret, profiled});
         EXPECT_NE(trace.find("open database with userid: postgres and password: ********\n"), std::string::npos)
             << trace;
@@ -301,6 +273,5 @@ TEST_P(DvnbtSecrets, TheDatabasePasswordReachesEveryConnection) {
 }
 
 DVN_INSTANTIATE_BOTH_BACKENDS(DvnbtSecrets);
-
 
 }  // namespace

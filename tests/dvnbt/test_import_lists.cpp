@@ -38,19 +38,9 @@ protected:
 };
 
 TEST_P(ImportLists, ListsTakeTypeOwnerAndSettingsAndAnUpdateKeepsOnlyTheSettingsLeftOut) {
-    CliResult first = Import(
-        "Worklist \"Open\" { Description = \"Mine\";\n"
-        "  ListCommon { Type = 1; Owner = \"clerk\"; Where = \"STATE = 'READY'\"; OrderBy = \"PRIORITY\";\n"
-        "               Threshold = 0; Beep = true; } }\n"
-        "Worklist \"Lost\" { ListCommon { Type = 1; Owner = \"NOBODY\"; Where = \"A = 1\"; } }\n"
-        "Worklist \"Plain\" { Beep = true; }\n"
-        "Worklist \"Quiet\" { Beep = true; ListCommon { Beep = false; } }\n"
-        "ActivitiesList \"Open\" { ListCommon { Where = \"X > 1\"; Threshold = 5; } }\n"
-        "ProcessInstancesList \"Running\" { ListCommon { Type = 2; Owner = \"CLERK\"; } }\n"
-        "TemplatesList \"Odd\" { ListCommon { Type = 3; Owner = \"CLERK\"; } }\n");
-    // An owner who is not a person is no error.
-    EXPECT_EQ(first.status, 0) << first.err;
-    EXPECT_EQ(Missing(first, {Line(51009, "Open"), Line(51006, "Open")}), "");
+    // lists.trx: four work lists, and one list of each other kind. An owner
+    // who is not a person is no error.
+    CliResult first = Expect(0, ReadData("lists.trx"), {Line(51009, "Open"), Line(51006, "Open")});
     EXPECT_NE(first.out.find("Work list Open...\n"), std::string::npos) << first.out;
     EXPECT_NE(first.out.find("Activity instance list Open...\n"), std::string::npos) << first.out;
     // One name in two tables: two lists. No "Type": public; 3: neither type nor owner.
@@ -83,13 +73,10 @@ TEST_P(ImportLists, ListsTakeTypeOwnerAndSettingsAndAnUpdateKeepsOnlyTheSettings
 }
 
 TEST_P(ImportLists, AToolSetGetsDefaultIconsAndItsIconsByNameWithTheFlagOfTheLastKind) {
-    CliResult first = Expect(0,
-                             "ToolSet \"Bare\" {}\n"
-                             "ToolSet \"Full\" { Description = \"Editor\"; DefaultProcessActivityIcon = \"proc\";\n"
-                             "  DefaultProgramActivityIcon = \"prog\";\n"
-                             "  ProcessActivityIcons [ \"a\" \"shared\" ] InfoActivityIcons [ \"i\" ]\n"
-                             "  ProgramActivityIcons [ \"shared\" \"b\" ] }\n",
-                             {Line(51037, "Full")});
+    CliResult first = Expect(0, "ToolSet \"Bare\" {}\nToolSet \"Full\" { Description = \"Editor\"; "
+                                "DefaultProcessActivityIcon = \"proc\"; DefaultProgramActivityIcon = \"prog\";\n"
+                                "  ProcessActivityIcons [ \"a\" \"shared\" ] InfoActivityIcons [ \"i\" ]\n"
+                                "  ProgramActivityIcons [ \"shared\" \"b\" ] }\n", {Line(51037, "Full")});
     EXPECT_NE(first.out.find("Tool Set Full...\n"), std::string::npos) << first.out;
     EXPECT_EQ(ToolSets(), (Lines{"Bare|dvnbprca|dvnbblka|dvnbbnda|dvnbinfa|dvnbprga|0|<null>",
                                  "Full|proc|dvnbblka|dvnbbnda|dvnbinfa|prog|0|Editor"}));
@@ -144,8 +131,8 @@ TEST_P(ImportLists, ToolSetNamesAndIconsWithQuotesAreFoundAgain) {
     EXPECT_EQ(Count(failed.err, "\n51368: "), 1u) << failed.err;
     EXPECT_EQ(Missing(failed, {Line(51037, "Wide")}), "");
     EXPECT_EQ(Rows("SELECT NAME FROM DVBT.TOOL_SET_ICONS WHERE TOOL_SET_NAME = 'Wide'"), (Lines{"ok"}));
-    Exec("DELETE FROM DVBT.TOOL_SET_ICONS WHERE TOOL_SET_NAME = 'Wide'");
-    Exec("DELETE FROM DVBT.TOOL_SET_DEFAULT WHERE NAME = 'Wide'");
+    ExecAll(Db(), {"DELETE FROM DVBT.TOOL_SET_ICONS WHERE TOOL_SET_NAME = 'Wide'",
+                   "DELETE FROM DVBT.TOOL_SET_DEFAULT WHERE NAME = 'Wide'"});
 
     // Deleted for good by a name with a quote, icons and all, and only its own.
     Expect(0, "delete ToolSet \"O'Brien's\";\n", {});
