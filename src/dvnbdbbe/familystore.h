@@ -13,6 +13,12 @@
 #include "dvnfcorn.h"
 #include "storedforms.h"
 
+// A number the file gives, or the fallback when it gives none; a value that
+// is no number reads 0.
+inline long NumberOr(const DvnfAttributeDataReader& value, long fallback) {
+    return value.IsDefined() ? value.AsLong(0) : fallback;
+}
+
 // What a family of single rows states. Set is its recordset class; the
 // routine reads the columns CHECKED_OUT and CHECKED_OUT_BY that every such
 // class has, and the key through `key`. Hooks take the back end as their

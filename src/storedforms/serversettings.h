@@ -10,6 +10,12 @@
 #include "dvntoposets.h"
 #include "topologysettings.h"
 
+// The server tables whose columns the tables below describe: the store and
+// the load instantiate their setting routines for each, X(set class).
+#define DVN_FOR_EACH_SERVER_SET(X)                                                                 \
+    X(DvnServerSet) X(DvnUPEServerSet) X(DvnCleanupServerSet) X(DvnDistributionServerSet) \
+        X(DvnExecutionServerSet) X(DvnSchedulingServerSet) X(DvnPEServerSet)
+
 namespace DvnStored {
 
 // "Description" and "Documentation" of the server itself.

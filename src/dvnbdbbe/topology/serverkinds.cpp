@@ -271,13 +271,9 @@ int DvnConvCoreDbBe::ReadUPEServerAttributes(CDatabase&, DvnfEntity& entity, Dvn
     DvnStored::SetText(row, row.m_PHYSICALQUEUE, context("PhysicalQueueName").AsString("").str());
     if (context("QueueManagerName").IsDefined())
         DvnStored::SetText(row, row.m_QMGRNAME, context("QueueManagerName").AsString("").str());
-    auto number = [&](const char* name, long fallback) {
-        const DvnfAttributeDataReader value = context(name);
-        return value.IsDefined() ? value.AsLong(0) : fallback;
-    };
-    row.m_VERSION = number("Version", 3);
-    row.m_RELEASE = number("Release", 2);
-    row.m_MOD_LEVEL = number("Level", 2);
+    row.m_VERSION = NumberOr(context("Version"), 3);
+    row.m_RELEASE = NumberOr(context("Release"), 2);
+    row.m_MOD_LEVEL = NumberOr(context("Level"), 2);
     return level;
 }
 

@@ -12,6 +12,7 @@
 #include "dvntoposets.h"
 #include "storedforms.h"
 #include "topologyforms.h"
+#include "serversettings.h"
 #include "topologysettings.h"
 
 namespace {
@@ -228,13 +229,7 @@ int DvnConvCoreDbBe::ReadServerSettings(DvnfEntity& entity, const DvnfAttributeD
 #define DVN_SERVER_SETTINGS(Set)                                                                              \
     template int DvnConvCoreDbBe::ReadServerSettings<Set>(DvnfEntity&, const DvnfAttributeDataReader&, Set&, \
                                                           const std::vector<DvnStored::Setting<Set>>&);
-DVN_SERVER_SETTINGS(DvnServerSet)
-DVN_SERVER_SETTINGS(DvnUPEServerSet)
-DVN_SERVER_SETTINGS(DvnCleanupServerSet)
-DVN_SERVER_SETTINGS(DvnDistributionServerSet)
-DVN_SERVER_SETTINGS(DvnExecutionServerSet)
-DVN_SERVER_SETTINGS(DvnSchedulingServerSet)
-DVN_SERVER_SETTINGS(DvnPEServerSet)
+DVN_FOR_EACH_SERVER_SET(DVN_SERVER_SETTINGS)
 #undef DVN_SERVER_SETTINGS
 
 #undef DVN_APPLY_SETTINGS

@@ -208,13 +208,9 @@ int DvnConvCoreDbBe::ReadSystemAttributes(CDatabase& db, DvnfEntity& entity, Dvn
     }
 
     // 8. The version.
-    auto version = [&](const char* attribute, long fallback) {
-        const DvnfAttributeDataReader value = attributes(attribute);
-        return value.IsDefined() ? value.AsLong(0) : fallback;
-    };
-    row.m_VERSION = version("Version", 3);
-    row.m_RELEASE = version("Release", 3);
-    row.m_MOD_LEVEL = version("Level", 0);
+    row.m_VERSION = NumberOr(attributes("Version"), 3);
+    row.m_RELEASE = NumberOr(attributes("Release"), 3);
+    row.m_MOD_LEVEL = NumberOr(attributes("Level"), 0);
 
     // 9. The common settings.
     return std::max(level, ReadTopologyCommonAttributes(db, entity, row, false));

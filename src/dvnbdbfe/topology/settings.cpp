@@ -8,6 +8,7 @@
 #include "dvnbdbfe.h"
 #include "dvntoposets.h"
 #include "topologyforms.h"
+#include "serversettings.h"
 #include "topologysettings.h"
 
 namespace {
@@ -288,10 +289,5 @@ template void DvnConvCoreDbFe::LinkThroughRow<DvnQueueManagerSet>(DvnfEntity&, c
 #define DVN_SERVER_SETTINGS(Set)                                                                          \
     template bool DvnConvCoreDbFe::GetSettings<Set>(const Set&, const std::vector<DvnStored::Setting<Set>>&, \
                                                     DvnfAttributeData, const std::string&, const std::string&);
-DVN_SERVER_SETTINGS(DvnServerSet)
-DVN_SERVER_SETTINGS(DvnCleanupServerSet)
-DVN_SERVER_SETTINGS(DvnDistributionServerSet)
-DVN_SERVER_SETTINGS(DvnExecutionServerSet)
-DVN_SERVER_SETTINGS(DvnSchedulingServerSet)
-DVN_SERVER_SETTINGS(DvnPEServerSet)
+DVN_FOR_EACH_SERVER_SET(DVN_SERVER_SETTINGS)
 #undef DVN_SERVER_SETTINGS
