@@ -1,5 +1,5 @@
-// The raw-ODBC baseline the benchmarks compare with: one indexed table
-// DVBT.BENCH, a prepared SELECT by key and a prepared INSERT, and fresh
+// The raw-ODBC baseline the benchmarks compare with: a table DVBT.BENCH
+// with two indexes, a prepared SELECT by key and a prepared INSERT, and fresh
 // databases to run in (an SQLite file, a PostgreSQL database on the server
 // of $DVNBT_TEST_PG_DSN).
 #pragma once
@@ -25,11 +25,19 @@ inline void Check(SQLRETURN rc, SQLSMALLINT type, SQLHANDLE h) {
 
 inline std::string Key(int i) { return "K" + std::to_string(i); }
 
+// The table has an index on the key it is looked up by and one more on a
+// value of its own per row, as the tables the stores write have two indexes
+// or more (CATEGORY, DATA_STRUCTURE and DATA_STRUCTURE_MBR two, ACTIVITY
+// four): an index is a page more that each transaction writes, and the
+// baseline pays for as many as the rows it stands for.
 inline void CreateRawTable(CDatabase& db) {
     db.ExecuteSQL("CREATE TABLE DVBT.BENCH (ITEM_ID VARCHAR(64) NOT NULL, NAME VARCHAR(255), DOCUMENTATION TEXT, "
                   "NUM INTEGER, FLAGS INTEGER)");
-    db.ExecuteSQL(db.IsSQLite() ? "CREATE INDEX DVBT.BENCH_IX ON BENCH (ITEM_ID)"
-                                : "CREATE INDEX BENCH_IX ON DVBT.BENCH (ITEM_ID)");
+    // SQLite names the index's schema, the other databases the table's.
+    const std::string index = db.IsSQLite() ? "CREATE INDEX DVBT." : "CREATE INDEX ",
+                      table = db.IsSQLite() ? " ON BENCH " : " ON DVBT.BENCH ";
+    db.ExecuteSQL((index + "BENCH_IX1" + table + "(ITEM_ID)").c_str());
+    db.ExecuteSQL((index + "BENCH_IX2" + table + "(NUM)").c_str());
 }
 
 inline void ResetRawTable(CDatabase& db) { db.ExecuteSQL("DELETE FROM DVBT.BENCH"); }
