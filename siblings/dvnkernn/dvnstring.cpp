@@ -16,8 +16,7 @@ DvnBinary::Rep* DvnBinary::Rep::Allocate(long allocLen, long len) {
     if (allocLen < len) allocLen = len;
     void* block = ::operator new(sizeof(Rep) + static_cast<size_t>(allocLen) + 1);
     Rep* rep = new (block) Rep;
-    rep->_data = reinterpret_cast<char*>(rep + 1);
-    rep->_data[len] = '\0';
+    rep->Data()[len] = '\0';
     rep->_len = len;
     rep->_refs = 1;
     rep->_allocLen = allocLen;
@@ -34,7 +33,7 @@ void DvnBinary::Rep::Deallocate(Rep* rep) {
 DvnBinary::DvnBinary(const void* data, long len) : _pRep(nullptr) {
     if (!data) return;
     _pRep = Rep::Allocate(len, len);
-    if (len > 0) std::memcpy(_pRep->_data, data, static_cast<size_t>(len));
+    if (len > 0) std::memcpy(_pRep->Data(), data, static_cast<size_t>(len));
 }
 
 DvnBinary::DvnBinary(const DvnBinary& other) : _pRep(other._pRep) {
@@ -69,7 +68,7 @@ void DvnBinary::MakeUnique(long allocLen) {
     if (allocLen < len) allocLen = len;
     if (_pRep && _pRep->_refs == 1 && _pRep->_allocLen >= allocLen) return;
     Rep* rep = Rep::Allocate(allocLen, len);
-    if (_pRep && len > 0) std::memcpy(rep->_data, _pRep->_data, static_cast<size_t>(len));
+    if (_pRep && len > 0) std::memcpy(rep->Data(), _pRep->Data(), static_cast<size_t>(len));
     SetNull();
     _pRep = rep;
 }
@@ -79,7 +78,7 @@ DvnString::DvnString(const char* text, long len, int /*copy*/) {
     if (!text) return;
     if (len < 0) len = static_cast<long>(std::strlen(text));
     _pRep = Rep::Allocate(len, len);
-    if (len > 0) std::memcpy(_pRep->_data, text, static_cast<size_t>(len));
+    if (len > 0) std::memcpy(_pRep->Data(), text, static_cast<size_t>(len));
 }
 
 DvnString::DvnString(const std::string& text) : DvnString(text.data(), static_cast<long>(text.size())) {}
@@ -97,13 +96,13 @@ DvnString DvnString::SubString(long from, long length) const {
     if (from < 0) from = 0;
     if (from > len) from = len;
     if (length < 0 || length > len - from) length = len - from;
-    return DvnString(_pRep->_data + from, length);
+    return DvnString(_pRep->Data() + from, length);
 }
 
 long DvnString::AsLong() const {
     if (!_pRep) return 0;
     errno = 0;
-    long long v = std::strtoll(_pRep->_data, nullptr, 10);
+    long long v = std::strtoll(_pRep->Data(), nullptr, 10);
     if (errno == ERANGE || v > LONG_MAX || v < LONG_MIN) return 0;
     return static_cast<long>(v);
 }
@@ -169,8 +168,8 @@ DvnString DvnString::operator|(const DvnString& other) const {
     DvnString out;
     long a = Length(), b = other.Length();
     out._pRep = Rep::Allocate(a + b, a + b);
-    if (a) std::memcpy(out._pRep->_data, Data(), static_cast<size_t>(a));
-    if (b) std::memcpy(out._pRep->_data + a, other.Data(), static_cast<size_t>(b));
+    if (a) std::memcpy(out._pRep->Data(), Data(), static_cast<size_t>(a));
+    if (b) std::memcpy(out._pRep->Data() + a, other.Data(), static_cast<size_t>(b));
     return out;
 }
 

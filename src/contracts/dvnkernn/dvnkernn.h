@@ -16,14 +16,15 @@
 // DvnBinary: a shared, reference-counted byte buffer. A null value has no Rep.
 class DvnBinary {
 public:
+    // The bytes follow the header in the same block (a model holds one
+    // buffer per name, key and text value: the header is kept short).
     struct Rep {
-        char* _data;
         long _len;
         long _refs;
         long _allocLen;
         static Rep* Allocate(long allocLen, long len);
         static void Deallocate(Rep* rep);
-        char* Data() { return _data; }
+        char* Data() { return reinterpret_cast<char*>(this + 1); }
     };
 
     DvnBinary() : _pRep(nullptr) {}
@@ -37,7 +38,7 @@ public:
     bool IsNull() const { return _pRep == nullptr; }
     void SetNull();
     long Length() const { return _pRep ? _pRep->_len : 0; }
-    const char* Data() const { return _pRep ? _pRep->_data : nullptr; }
+    const char* Data() const { return _pRep ? _pRep->Data() : nullptr; }
 
 protected:
     // Makes the buffer unshared and at least allocLen bytes large (plus room
@@ -61,7 +62,7 @@ public:
     DvnString& operator=(const char* text);
 
     // Text without its terminating zero; "" for a null string.
-    const char* c_str() const { return _pRep ? _pRep->_data : ""; }
+    const char* c_str() const { return _pRep ? _pRep->Data() : ""; }
     std::string str() const { return std::string(c_str(), static_cast<size_t>(Length())); }
     bool IsEmpty() const { return Length() == 0; }  // true for null and ""
 
@@ -87,8 +88,8 @@ public:
     // Byte order (unsigned); a text before a longer one it begins; null first.
     bool operator<(const DvnString& other) const {
         if (!_pRep || !other._pRep) return !_pRep && other._pRep;
-        const unsigned char* a = reinterpret_cast<const unsigned char*>(_pRep->_data);
-        const unsigned char* b = reinterpret_cast<const unsigned char*>(other._pRep->_data);
+        const unsigned char* a = reinterpret_cast<const unsigned char*>(_pRep->Data());
+        const unsigned char* b = reinterpret_cast<const unsigned char*>(other._pRep->Data());
         long n = _pRep->_len < other._pRep->_len ? _pRep->_len : other._pRep->_len;
         for (long i = 0; i < n; ++i)
             if (a[i] != b[i]) return a[i] < b[i];
