@@ -77,8 +77,8 @@ struct DvnfAttrNode {
     // whatever few others files give.
     static const std::string* Intern(std::string_view text);
 
-    static DvnfAttrNode* AttrRoot(DvnfEntity& e) { return e._root.get(); }
-    static const DvnfAttrNode* AttrRoot(const DvnfEntity& e) { return e._root.get(); }
+    static DvnfAttrNode* AttrRoot(DvnfEntity& e) { return e._root; }
+    static const DvnfAttrNode* AttrRoot(const DvnfEntity& e) { return e._root; }
 
 private:
     DvnfAttrNode* _last = nullptr;  // the last child; its _next is the first

@@ -112,12 +112,7 @@ long DvnfLinkTypeIterator::Count() const {
 
 DvnfEntity::DvnfEntity(DvnfCoreData* data, const DvnfEntityType* type, const DvnfString& oid,
                        const DvnfString& name, State_t state)
-    : DvnfObject(oid, state, data == nullptr), _data(data), _type(type), _name(name) {
-    if (data) {
-        _root = std::make_unique<DvnfAttrNode>();
-        _root->ownerEntity = this;
-    }
-}
+    : DvnfObject(oid, state, data == nullptr), _data(data), _type(type), _name(name) {}
 
 DvnfEntity::~DvnfEntity() = default;
 
@@ -135,9 +130,9 @@ void DvnfEntity::OID(const DvnfString& oid) {
     _data->Rekey(*this, old);
 }
 
-DvnfAttributeData DvnfEntity::AttributeData() { return DvnfAttributeData(_root.get(), {}); }
+DvnfAttributeData DvnfEntity::AttributeData() { return DvnfAttributeData(_root, {}); }
 
-DvnfAttributeDataReader DvnfEntity::AttributeData() const { return DvnfAttributeDataReader(_root.get(), {}); }
+DvnfAttributeDataReader DvnfEntity::AttributeData() const { return DvnfAttributeDataReader(_root, {}); }
 
 DvnfLinkTypeIterator DvnfEntity::LinksOfType(const DvnfLinkType& type) const { return DvnfLinkTypeIterator(this, &type); }
 
@@ -210,25 +205,81 @@ void DvnfCoreRepresentation::MessageHandler(DvnfMessageHandler* handler) { _hand
 
 DvnfCoreData::DvnfCoreData(DvnfCoreTypes& types, DvnfMessageHandler* handler) : DvnfCoreRepresentation(types, handler) {}
 
-DvnfCoreData::~DvnfCoreData() = default;
+namespace {
+// An entity and the root of its attributes share one block: a model holds
+// many small entities (every member of a data structure is one), and one
+// allocation less each is a tenth of what they take.
+constexpr size_t kRootAt = (sizeof(DvnfEntity) + alignof(DvnfAttrNode) - 1) / alignof(DvnfAttrNode) * alignof(DvnfAttrNode);
+
+void Destroy(DvnfEntity* e) {
+    DvnfAttrNode* root = AttrRoot(*e);
+    e->~DvnfEntity();
+    root->~DvnfAttrNode();
+    ::operator delete(static_cast<void*>(e));
+}
+}  // namespace
+
+DvnfCoreData::~DvnfCoreData() {
+    for (DvnfEntity* e : _order) Destroy(e);
+}
 
 void DvnfCoreData::TakeEntitiesFrom(DvnfCoreData& other) {
     DVNK_REQUIRE(&other != this, "TakeEntitiesFrom: the other core data is this one");
     DVNK_REQUIRE(&other.Types() == &Types(), "TakeEntitiesFrom: the other core data has another catalogue");
     DVNK_REQUIRE(_order.empty(), "TakeEntitiesFrom: this core data holds entities");
     _index = std::move(other._index);
-    _entities = std::move(other._entities);
     _order = std::move(other._order);
     other._index.clear();
-    other._entities.clear();
     other._order.clear();
-    for (const auto& e : _entities) e->_data = this;
+    for (DvnfEntity* e : _order) e->_data = this;
 }
 
 DvnfCoreData::TypeIndex& DvnfCoreData::Index(const DvnfEntityType& type) const { return _index[&type]; }
 
+namespace {
+void AddName(auto& byName, DvnfEntity& e) {
+    if (!e.Name().IsEmpty()) byName.emplace(View(e.Name()), &e);
+}
+
+void AddKey(auto& byOID, DvnfEntity& e) {
+    if (e.OID().IsEmpty()) return;
+    DVNK_REQUIRE(byOID.emplace(View(e.OID()), &e).second, "key already used by another entity");
+}
+}  // namespace
+
+DvnfCoreData::TypeIndex& DvnfCoreData::Keyed(const DvnfEntityType& type) const {
+    TypeIndex& ix = Index(type);
+    if (!ix.keyed) {
+        ix.keyed = true;
+        for (DvnfEntity* e : _order) {
+            if (e->_type != &type) continue;
+            AddName(ix.byName, *e);
+            AddKey(ix.byOID, *e);
+        }
+    }
+    return ix;
+}
+
+template <class Pred>
+DvnfEntity* DvnfCoreData::FirstNamed(const DvnfEntityType& type, const DvnfString& name, Pred pred) const {
+    DvnfEntity* first = nullptr;
+    auto [from, to] = Keyed(type).byName.equal_range(View(name));
+    for (auto it = from; it != to; ++it)
+        if ((!first || it->second->_seq < first->_seq) && pred(*it->second)) first = it->second;
+    return first;
+}
+
 const DvnfEntityMap& DvnfCoreData::GetEntities(const DvnfString& typeName) const {
-    TypeIndex& ix = Index(Types().GetEntityType(typeName, true));
+    const DvnfEntityType& type = Types().GetEntityType(typeName, true);
+    TypeIndex& ix = Index(type);
+    if (!ix.viewed) {
+        ix.viewed = true;
+        for (DvnfEntity* e : _order) {
+            if (e->_type != &type) continue;
+            e->_viewName = e->_name;
+            ix.view.emplace_hint(ix.view.end(), e->_name, e);
+        }
+    }
     for (DvnfEntity* e : ix.renamed) {
         if (e->_viewName == e->_name) continue;  // named back
         auto range = ix.view.equal_range(e->_viewName);
@@ -248,39 +299,59 @@ const DvnfEntityMap& DvnfCoreData::GetEntities(const DvnfString& typeName) const
 DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name,
                                DvnfObject::State_t state) {
     DVNK_REQUIRE(type.IsValid(), "entity type not valid");
-    _entities.push_back(std::unique_ptr<DvnfEntity>(new DvnfEntity(this, &type, oid, NotNull(name), state)));
-    DvnfEntity& e = *_entities.back();
-    e._seq = _order.size();
-    _order.push_back(&e);
+    void* block = ::operator new(kRootAt + sizeof(DvnfAttrNode));
+    DvnfAttrNode* root = nullptr;
+    DvnfEntity* made = nullptr;
+    try {
+        root = new (static_cast<char*>(block) + kRootAt) DvnfAttrNode();
+        made = new (block) DvnfEntity(this, &type, oid, NotNull(name), state);
+        made->_root = root;
+        root->ownerEntity = made;
+        made->_seq = _order.size();
+        _order.push_back(made);  // owned by _order from here on
+    } catch (...) {
+        if (made) made->~DvnfEntity();
+        if (root) root->~DvnfAttrNode();
+        ::operator delete(block);
+        throw;
+    }
+    DvnfEntity& e = *made;
     TypeIndex& ix = Index(type);
-    e._viewName = e.Name();
-    // After the entities of an equal name, as emplace puts it; the hint makes
-    // that one comparison when the name sorts last (inner entities without
-    // a name, names made in order).
-    ix.view.emplace_hint(ix.view.end(), e.Name(), &e);
-    ix.byName[e.Name().str()].push_back(&e);
-    if (!e.OID().IsEmpty()) ix.byOID.emplace(View(e.OID()), &e);  // the entity's text, not the argument's
+    if (ix.viewed) {
+        e._viewName = e.Name();
+        // After the entities of an equal name, as emplace puts it; the hint
+        // makes that one comparison when the name sorts last (names made in
+        // order).
+        ix.view.emplace_hint(ix.view.end(), e.Name(), &e);
+    }
+    if (ix.keyed) {
+        AddName(ix.byName, e);  // the entity's text, not the argument's
+        AddKey(ix.byOID, e);
+    }
     return e;
 }
 
 void DvnfCoreData::Rename(DvnfEntity& entity, const DvnfString& oldName) {
     TypeIndex& ix = Index(entity.Type());
-    auto old = ix.byName.find(View(oldName));
-    if (old != ix.byName.end()) {
-        auto& v = old->second;
-        v.erase(std::remove(v.begin(), v.end(), &entity), v.end());
-        if (v.empty()) ix.byName.erase(old);
+    if (ix.keyed) {
+        auto [from, to] = ix.byName.equal_range(View(oldName));
+        for (auto it = from; it != to; ++it) {
+            if (it->second == &entity) {
+                ix.byName.erase(it);
+                break;
+            }
+        }
+        AddName(ix.byName, entity);
     }
-    auto& now = ix.byName[entity.Name().str()];
-    // Keep creation order among entities of one name.
-    now.insert(std::upper_bound(now.begin(), now.end(), &entity,
-                                [](const DvnfEntity* a, const DvnfEntity* b) { return a->_seq < b->_seq; }),
-               &entity);
-    ix.renamed.push_back(&entity);
+    if (ix.viewed) ix.renamed.push_back(&entity);
 }
 
 void DvnfCoreData::Rekey(DvnfEntity& entity, const DvnfString& oldOID) {
     TypeIndex& ix = Index(entity.Type());
+    if (!ix.keyed) {
+        Keyed(entity.Type());  // made with the key the entity has now
+        return;
+    }
     if (!entity.OID().IsEmpty()) {
         auto found = ix.byOID.find(View(entity.OID()));
         DVNK_REQUIRE(found == ix.byOID.end() || found->second == &entity, "key already used by another entity");
@@ -302,16 +373,8 @@ DvnfEntity& DvnfCoreData::CreateEntity(const DvnfEntityType& type, const DvnfStr
         DvnfEntity* found = known.IsValid() ? &known : nullptr;
         if (!found && !name.IsEmpty()) {
             // A skeleton made by name takes the key.
-            auto named = Index(type).byName.find(View(name));
-            if (named != Index(type).byName.end()) {
-                for (DvnfEntity* e : named->second) {
-                    if (e->OID().IsEmpty()) {
-                        e->OID(oid);
-                        found = e;
-                        break;
-                    }
-                }
-            }
+            found = FirstNamed(type, name, [](const DvnfEntity& e) { return e.OID().IsEmpty(); });
+            if (found) found->OID(oid);
         }
         if (found) {
             if (!name.IsEmpty() && !(found->Name() == name)) found->Name(name);
@@ -329,7 +392,7 @@ DvnfEntity& DvnfCoreData::CreateEntity(const DvnfString& typeName, const DvnfStr
 
 DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfEntityType& type, const DvnfString& oid, bool create) {
     if (!type.IsValid() || oid.IsEmpty()) return DvnfEntity::undefined;
-    TypeIndex& ix = Index(type);
+    TypeIndex& ix = Keyed(type);
     auto it = ix.byOID.find(View(oid));
     if (it != ix.byOID.end()) return *it->second;
     if (!create) return DvnfEntity::undefined;
@@ -342,9 +405,7 @@ DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfString& typeName, const DvnfS
 
 DvnfEntity& DvnfCoreData::GetEntityByName(const DvnfEntityType& type, const DvnfString& name, bool create) {
     if (!type.IsValid() || name.IsEmpty()) return DvnfEntity::undefined;  // no name finds nothing
-    TypeIndex& ix = Index(type);
-    auto it = ix.byName.find(View(name));
-    if (it != ix.byName.end() && !it->second.empty()) return *it->second.front();
+    if (DvnfEntity* found = FirstNamed(type, name, [](const DvnfEntity&) { return true; })) return *found;
     if (!create) return DvnfEntity::undefined;
     return Make(type, DvnfString(""), name, DvnfObject::StateNone);
 }

@@ -136,6 +136,47 @@ TEST(CoreData, EntitiesTakenOverFromScratchDataBelongToTheirNewData) {
     EXPECT_DEATH(data.TakeEntitiesFrom(more), "holds entities");
 }
 
+// The indexes of a type are made at its first look-up: what was made,
+// renamed and given keys before then is found as it is now.
+TEST(CoreData, IndexesMadeAtTheFirstLookUpKnowEveryEarlierChange) {
+    DvnfTRXData data;
+    DvnfEntity& first = data.CreateEntity(S("Role"), S(""), S("Clerk"));
+    DvnfEntity& second = data.CreateEntity(S("Role"), S(""), S("Clerk"));
+    DvnfEntity& renamed = data.CreateEntity(S("Role"), S(""), S("Zulu"));
+    renamed.Name(S("Able"));
+    first.OID(S("R1"));
+    EXPECT_EQ(&data.GetEntityByName(S("Role"), S("Clerk")), &first);  // the first made of the name
+    EXPECT_FALSE(data.GetEntityByName(S("Role"), S("Zulu")).IsValid());
+    EXPECT_EQ(&data.GetEntityByName(S("Role"), S("Able")), &renamed);
+    EXPECT_EQ(&data.GetEntityByOID(S("Role"), S("R1")), &first);
+    EXPECT_FALSE(data.GetEntityByName(S("Role"), S("")).IsValid());
+    // Once made, the index follows: the name's next holder is the second.
+    first.Name(S("Boss"));
+    EXPECT_EQ(&data.GetEntityByName(S("Role"), S("Clerk")), &second);
+    EXPECT_FALSE(data.GetEntityByOID(S("Role"), S("R9")).IsValid());
+    second.OID(S("R9"));
+    EXPECT_EQ(&data.GetEntityByOID(S("Role"), S("R9")), &second);
+
+    // The list, first asked after renames, holds the names of now.
+    DvnfEntity& p = data.CreateEntity(S("Process"), S("P1"), S("Order"));
+    p.Name(S("Bill"));
+    data.CreateEntity(S("Process"), S("P2"), S("Alpha"));
+    std::vector<std::string> names;
+    for (const auto& [name, obj] : data.GetEntities(S("Process"))) names.push_back(name.str() + "=" + obj->Name().str());
+    EXPECT_EQ(names, (std::vector<std::string>{"Alpha=Alpha", "Bill=Bill"}));
+
+    // A key another entity of the type holds is refused, whether the index
+    // was made before or is made by the change.
+    DvnfTRXData fresh;
+    fresh.CreateEntity(S("Category"), S("C1"), S("Sales"));
+    DvnfEntity& other = fresh.CreateEntity(S("Category"), S(""), S("Stock"));
+    EXPECT_DEATH(other.OID(S("C1")), "key already used");
+    DvnfTRXData unindexed;
+    DvnfEntity& c1 = unindexed.CreateEntity(S("Category"), S(""), S("Sales"));  // with a key made for it
+    const DvnfString taken = unindexed.CreateEntity(S("Category"), S(""), S("Stock")).OID();
+    EXPECT_DEATH(c1.OID(taken), "key already used");
+}
+
 // Sub writes as a path does and finds what is there; removing members and
 // elements anywhere in their order, walking a set after a removal, and copying
 // a whole tree onto an entity's root.

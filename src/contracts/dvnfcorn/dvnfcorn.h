@@ -456,7 +456,7 @@ private:
     unsigned _flags = 0;
     DvnfString _viewName;  // the key of the entity in the map of GetEntities
     size_t _seq = 0;       // place in the order of creation
-    std::unique_ptr<DvnfAttrNode> _root;
+    DvnfAttrNode* _root = nullptr;  // in the entity's own block (DvnfCoreData::Make); none for undefined
     std::vector<DvnfLink> _links;
 };
 
@@ -558,23 +558,35 @@ private:
         using is_transparent = void;
         size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>{}(text); }
     };
+    // The indexes of one entity type. Each is made at the first call that
+    // needs it and kept up to date from then on: many types are never looked
+    // up (the members inside the data structures of a file are neither
+    // listed nor sought by name or key), and their entities then cost no
+    // entry in any index.
     struct TypeIndex {
-        DvnfEntityMap view;  // what GetEntities gives; renames reach it lazily
+        bool keyed = false;   // byName and byOID hold every entity of the type
+        bool viewed = false;  // view holds every entity of the type
+        DvnfEntityMap view;   // what GetEntities gives; renames reach it lazily
         std::vector<DvnfEntity*> renamed;  // not yet moved in the view
-        // current names, creation order
-        std::unordered_map<std::string, std::vector<DvnfEntity*>, TextHash, std::equal_to<>> byName;
-        // Keyed by a view of the entity's own key text, which stays as it is
-        // until OID() gives the entity another (the index is redone then).
+        // Keyed by a view of the entity's own name or key text, which stays
+        // as it is until Name() or OID() gives the entity another (the entry
+        // is redone then). Names may repeat (the first made is found); an
+        // empty name, which finds nothing, has no entry.
+        std::unordered_multimap<std::string_view, DvnfEntity*, TextHash, std::equal_to<>> byName;
         std::unordered_map<std::string_view, DvnfEntity*, TextHash, std::equal_to<>> byOID;
     };
     TypeIndex& Index(const DvnfEntityType& type) const;
+    // The index of the type with byName and byOID made.
+    TypeIndex& Keyed(const DvnfEntityType& type) const;
+    // The first made of the type's entities of that name that pass the test.
+    template <class Pred>
+    DvnfEntity* FirstNamed(const DvnfEntityType& type, const DvnfString& name, Pred pred) const;
     DvnfEntity& Make(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name,
                      DvnfObject::State_t state);
     void Rename(DvnfEntity& entity, const DvnfString& oldName);
     void Rekey(DvnfEntity& entity, const DvnfString& oldOID);
     mutable std::unordered_map<const DvnfEntityType*, TypeIndex> _index;
-    std::vector<std::unique_ptr<DvnfEntity>> _entities;
-    std::vector<DvnfEntity*> _order;
+    std::vector<DvnfEntity*> _order;  // every entity, owned, in the order made
 };
 
 // Names of the types the catalogue gives to the objects inside an activity
