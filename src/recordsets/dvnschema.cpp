@@ -349,7 +349,7 @@ std::vector<std::string> DvnSchema::Statements(Dialect dialect) {
         std::string create = std::string("CREATE TABLE DVBT.") + table.name + " (\n";
         const auto columns = Columns(table);
         for (size_t i = 0; i < columns.size(); ++i)
-            create += "  " + columns[i].name + " " + ColumnType(columns[i]) + (i + 1 < columns.size() ? ",\n" : "\n");
+            create.append("  ").append(columns[i].name).append(" " + ColumnType(columns[i]) + (i + 1 < columns.size() ? ",\n" : "\n"));
         out.push_back(create + ")");
         int n = 0;
         for (const char* index : table.indexes) {

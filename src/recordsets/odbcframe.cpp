@@ -657,7 +657,7 @@ const std::string& CDatabase::TranslateBracketsOnce(const std::string& sql) {
 
 // ============================================================ field exchange
 void CFieldExchange::Add(const char* bracketedName, CFieldInfo::Kind kind, void* value, int maxLength, int sqlType) {
-    std::string name = bracketedName ? bracketedName : "";
+    std::string_view name = bracketedName ? bracketedName : "";
     if (name.size() >= 2 && name.front() == '[' && name.back() == ']') name = name.substr(1, name.size() - 2);
     m_fields.push_back(CFieldInfo{name, kind, maxLength, sqlType, value});
 }
@@ -838,11 +838,8 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
                 sql += loc.select + ", ";
                 firstField = 2;
             }
-            for (size_t i = 0; i < m.fields.size(); ++i) {
-                if (i) sql += ", ";
-                sql += "[" + m.fields[i].name + "]";
-            }
-            sql += " FROM " + given;
+            for (size_t i = 0; i < m.fields.size(); ++i) sql.append(i ? ", [" : "[").append(m.fields[i].name) += ']';
+            sql.append(" FROM ").append(given);
         }
         m.updatable = wantUpdate && !m.table.empty();
         std::vector<std::string> literals;
@@ -986,7 +983,7 @@ bool CRecordset::Update() {
             // Every database gets the same answer to a text longer than its
             // column: PostgreSQL would refuse it, SQLite would keep it.
             if (f.maxLength > 0 && CharacterCount(p.text) > static_cast<size_t>(f.maxLength))
-                ThrowFrameError("value too long for column " + f.name + " of " + m.table + ": " +
+                ThrowFrameError("value too long for column " + std::string(f.name) + " of " + m.table + ": " +
                                     std::to_string(CharacterCount(p.text)) + " characters, at most " +
                                     std::to_string(f.maxLength),
                                 "22001");
@@ -1002,13 +999,13 @@ bool CRecordset::Update() {
         sql = (db.IsSQLite() ? "WITH KEPT AS (SELECT 1) INSERT INTO " : "INSERT INTO ") + m.table + " (";
         std::string values;
         for (size_t k = 0; k < changed.size(); ++k) {
-            sql += (k ? ", [" : "[") + m.fields[changed[k]].name + "]";
+            sql.append(k ? ", [" : "[").append(m.fields[changed[k]].name) += ']';
             values += k ? ", ?" : "?";
         }
         sql += ") VALUES (" + values + ")";
     } else {
         sql = "UPDATE " + m.table + " SET ";
-        for (size_t k = 0; k < changed.size(); ++k) sql += (k ? ", [" : "[") + m.fields[changed[k]].name + "] = ?";
+        for (size_t k = 0; k < changed.size(); ++k) sql.append(k ? ", [" : "[").append(m.fields[changed[k]].name) += "] = ?";
         sql += " WHERE " + loc.condition;
         if (loc.movesOnUpdate) sql += " RETURNING " + loc.select;
         Param& p = params.back();

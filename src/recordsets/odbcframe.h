@@ -11,6 +11,7 @@
 #include <climits>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -155,7 +156,7 @@ class CRecordset;
 // One bound column as DoFieldExchange describes it.
 struct CFieldInfo {
     enum Kind { Text, Long, Int };
-    std::string name;       // bare name, without brackets
+    std::string_view name;  // bare name, without brackets (the text DoFieldExchange gives: a literal)
     Kind kind;
     int maxLength;          // text only: 255, 4097 or 32672; 0 no limit
     int sqlType;            // text only: SQL_VARCHAR (12) or SQL_LONGVARCHAR (-1)

@@ -83,7 +83,7 @@ protected:
             size_t name = 0, i = 0;
             for (const auto& column : DvnSchema::Columns(table)) {
                 if (column.name == "NAME") name = i;
-                list += (i++ ? ", [" : "[") + column.name + "]";
+                list.append(i++ ? ", [" : "[").append(column.name) += ']';
             }
             auto& rows = raw[table.name];
             for (const auto& row : QueryRows(Db(), "SELECT " + list + from)) {
