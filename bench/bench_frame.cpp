@@ -1,6 +1,6 @@
 // What the recordset layer costs over raw ODBC.
 //
-// Writes N rows into one indexed table, on SQLite (a fresh file) and on
+// Writes N rows into the baseline's table (two indexes), on SQLite (a fresh file) and on
 // PostgreSQL (a fresh database on the server of $DVNBT_TEST_PG_DSN, when set):
 //   insert         CRecordset AddNew/Update on one open recordset
 //                  vs one prepared INSERT executed N times
