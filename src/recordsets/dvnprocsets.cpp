@@ -17,6 +17,7 @@ DVN_IMPLEMENT_DERIVED(DvnProcessGraphAttrSet, DvnGraphAttrSet, DVN_PROCESS_GRAPH
 DVN_IMPLEMENT_RECORDSET(DvnProcessTopolAttrSet, DVN_PROCESS_TOPOL_ATTR_COLUMNS, "PROCESS_TOPOL_ATTR")
 DVN_IMPLEMENT_RECORDSET(DvnActivitySet, DVN_ACTIVITY_COLUMNS, "ACTIVITY")
 DVN_IMPLEMENT_RECORDSET(DvnAct2Set, DVN_ACT2_COLUMNS, "ACTIVITY")
+DVN_IMPLEMENT_RECORDSET(DvnActNameSet, DVN_ACT_NAME_COLUMNS, "ACTIVITY")
 DVN_IMPLEMENT_RECORDSET(DvnActivityExtentSet, DVN_ACTIVITY_EXTENT_COLUMNS, "ACTIVITY_EXTENT")
 DVN_IMPLEMENT_RECORDSET(DvnSourceSet, DVN_SOURCE_COLUMNS, "SOURCE")
 DVN_IMPLEMENT_RECORDSET(DvnSinkSet, DVN_SINK_COLUMNS, "SINK")
@@ -68,6 +69,18 @@ CString DvnActivitySet::GetAID(const CString& name, const CString& pid, const CS
     CString filter = "NAME = " + name + " AND PID = " + Literal(pid);
     filter += block.IsEmpty() ? CString(" AND INSIDE_BLOCK IS NULL") : " AND INSIDE_BLOCK = " + Literal(block);
     return FirstRowQuiet(*this, prefix + "ACTIVITY", filter, CString(), [&] { return m_AID; });
+}
+
+std::unordered_map<std::string, CString> DvnActNameSet::AIDsByName(const CString& pid, const CString& block,
+                                                                    const CString& prefix) {
+    std::unordered_map<std::string, CString> aids;
+    CString filter = "PID = " + Literal(pid);
+    filter += block.IsEmpty() ? CString(" AND INSIDE_BLOCK IS NULL") : " AND INSIDE_BLOCK = " + Literal(block);
+    FirstRowQuiet(*this, prefix + "ACTIVITY", filter, 0, [&] {
+        for (; !IsEOF(); MoveNext()) aids.emplace(m_NAME.str(), m_AID);
+        return 0;
+    });
+    return aids;
 }
 
 CString DvnActivitySet::GetPID(const CString& aid, const CString& prefix) {

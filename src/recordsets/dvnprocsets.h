@@ -2,6 +2,9 @@
 // processes, activities and everything drawn in a process diagram.
 #pragma once
 
+#include <string>
+#include <unordered_map>
+
 #include "dvncolumns.h"
 #include "dvnkernn.h"
 
@@ -116,6 +119,19 @@ class DvnActivitySet : public CRecordset {
 
 // A narrow view of ACTIVITY: the key and the kind.
 #define DVN_ACT2_COLUMNS(C) C(TEXT, AID) C(LONG, ACTIVITY_KIND)
+
+#define DVN_ACT_NAME_COLUMNS(C) C(TEXT, AID) C(TEXT, NAME)
+
+class DvnActNameSet : public CRecordset {
+    DVN_DECLARE_RECORDSET(DvnActNameSet, DVN_ACT_NAME_COLUMNS)
+public:
+    // The keys of the activities of one diagram (block empty for the top of
+    // the process) by their names, in one read: of two rows of one name, the
+    // first, as GetAID finds it. A database exception is written on standard
+    // output and gives none.
+    std::unordered_map<std::string, CString> AIDsByName(const CString& pid, const CString& block,
+                                                        const CString& prefix);
+};
 
 class DvnAct2Set : public CRecordset {
     DVN_DECLARE_RECORDSET(DvnAct2Set, DVN_ACT2_COLUMNS)

@@ -70,6 +70,14 @@ int DvnConvCoreDbBe::SaveDiagram(CDatabase& db, DvnfAttributeDataReader diagram,
                                                   {"ControlConnectors", &DvnConvCoreDbBe::SaveControlConnector},
                                                   {"DataConnectors", &DvnConvCoreDbBe::SaveDataConnector}};
     db.BeginTrans();
+    DiagramAIDs aids{process.OID().c_str(), blockAid, {}};
+    aids.byName = DvnActNameSet(&db).AIDsByName(aids.pid, blockAid, m_strTablePrefix);
+    struct Keep {
+        const DiagramAIDs*& now;
+        const DiagramAIDs* before;
+        ~Keep() { now = before; }
+    } keep{m_diagramAIDs, m_diagramAIDs};
+    m_diagramAIDs = &aids;
     for (const auto& [set, save] : parts) {
         ForEachElement(diagram, set, [&](DvnfEntity& part) {
             if (!part.IsValid() || part.State() == StateNone) return;

@@ -247,6 +247,15 @@ int DvnConvCoreDbBe::SaveSink(CDatabase& db, DvnfEntity& sink, DvnfEntity& proce
 
 // ------------------------------------------------------------------ control connectors
 
+CString DvnConvCoreDbBe::DiagramAID(CDatabase& db, const CString& name, const CString& pid, const CString& blockAid) {
+    if (m_diagramAIDs && m_diagramAIDs->pid == pid && m_diagramAIDs->blockAid == blockAid) {
+        auto it = m_diagramAIDs->byName.find(name.str());
+        return it == m_diagramAIDs->byName.end() ? CString() : it->second;
+    }
+    DvnActivitySet activities(&db);
+    return activities.GetAID(Quoted(name), pid, blockAid, m_strTablePrefix);
+}
+
 int DvnConvCoreDbBe::SaveControlConnector(CDatabase& db, DvnfEntity& connector, DvnfEntity& process,
                                           const CString& blockAid) {
     const DiagramPart& kind = ControlConnectorPart;
@@ -262,9 +271,8 @@ int DvnConvCoreDbBe::SaveControlConnector(CDatabase& db, DvnfEntity& connector, 
     }
     const DvnString label = DvnString((fromName + " -> " + toName).c_str());
     const CString pid = process.OID().c_str();
-    DvnActivitySet activities(&db);
-    const CString from = activities.GetAID(Quoted(fromName), pid, blockAid, m_strTablePrefix);
-    const CString to = activities.GetAID(Quoted(toName), pid, blockAid, m_strTablePrefix);
+    const CString from = DiagramAID(db, fromName, pid, blockAid);
+    const CString to = DiagramAID(db, toName, pid, blockAid);
     if ((from.IsEmpty() || to.IsEmpty()) && connector.State() != StateDeleted) {
         Report(51367, label);
         DVN_TRACE(1, 2, "from or to activity of control connector not found in database");
@@ -379,8 +387,7 @@ int DvnConvCoreDbBe::SaveDataConnector(CDatabase& db, DvnfEntity& connector, Dvn
             DvnSinkSet sinks(&db);
             end.key = sinks.GetSinkID(NodeNumber(end.name), pid, blockAid, m_strTablePrefix);
         } else {
-            DvnActivitySet activities(&db);
-            end.key = activities.GetAID(Quoted(end.name), pid, blockAid, m_strTablePrefix);
+            end.key = DiagramAID(db, end.name, pid, blockAid);
         }
         if (end.key.IsEmpty() && connector.State() != StateDeleted) {
             Report(51367, label);

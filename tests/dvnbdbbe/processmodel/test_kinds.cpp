@@ -110,6 +110,13 @@ TEST_P(KindStore, BlocksNestThreeDeepWithTheirOwnActivitiesAndTransactionsStayBa
         EXPECT_EQ(Sorted("SELECT a.NAME, b.NAME, e.DONE_BY FROM DVBT.ACTIVITY a LEFT JOIN DVBT.ACTIVITY b ON b.AID = "
                          "a.INSIDE_BLOCK LEFT JOIN DVBT.ACTIVITY_EXTENT e ON e.AID = a.AID"),
                   (Lines{"B1|-|-", "B2|B1|-", "B3|B2|-", "Work|-|12", "Work|B1|12", "Work|B2|12", "Work|B3|12"}));
+        // Each connector joins the activities of its own diagram, though
+        // every diagram has a "Work".
+        EXPECT_EQ(Sorted("SELECT f.NAME, t.NAME, b.NAME FROM DVBT.CONTROL_CONNECTOR c JOIN DVBT.ACTIVITY f ON f.AID = "
+                         "c.FROM_ACTIVITY JOIN DVBT.ACTIVITY t ON t.AID = c.TO_ACTIVITY LEFT JOIN DVBT.ACTIVITY b ON "
+                         "b.AID = c.INSIDE_BLOCK WHERE COALESCE(f.INSIDE_BLOCK, '') = COALESCE(c.INSIDE_BLOCK, '') "
+                         "AND COALESCE(t.INSIDE_BLOCK, '') = COALESCE(c.INSIDE_BLOCK, '')"),
+                  (Lines{"Work|B1|-", "Work|B2|B1", "Work|B3|B2"}));
         EXPECT_EQ(KindRows("BLOCK_ACTIVITY", "t.RETURN_CODE_SET, t.ZOOM_FACTOR, t.SHOW_CONNECTORS, "
                                              "t.SHOW_EXIT_COND, t.SHOW_TRANS_COND, t.SHOW_TEXT_ANNOTAT"),
                   (Lines{"B1|3|150|1|0|0|0", "B2|1|-|1|0|1|0", "B3|1|-|1|0|0|1"}));
