@@ -275,8 +275,9 @@ public:
     int SaveControlConnector(CDatabase& db, DvnfEntity& connector, DvnfEntity& process, const CString& blockAid);
     int SaveDataConnector(CDatabase& db, DvnfEntity& connector, DvnfEntity& process, const CString& blockAid);
     // The key of the activity of that name in the diagram: from the keys the
-    // diagram's connectors are saved with (read once, in their transaction,
-    // where no activity row changes), else from the database.
+    // diagram's connectors are saved with (read at the first end asked, in
+    // their transaction, where no activity row changes), else from the
+    // database.
     CString DiagramAID(CDatabase& db, const CString& name, const CString& pid, const CString& blockAid);
     // One bend point ("Xpos", "Ypos") or mapping ("From", "To") unless its
     // row is there; the deletes remove all of one connector.
@@ -740,12 +741,13 @@ protected:
     int ReadServerSettings(DvnfEntity& entity, const DvnfAttributeDataReader& base, Set& row,
                            const std::vector<DvnStored::Setting<Set>>& table);
     // The keys of the activities of the diagram whose connectors are being
-    // saved, by name, with that diagram's process and block.
+    // saved, by name (once read), with that diagram's process and block.
     struct DiagramAIDs {
         CString pid, blockAid;
+        bool read = false;
         std::unordered_map<std::string, CString> byName;
     };
-    const DiagramAIDs* m_diagramAIDs = nullptr;
+    DiagramAIDs* m_diagramAIDs = nullptr;
     CString m_serverSystem;     // the key of the system of the server being saved
     int m_serverSystemLevel = 0;  // 4 when its link was not found
     long m_serverCannotAppend = 0;  // its kind's cannot-append message

@@ -65,18 +65,24 @@ CString DvnSimplePrcSet::GetProcessID(const CString& name, const CString& prefix
     return FirstRowQuiet(*this, prefix + "PROCESS", "NAME = " + name, CString(), [&] { return m_PID; });
 }
 
+namespace {
+// The activities of one diagram: those of the process inside the block, or
+// at the top of the process when block is empty.
+CString DiagramFilter(const CString& pid, const CString& block) {
+    return "PID = " + Literal(pid) +
+           (block.IsEmpty() ? CString(" AND INSIDE_BLOCK IS NULL") : " AND INSIDE_BLOCK = " + Literal(block));
+}
+}  // namespace
+
 CString DvnActivitySet::GetAID(const CString& name, const CString& pid, const CString& block, const CString& prefix) {
-    CString filter = "NAME = " + name + " AND PID = " + Literal(pid);
-    filter += block.IsEmpty() ? CString(" AND INSIDE_BLOCK IS NULL") : " AND INSIDE_BLOCK = " + Literal(block);
-    return FirstRowQuiet(*this, prefix + "ACTIVITY", filter, CString(), [&] { return m_AID; });
+    return FirstRowQuiet(*this, prefix + "ACTIVITY", "NAME = " + name + " AND " + DiagramFilter(pid, block),
+                         CString(), [&] { return m_AID; });
 }
 
 std::unordered_map<std::string, CString> DvnActNameSet::AIDsByName(const CString& pid, const CString& block,
                                                                     const CString& prefix) {
     std::unordered_map<std::string, CString> aids;
-    CString filter = "PID = " + Literal(pid);
-    filter += block.IsEmpty() ? CString(" AND INSIDE_BLOCK IS NULL") : " AND INSIDE_BLOCK = " + Literal(block);
-    FirstRowQuiet(*this, prefix + "ACTIVITY", filter, 0, [&] {
+    FirstRowQuiet(*this, prefix + "ACTIVITY", DiagramFilter(pid, block), 0, [&] {
         for (; !IsEOF(); MoveNext()) aids.emplace(m_NAME.str(), m_AID);
         return 0;
     });

@@ -70,11 +70,10 @@ int DvnConvCoreDbBe::SaveDiagram(CDatabase& db, DvnfAttributeDataReader diagram,
                                                   {"ControlConnectors", &DvnConvCoreDbBe::SaveControlConnector},
                                                   {"DataConnectors", &DvnConvCoreDbBe::SaveDataConnector}};
     db.BeginTrans();
-    DiagramAIDs aids{process.OID().c_str(), blockAid, {}};
-    aids.byName = DvnActNameSet(&db).AIDsByName(aids.pid, blockAid, m_strTablePrefix);
+    DiagramAIDs aids{process.OID().c_str(), blockAid, false, {}};
     struct Keep {
-        const DiagramAIDs*& now;
-        const DiagramAIDs* before;
+        DiagramAIDs*& now;
+        DiagramAIDs* before;
         ~Keep() { now = before; }
     } keep{m_diagramAIDs, m_diagramAIDs};
     m_diagramAIDs = &aids;

@@ -248,9 +248,13 @@ int DvnConvCoreDbBe::SaveSink(CDatabase& db, DvnfEntity& sink, DvnfEntity& proce
 // ------------------------------------------------------------------ control connectors
 
 CString DvnConvCoreDbBe::DiagramAID(CDatabase& db, const CString& name, const CString& pid, const CString& blockAid) {
-    if (m_diagramAIDs && m_diagramAIDs->pid == pid && m_diagramAIDs->blockAid == blockAid) {
-        auto it = m_diagramAIDs->byName.find(name.str());
-        return it == m_diagramAIDs->byName.end() ? CString() : it->second;
+    if (DiagramAIDs* aids = m_diagramAIDs; aids && aids->pid == pid && aids->blockAid == blockAid) {
+        if (!aids->read) {
+            aids->byName = DvnActNameSet(&db).AIDsByName(pid, blockAid, m_strTablePrefix);
+            aids->read = true;
+        }
+        auto it = aids->byName.find(name.str());
+        return it == aids->byName.end() ? CString() : it->second;
     }
     DvnActivitySet activities(&db);
     return activities.GetAID(Quoted(name), pid, blockAid, m_strTablePrefix);
