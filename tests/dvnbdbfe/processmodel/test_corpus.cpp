@@ -44,6 +44,7 @@ class Corpus : public RoundTripTest {
 protected:
     void SetUp() override {
         RoundTripTest::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;  // no PostgreSQL configured, or no database
         DvnProfile::SetOverride("BTODBCDataSourceName", DvnString(DataSource()));
         DvnBTAuthorization::GetInstance()->GrantDefinitionRights();
         Store(ReadData("definitions.trx"));  // with the server the program activities run on
