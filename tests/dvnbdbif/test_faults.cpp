@@ -205,7 +205,7 @@ TEST_P(Faults, EveryFailedCallOfAnImportEndsWithAMessageAndALevelAndACleanRunRep
             EXPECT_NE(m_out.find(std::string("(") + state + ","), std::string::npos) << m_out;
         } else {
             ++failedRuns;
-            EXPECT_GE(level, 8);
+            EXPECT_GE(level, 8) << messages << "\n----\n" << m_out;
             const bool named = messages.find(injected) != std::string::npos;
             const bool notOpened = level == 12 && messages.find("51366") != std::string::npos &&
                                    DvnConvCoreDbIF::LastOpenError().str().find(injected) != std::string::npos;

@@ -362,7 +362,7 @@ int DvnConvCoreDbBe::SaveActivity2(CDatabase& db, DvnfEntity& activity, DvnfEnti
                 Report(51105, program.Name());
                 continue;
             }
-            SaveActSupportTools(db, key, aid);
+            level = std::max(level, SaveActSupportTools(db, key, aid));
         }
     }
     if (type == BundleType)

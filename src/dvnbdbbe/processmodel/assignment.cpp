@@ -149,7 +149,7 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
                 Report(51132, name);
                 warn();
             } else {
-                SaveActByRole(db, key, aid);
+                level = std::max(level, SaveActByRole(db, key, aid));
             }
         };
         // An organization found by name, or by the name of its key; an
@@ -226,7 +226,8 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
                         warn();
                     }
                     for (DvnfAttributeDataReader m = members.First(); m.IsValid(); m = members.Next())
-                        if (!m.AsString("").IsEmpty()) SaveActByRoleFromCont(db, m.AsString("").c_str(), aid);
+                        if (!m.AsString("").IsEmpty())
+                            level = std::max(level, SaveActByRoleFromCont(db, m.AsString("").c_str(), aid));
                 }
                 break;
             }
@@ -235,7 +236,8 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
                 if (coordinator.IsValid()) {
                     saveRole(coordinator.Target());
                 } else if (doneBy("CoordinatorFromInput").IsDefined()) {
-                    SaveActByRoleFromCont(db, doneBy("CoordinatorFromInput").AsString("").c_str(), aid);
+                    level = std::max(
+                        level, SaveActByRoleFromCont(db, doneBy("CoordinatorFromInput").AsString("").c_str(), aid));
                 } else {
                     Report(51168, activityName);
                     warn();
@@ -248,11 +250,12 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
                     DvnString name;
                     const CString key = ResolveKey<DvnPersonSet>(db, link->Target(), m_strTablePrefix, "ADMIN",
                                                                  &DvnPersonSet::GetPersonID, name);
-                    if (!key.IsEmpty()) SaveActByPerson(db, key, aid);
+                    if (!key.IsEmpty()) level = std::max(level, SaveActByPerson(db, key, aid));
                 }
                 DvnfDataSetIterator members = doneBy("PersonsFromInput").ElementsOfSet();
                 for (DvnfAttributeDataReader m = members.First(); m.IsValid(); m = members.Next())
-                    if (!m.AsString("").IsEmpty()) SaveActByPersonFromCont(db, m.AsString("").c_str(), aid);
+                    if (!m.AsString("").IsEmpty())
+                        level = std::max(level, SaveActByPersonFromCont(db, m.AsString("").c_str(), aid));
                 break;
             }
             case 8: byPath("StarterOf", row.m_STARTER_OF_AID); break;

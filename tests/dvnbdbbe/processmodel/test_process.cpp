@@ -22,6 +22,22 @@ protected:
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
         return run.Messages();
     }
+    // Makes the database refuse every insert into the table (a trigger), or
+    // takes that back.
+    void RefuseInserts(const std::string& table, bool refuse = true) {
+        const std::string trigger = "REFUSE_" + table;
+        if (!refuse) {
+            Exec(IsPostgres() ? "DROP TRIGGER " + trigger + " ON DVBT." + table : "DROP TRIGGER DVBT." + trigger);
+        } else if (IsPostgres()) {
+            Exec("CREATE OR REPLACE FUNCTION DVBT.REFUSE() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN RAISE "
+                 "EXCEPTION 'refused'; END $$");
+            Exec("CREATE TRIGGER " + trigger + " BEFORE INSERT ON DVBT." + table +
+                 " FOR EACH ROW EXECUTE FUNCTION DVBT.REFUSE()");
+        } else {
+            Exec("CREATE TRIGGER DVBT." + trigger + " BEFORE INSERT ON " + table +
+                 " BEGIN SELECT RAISE(ABORT, 'refused'); END");
+        }
+    }
 };
 
 TEST_P(ProcessStore, ANewProcessHasOneRowUnderItsOwnNameWithItsActivitiesAndContainerValues) {
@@ -94,15 +110,7 @@ TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOr
 
     // A replacement that cannot write its graph row keeps the old process whole and free.
     Exec("UPDATE DVBT.PROCESS SET CHECKED_OUT_BY = NULL");
-    if (IsPostgres()) {
-        Exec("CREATE FUNCTION DVBT.REFUSE() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN RAISE EXCEPTION 'refused'; "
-             "END $$");
-        Exec("CREATE TRIGGER REFUSE BEFORE INSERT ON DVBT.PROCESS_GRAPH_ATTR FOR EACH ROW EXECUTE FUNCTION "
-             "DVBT.REFUSE()");
-    } else {
-        Exec("CREATE TRIGGER DVBT.REFUSE BEFORE INSERT ON PROCESS_GRAPH_ATTR BEGIN SELECT RAISE(ABORT, 'refused'); "
-             "END");
-    }
+    RefuseInserts("PROCESS_GRAPH_ATTR");
     ImportRun run(true);
     run.be.SetCurrentUser(DvnString("ADMIN"));
     DvnfEntity& order = run.Add("Process", "Order");
@@ -249,6 +257,31 @@ TEST_P(ProcessStore, ActivityColumnsAndStaffAssignmentFollowTheirAttributes) {
     EXPECT_EQ(Value("SELECT e.STARTER_OF_AID FROM DVBT.ACTIVITY_EXTENT e JOIN DVBT.ACTIVITY a ON a.AID = e.AID WHERE "
                     "a.NAME = 'Starter'"),
               Aid("Persons"));
+}
+
+// A row of an activity's support tools or staff assignment that the database
+// refuses is reported and fails the save, whichever table refuses it.
+TEST_P(ProcessStore, AnAssignmentOrToolRowTheDatabaseRefusesFailsTheSave) {
+    SavedWithStaff("activity-columns.trx");
+    AddProgram(Db(), "G1", "editor");
+    const std::pair<const char*, const char*> cases[] = {
+        {"ACT_HAS_SUP_TOOL", "kept-activity.trx"},     {"ACTIVITY_BY_ROLE", "kept-activity.trx"},
+        {"ACT_BY_ROLE_F_CONT", "activity-columns.trx"}, {"ACTIVITY_BY_PERSON", "activity-columns.trx"},
+        {"ACT_BY_PERS_F_CONT", "activity-columns.trx"}};
+    for (const auto& [table, file] : cases) {
+        SCOPED_TRACE(table);
+        RefuseInserts(table);
+        ImportRun run(true);
+        run.be.SetOverwriteOption(true);
+        Read(run, file);
+        EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 8);
+        const Lines messages = run.Messages();
+        EXPECT_EQ(std::count_if(messages.begin(), messages.end(),
+                                [](const std::string& m) { return m.rfind("51368|", 0) == 0; }),
+                  1)
+            << testing::PrintToString(messages);
+        RefuseInserts(table, false);
+    }
 }
 
 TEST_P(ProcessStore, CoordinatorsManagersAndPersonsToNotifyAreResolvedOrWarnedAbout) {
