@@ -60,4 +60,41 @@ T FirstRowQuiet(CRecordset& rs, const CString& table, const CString& filter, T e
     }
 }
 
+// One text column of a table (a literal such as "[AID]"): the set a lookup
+// of one value opens, so that the driver fetches and converts that column
+// alone and not every column of the row.
+class ValueSet : public CRecordset {
+public:
+    ValueSet(CDatabase* db, const char* column) : CRecordset(db), m_column(column) {
+        m_nFields = 1;
+        m_nDefaultType = snapshot;
+    }
+    void DoFieldExchange(CFieldExchange* pFX) override {
+        pFX->SetFieldType(CFieldExchange::outputColumn);
+        RFX_Text(pFX, m_column, m_value);
+    }
+    CString m_value;
+
+private:
+    const char* m_column;
+};
+
+// FirstRow of one text column, on the database of rs, as a T made from its
+// characters: empty when there is no row. rs keeps the filter, as after
+// FirstRow, and stays closed.
+template <class T = CString>
+T FirstValue(CRecordset& rs, const CString& table, const CString& filter, const char* column) {
+    ValueSet value(rs.m_pDatabase, column);
+    rs.m_strFilter = filter;
+    return FirstRow(value, table, filter, T(""), [&] { return T(value.m_value.c_str()); });
+}
+
+// FirstRowQuiet of one text column.
+template <class T = CString>
+T FirstValueQuiet(CRecordset& rs, const CString& table, const CString& filter, const char* column) {
+    ValueSet value(rs.m_pDatabase, column);
+    rs.m_strFilter = filter;
+    return FirstRowQuiet(value, table, filter, T(""), [&] { return T(value.m_value.c_str()); });
+}
+
 }  // namespace dvnlookup

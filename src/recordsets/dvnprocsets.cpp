@@ -2,8 +2,9 @@
 
 #include "dvnlookup.h"
 
-using dvnlookup::FirstRow;
 using dvnlookup::FirstRowQuiet;
+using dvnlookup::FirstValue;
+using dvnlookup::FirstValueQuiet;
 using dvnlookup::Literal;
 using dvnlookup::WithTombstoneRule;
 
@@ -42,27 +43,25 @@ DVN_IMPLEMENT_RECORDSET(DvnVersionSet, DVN_VERSION_COLUMNS, "VERSION")
 
 // ----------------------------------------------------------------- lookups
 CString DvnCategorySet::GetCatID(const CString& name, const CString& prefix, bool includeDeleted) {
-    return FirstRow(*this, prefix + "CATEGORY", WithTombstoneRule("NAME = " + name, includeDeleted), CString(),
-                    [&] { return m_CATID; });
+    return FirstValue(*this, prefix + "CATEGORY", WithTombstoneRule("NAME = " + name, includeDeleted), "[CATID]");
 }
 
 DvnfString DvnCategorySet::GetName(const CString& id, const CString& prefix, bool includeDeleted) {
-    return FirstRow(*this, prefix + "CATEGORY", WithTombstoneRule("CATID = " + Literal(id), includeDeleted),
-                    DvnfString(""), [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "CATEGORY",
+                                  WithTombstoneRule("CATID = " + Literal(id), includeDeleted), "[NAME]");
 }
 
 CString DvnDataStructureSet::GetDsID(const CString& name, const CString& prefix, bool includeDeleted) {
-    return FirstRow(*this, prefix + "DATA_STRUCTURE", WithTombstoneRule("NAME = " + name, includeDeleted), CString(),
-                    [&] { return m_DSID; });
+    return FirstValue(*this, prefix + "DATA_STRUCTURE", WithTombstoneRule("NAME = " + name, includeDeleted), "[DSID]");
 }
 
 DvnfString DvnDataStructureSet::GetName(const CString& id, const CString& prefix, bool includeDeleted) {
-    return FirstRow(*this, prefix + "DATA_STRUCTURE", WithTombstoneRule("DSID = " + Literal(id), includeDeleted),
-                    DvnfString(""), [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "DATA_STRUCTURE",
+                                  WithTombstoneRule("DSID = " + Literal(id), includeDeleted), "[NAME]");
 }
 
 CString DvnSimplePrcSet::GetProcessID(const CString& name, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "PROCESS", "NAME = " + name, CString(), [&] { return m_PID; });
+    return FirstValueQuiet(*this, prefix + "PROCESS", "NAME = " + name, "[PID]");
 }
 
 namespace {
@@ -75,8 +74,7 @@ CString DiagramFilter(const CString& pid, const CString& block) {
 }  // namespace
 
 CString DvnActivitySet::GetAID(const CString& name, const CString& pid, const CString& block, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "ACTIVITY", "NAME = " + name + " AND " + DiagramFilter(pid, block),
-                         CString(), [&] { return m_AID; });
+    return FirstValueQuiet(*this, prefix + "ACTIVITY", "NAME = " + name + " AND " + DiagramFilter(pid, block), "[AID]");
 }
 
 std::unordered_map<std::string, CString> DvnActNameSet::AIDsByName(const CString& pid, const CString& block,
@@ -90,16 +88,15 @@ std::unordered_map<std::string, CString> DvnActNameSet::AIDsByName(const CString
 }
 
 CString DvnActivitySet::GetPID(const CString& aid, const CString& prefix) {
-    return FirstRow(*this, prefix + "ACTIVITY", "AID = " + Literal(aid), CString(), [&] { return m_PID; });
+    return FirstValue(*this, prefix + "ACTIVITY", "AID = " + Literal(aid), "[PID]");
 }
 
 CString DvnActivitySet::GetBlockID(const CString& aid, const CString& prefix) {
-    return FirstRow(*this, prefix + "ACTIVITY", "AID = " + Literal(aid), CString(), [&] { return m_INSIDE_BLOCK; });
+    return FirstValue(*this, prefix + "ACTIVITY", "AID = " + Literal(aid), "[INSIDE_BLOCK]");
 }
 
 DvnfString DvnActivitySet::GetName(const CString& aid, const CString& prefix) {
-    return FirstRow(*this, prefix + "ACTIVITY", "AID = " + Literal(aid), DvnfString(""),
-                    [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "ACTIVITY", "AID = " + Literal(aid), "[NAME]");
 }
 
 namespace {
@@ -119,8 +116,7 @@ CString DvnSourceSet::GetSourceID(long number, const CString& pid, const CString
 }
 
 CString DvnSourceSet::GetSourceID(long number, const CString& pid, const CString& block, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "SOURCE", NodeFilter("SOURCE_NUMBER", number, pid, block), CString(),
-                         [&] { return m_SOURCE_ID; });
+    return FirstValueQuiet(*this, prefix + "SOURCE", NodeFilter("SOURCE_NUMBER", number, pid, block), "[SOURCE_ID]");
 }
 
 CString DvnSinkSet::GetSinkID(long number, const CString& pid, const CString& prefix) {
@@ -128,6 +124,5 @@ CString DvnSinkSet::GetSinkID(long number, const CString& pid, const CString& pr
 }
 
 CString DvnSinkSet::GetSinkID(long number, const CString& pid, const CString& block, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "SINK", NodeFilter("SINK_NUMBER", number, pid, block), CString(),
-                         [&] { return m_SINK_ID; });
+    return FirstValueQuiet(*this, prefix + "SINK", NodeFilter("SINK_NUMBER", number, pid, block), "[SINK_ID]");
 }

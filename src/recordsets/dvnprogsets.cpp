@@ -2,8 +2,8 @@
 
 #include "dvnlookup.h"
 
-using dvnlookup::FirstRow;
-using dvnlookup::FirstRowQuiet;
+using dvnlookup::FirstValue;
+using dvnlookup::FirstValueQuiet;
 using dvnlookup::Literal;
 using dvnlookup::WithTombstoneRule;
 
@@ -15,11 +15,11 @@ DVN_IMPLEMENT_BASE_FIRST(DvnXPlatformSet, DvnPlatformSet, DVN_X_PLATFORM_COLUMNS
 DVN_IMPLEMENT_RECORDSET(DvnExternalService, DVN_EXTERNAL_SERVICE_COLUMNS, "EXTERNAL_SERVICE")
 
 CString DvnProgramSet::GetProgramID(const CString& name, const CString& prefix, bool includeDeleted) {
-    return FirstRowQuiet(*this, prefix + "PROGRAM", WithTombstoneRule("NAME = " + name, includeDeleted), CString(),
-                         [&] { return m_PROGRAM_ID; });
+    return FirstValueQuiet(*this, prefix + "PROGRAM", WithTombstoneRule("NAME = " + name, includeDeleted),
+                           "[PROGRAM_ID]");
 }
 
 DvnfString DvnProgramSet::GetName(const CString& id, const CString& prefix, bool includeDeleted) {
-    return FirstRow(*this, prefix + "PROGRAM", WithTombstoneRule("PROGRAM_ID = " + Literal(id), includeDeleted),
-                    DvnfString(""), [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "PROGRAM",
+                                  WithTombstoneRule("PROGRAM_ID = " + Literal(id), includeDeleted), "[NAME]");
 }

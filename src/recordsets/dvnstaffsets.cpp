@@ -3,8 +3,9 @@
 #include "dvnkernn.h"
 #include "dvnlookup.h"
 
-using dvnlookup::FirstRow;
 using dvnlookup::FirstRowQuiet;
+using dvnlookup::FirstValue;
+using dvnlookup::FirstValueQuiet;
 using dvnlookup::Literal;
 using dvnlookup::WithTombstoneRule;
 
@@ -37,34 +38,32 @@ CString DvnPersonSet::GetPersonID(const CString& name, const CString& prefix, bo
     // Folded as the store folds a person's name (DvnUser::FoldUserId), so
     // that the login and every lookup meet the stored USERID.
     const CString upper(DvnUser::FoldUserId(DvnString(name.c_str())).c_str());
-    return FirstRowQuiet(*this, prefix + "PERSON", WithTombstoneRule("USERID = " + upper, includeDeleted), CString(),
-                         [&] { return m_PERSON_ID; });
+    return FirstValueQuiet(*this, prefix + "PERSON", WithTombstoneRule("USERID = " + upper, includeDeleted),
+                           "[PERSON_ID]");
 }
 
 DvnfString DvnPersonSet::GetName(const CString& id, const CString& prefix, bool includeDeleted) {
-    return FirstRow(*this, prefix + "PERSON", WithTombstoneRule("PERSON_ID = " + Literal(id), includeDeleted),
-                    DvnfString(""), [&] { return DvnfString(m_USERID.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "PERSON",
+                                  WithTombstoneRule("PERSON_ID = " + Literal(id), includeDeleted), "[USERID]");
 }
 
 CString DvnRoleSet::GetRoleID(const CString& name, const CString& prefix, bool includeDeleted) {
-    return FirstRowQuiet(*this, prefix + "ROLE", WithTombstoneRule("NAME = " + name, includeDeleted), CString(),
-                         [&] { return m_ROLE_ID; });
+    return FirstValueQuiet(*this, prefix + "ROLE", WithTombstoneRule("NAME = " + name, includeDeleted), "[ROLE_ID]");
 }
 
 DvnfString DvnRoleSet::GetName(const CString& id, const CString& prefix, bool includeDeleted) {
-    return FirstRow(*this, prefix + "ROLE", WithTombstoneRule("ROLE_ID = " + Literal(id), includeDeleted),
-                    DvnfString(""), [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "ROLE", WithTombstoneRule("ROLE_ID = " + Literal(id), includeDeleted),
+                                  "[NAME]");
 }
 
 CString DvnOrganizationSet::GetOrganizationID(const CString& name, const CString& prefix, bool includeDeleted) {
-    return FirstRowQuiet(*this, prefix + "ORGANIZATION", WithTombstoneRule("NAME = " + name, includeDeleted),
-                         CString(), [&] { return m_ORGANIZATION_ID; });
+    return FirstValueQuiet(*this, prefix + "ORGANIZATION", WithTombstoneRule("NAME = " + name, includeDeleted),
+                           "[ORGANIZATION_ID]");
 }
 
 DvnfString DvnOrganizationSet::GetName(const CString& id, const CString& prefix, bool includeDeleted) {
-    return FirstRow(*this, prefix + "ORGANIZATION",
-                    WithTombstoneRule("ORGANIZATION_ID = " + Literal(id), includeDeleted), DvnfString(""),
-                    [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "ORGANIZATION",
+                                  WithTombstoneRule("ORGANIZATION_ID = " + Literal(id), includeDeleted), "[NAME]");
 }
 
 long DvnStaffLevelSet::GetLevelID(long level, const CString& prefix) {
@@ -81,5 +80,5 @@ long DvnStaffLevelSet::GetDefaultLevelID(const CString& prefix) {
 }
 
 CString DvnListSet::GetListID(const CString& name, const CString& prefix, const CString& table) {
-    return FirstRowQuiet(*this, prefix + table, "NAME = " + name, CString(), [&] { return m_LIST_ID; });
+    return FirstValueQuiet(*this, prefix + table, "NAME = " + name, "[LIST_ID]");
 }

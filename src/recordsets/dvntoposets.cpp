@@ -2,8 +2,9 @@
 
 #include "dvnlookup.h"
 
-using dvnlookup::FirstRow;
 using dvnlookup::FirstRowQuiet;
+using dvnlookup::FirstValue;
+using dvnlookup::FirstValueQuiet;
 using dvnlookup::Literal;
 using dvnlookup::WithTombstoneRule;
 
@@ -56,65 +57,60 @@ void DvnServerSet::ExchangeTail(CFieldExchange* pFX) {
 
 // ------------------------------------------------------------------ domain
 CString DvnDomainSet::GetDomainID(const CString& name, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "DV_DOMAIN", "NAME = " + Literal(name), CString(),
-                         [&] { return m_DOMAIN_ID; });
+    return FirstValueQuiet(*this, prefix + "DV_DOMAIN", "NAME = " + Literal(name), "[DOMAIN_ID]");
 }
 
 CString DvnDomainSet::GetDefaultDomainID(const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "DV_DOMAIN", CString(), CString(), [&] { return m_DOMAIN_ID; });
+    return FirstValueQuiet(*this, prefix + "DV_DOMAIN", CString(), "[DOMAIN_ID]");
 }
 
 DvnfString DvnDomainSet::GetName(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "DV_DOMAIN", "DOMAIN_ID = " + Literal(id), DvnfString(""),
-                    [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "DV_DOMAIN", "DOMAIN_ID = " + Literal(id), "[NAME]");
 }
 
 CString DvnDomainSet::GetPrefix(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "DV_DOMAIN", "DOMAIN_ID = " + Literal(id), CString(),
-                    [&] { return m_SYSTEM_QUALIFIER; });
+    return FirstValue(*this, prefix + "DV_DOMAIN", "DOMAIN_ID = " + Literal(id), "[SYSTEM_QUALIFIER]");
 }
 
 // ------------------------------------------------------------ system group
 CString DvnSystemGroupSet::GetSysGrpID(const CString& name, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "SYSTEM_GROUP", "NAME = " + Literal(name), CString(),
-                         [&] { return m_SYSTEM_GROUP_ID; });
+    return FirstValueQuiet(*this, prefix + "SYSTEM_GROUP", "NAME = " + Literal(name), "[SYSTEM_GROUP_ID]");
 }
 
 CString DvnSystemGroupSet::GetDefaultSysGrpID(const CString& prefix) {
     // The lowest key, one row read: both databases give the same default.
-    return FirstRowQuiet(*this, prefix + "SYSTEM_GROUP",
-                         "SYSTEM_GROUP_ID = (SELECT MIN(SYSTEM_GROUP_ID) FROM " + prefix + "SYSTEM_GROUP)", CString(),
-                         [&] { return m_SYSTEM_GROUP_ID; });
+    return FirstValueQuiet(*this, prefix + "SYSTEM_GROUP",
+                           "SYSTEM_GROUP_ID = (SELECT MIN(SYSTEM_GROUP_ID) FROM " + prefix + "SYSTEM_GROUP)",
+                           "[SYSTEM_GROUP_ID]");
 }
 
 DvnfString DvnSystemGroupSet::GetName(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "SYSTEM_GROUP", "SYSTEM_GROUP_ID = " + Literal(id), DvnfString(""),
-                    [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "SYSTEM_GROUP", "SYSTEM_GROUP_ID = " + Literal(id), "[NAME]");
 }
 
 // ------------------------------------------------------------------ system
 CString DvnSystemSet::GetSystemID(const CString& name, const CString& prefix, bool includeDeleted) {
-    return FirstRowQuiet(*this, prefix + "SYSTEM", WithTombstoneRule("NAME = " + Literal(name), includeDeleted),
-                         CString(), [&] { return m_SYSTEM_ID; });
+    return FirstValueQuiet(*this, prefix + "SYSTEM", WithTombstoneRule("NAME = " + Literal(name), includeDeleted),
+                           "[SYSTEM_ID]");
 }
 
 DvnfString DvnSystemSet::GetName(const CString& id, const CString& prefix, bool includeDeleted) {
-    return FirstRow(*this, prefix + "SYSTEM", WithTombstoneRule("SYSTEM_ID = " + Literal(id), includeDeleted),
-                    DvnfString(""), [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "SYSTEM",
+                                  WithTombstoneRule("SYSTEM_ID = " + Literal(id), includeDeleted), "[NAME]");
 }
 
 CString DvnSystemSet::GetSystemGroupID(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "SYSTEM", "SYSTEM_ID = " + Literal(id), CString(), [&] { return m_SYSTEM_GROUP; });
+    return FirstValue(*this, prefix + "SYSTEM", "SYSTEM_ID = " + Literal(id), "[SYSTEM_GROUP]");
 }
 
 CString DvnSystemSet::GetDefaultSystemID(const CString& prefix) {
     // The lowest key, one row read: both databases give the same default.
-    return FirstRowQuiet(*this, prefix + "SYSTEM", "SYSTEM_ID = (SELECT MIN(SYSTEM_ID) FROM " + prefix + "SYSTEM)",
-                         CString(), [&] { return m_SYSTEM_ID; });
+    return FirstValueQuiet(*this, prefix + "SYSTEM", "SYSTEM_ID = (SELECT MIN(SYSTEM_ID) FROM " + prefix + "SYSTEM)",
+                           "[SYSTEM_ID]");
 }
 
 CString DvnSystemSet::GetPrimarySystem(const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "SYSTEM", "PRIMARY_SYSTEM = 1", CString(), [&] { return m_SYSTEM_ID; });
+    return FirstValueQuiet(*this, prefix + "SYSTEM", "PRIMARY_SYSTEM = 1", "[SYSTEM_ID]");
 }
 
 bool DvnSystemSet::GetSystemIdentifier(long number, const CString& prefix) {
@@ -125,43 +121,39 @@ bool DvnSystemSet::GetSystemIdentifier(long number, const CString& prefix) {
 
 // ------------------------------------------------- node and queue manager
 CString DvnNodeSet::GetNodeID(const CString& name, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "NODE", "NAME = " + name, CString(), [&] { return m_NODE_ID; });
+    return FirstValueQuiet(*this, prefix + "NODE", "NAME = " + name, "[NODE_ID]");
 }
 
 CString DvnNodeSet::GetDefaultNodeID(const CString& prefix) {
     // The live row of the lowest key: a tombstone is no default, and both
     // databases give the same one.
-    return FirstRowQuiet(*this, prefix + "NODE",
-                         "NODE_ID = (SELECT MIN(NODE_ID) FROM " + prefix + "NODE WHERE CHECKED_OUT <> 4)", CString(),
-                         [&] { return m_NODE_ID; });
+    return FirstValueQuiet(*this, prefix + "NODE",
+                           "NODE_ID = (SELECT MIN(NODE_ID) FROM " + prefix + "NODE WHERE CHECKED_OUT <> 4)",
+                           "[NODE_ID]");
 }
 
 DvnfString DvnNodeSet::GetName(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "NODE", "NODE_ID = " + Literal(id), DvnfString(""),
-                    [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "NODE", "NODE_ID = " + Literal(id), "[NAME]");
 }
 
 CString DvnQueueManagerSet::GetQueueManagerID(const CString& name, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "QUEUE_MANAGER", "NAME = " + name, CString(),
-                         [&] { return m_QUEUE_MANAGER_ID; });
+    return FirstValueQuiet(*this, prefix + "QUEUE_MANAGER", "NAME = " + name, "[QUEUE_MANAGER_ID]");
 }
 
 CString DvnQueueManagerSet::GetDefaultQueueManagerID(const CString& prefix) {
     // As the default node: the live row of the lowest key.
-    return FirstRowQuiet(*this, prefix + "QUEUE_MANAGER",
-                         "QUEUE_MANAGER_ID = (SELECT MIN(QUEUE_MANAGER_ID) FROM " + prefix +
-                             "QUEUE_MANAGER WHERE CHECKED_OUT <> 4)",
-                         CString(), [&] { return m_QUEUE_MANAGER_ID; });
+    return FirstValueQuiet(
+        *this, prefix + "QUEUE_MANAGER",
+        "QUEUE_MANAGER_ID = (SELECT MIN(QUEUE_MANAGER_ID) FROM " + prefix + "QUEUE_MANAGER WHERE CHECKED_OUT <> 4)",
+        "[QUEUE_MANAGER_ID]");
 }
 
 DvnfString DvnQueueManagerSet::GetName(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "QUEUE_MANAGER", "QUEUE_MANAGER_ID = " + Literal(id), DvnfString(""),
-                    [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "QUEUE_MANAGER", "QUEUE_MANAGER_ID = " + Literal(id), "[NAME]");
 }
 
 CString DvnQueueManagerSet::GetQmgrName(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "QUEUE_MANAGER", "QUEUE_MANAGER_ID = " + Literal(id), CString(),
-                    [&] { return m_QUEUE_MANAGER_NAME; });
+    return FirstValue(*this, prefix + "QUEUE_MANAGER", "QUEUE_MANAGER_ID = " + Literal(id), "[QUEUE_MANAGER_NAME]");
 }
 
 bool DvnQueueManagerSet::IsValidQueueManagerName(const CString& qmgrName, const CString& name,
@@ -179,12 +171,11 @@ CString NameAndSystem(const CString& name, const CString& system) {
 
 CString DvnServerSet::GetServerID(const CString& name, const CString& system, const CString& prefix,
                                   const CString& table) {
-    return FirstRowQuiet(*this, prefix + table, NameAndSystem(name, system), CString(), [&] { return m_SERVER_ID; });
+    return FirstValueQuiet(*this, prefix + table, NameAndSystem(name, system), "[SERVER_ID]");
 }
 
 CString DvnPEServerSet::GetPESID(const CString& name, const CString& system, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "PE_SERVER", NameAndSystem(name, system), CString(),
-                         [&] { return m_SERVER_ID; });
+    return FirstValueQuiet(*this, prefix + "PE_SERVER", NameAndSystem(name, system), "[SERVER_ID]");
 }
 
 CString DvnPEServerSet::GetPESIDNoSystem(const CString& name, CString& system, const CString& prefix) {
@@ -195,17 +186,15 @@ CString DvnPEServerSet::GetPESIDNoSystem(const CString& name, CString& system, c
 }
 
 CString DvnPEServerSet::GetSystem(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "PE_SERVER", "SERVER_ID = " + Literal(id), CString(), [&] { return m_SYSTEM; });
+    return FirstValue(*this, prefix + "PE_SERVER", "SERVER_ID = " + Literal(id), "[SYSTEM]");
 }
 
 DvnfString DvnPEServerSet::GetName(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "PE_SERVER", "SERVER_ID = " + Literal(id), DvnfString(""),
-                    [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "PE_SERVER", "SERVER_ID = " + Literal(id), "[NAME]");
 }
 
 CString DvnUPEServerSet::GetUPESID(const CString& name, const CString& system, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "USER_PE_SERVER", NameAndSystem(name, system), CString(),
-                         [&] { return m_SERVER_ID; });
+    return FirstValueQuiet(*this, prefix + "USER_PE_SERVER", NameAndSystem(name, system), "[SERVER_ID]");
 }
 
 CString DvnUPEServerSet::GetUPESIDNoSystem(const CString& name, CString& system, const CString& prefix) {
@@ -216,11 +205,9 @@ CString DvnUPEServerSet::GetUPESIDNoSystem(const CString& name, CString& system,
 }
 
 DvnfString DvnUPEServerSet::GetName(const CString& id, const CString& prefix) {
-    return FirstRow(*this, prefix + "USER_PE_SERVER", "SERVER_ID = " + Literal(id), DvnfString(""),
-                    [&] { return DvnfString(m_NAME.c_str()); });
+    return FirstValue<DvnfString>(*this, prefix + "USER_PE_SERVER", "SERVER_ID = " + Literal(id), "[NAME]");
 }
 
 CString DvnPEASet::GetPEAID(const CString& name, const CString& prefix) {
-    return FirstRowQuiet(*this, prefix + "PE_AGENT", "NAME = " + Literal(name), CString(),
-                         [&] { return m_PE_AGENT_ID; });
+    return FirstValueQuiet(*this, prefix + "PE_AGENT", "NAME = " + Literal(name), "[PE_AGENT_ID]");
 }
