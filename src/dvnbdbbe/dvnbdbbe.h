@@ -83,6 +83,47 @@ template <class Set>
 struct Setting;
 }
 
+// Keys of rows found by name (roles, persons, data structures, programs),
+// kept while one process is saved: its activities name the same few again and
+// again, and each is read once per process. A name not found is not kept, so
+// that each miss is read, and reported, as without it. Outside a Span it keeps
+// nothing.
+class DvnKeysByName {
+public:
+    // The key of name in the table of set, read() when not kept.
+    template <class Read>
+    CString Find(CRecordset& set, const DvnString& name, Read read) {
+        if (!m_on) return read();
+        std::string key = set.GetDefaultSQL().str();
+        key.append(1, '\0').append(name.c_str());
+        if (auto it = m_keys.find(key); it != m_keys.end()) return it->second;
+        CString found = read();
+        if (!found.IsEmpty()) m_keys.emplace(std::move(key), found);
+        return found;
+    }
+    // Keeps keys from its making to its end.
+    class Span {
+    public:
+        explicit Span(DvnKeysByName& keys) : m_keys(keys) {
+            m_keys.m_keys.clear();
+            m_keys.m_on = true;
+        }
+        ~Span() {
+            m_keys.m_keys.clear();
+            m_keys.m_on = false;
+        }
+        Span(const Span&) = delete;
+        Span& operator=(const Span&) = delete;
+
+    private:
+        DvnKeysByName& m_keys;
+    };
+
+private:
+    std::unordered_map<std::string, CString> m_keys;
+    bool m_on = false;
+};
+
 class DvnConvCoreDbBe {
 public:
     // Result levels: the highest met wins.
@@ -748,6 +789,7 @@ protected:
         std::unordered_map<std::string, CString> byName;
     };
     DiagramAIDs* m_diagramAIDs = nullptr;
+    DvnKeysByName m_processKeys;  // while a process is saved
     CString m_serverSystem;     // the key of the system of the server being saved
     int m_serverSystemLevel = 0;  // 4 when its link was not found
     long m_serverCannotAppend = 0;  // its kind's cannot-append message

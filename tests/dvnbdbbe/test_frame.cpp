@@ -11,6 +11,8 @@
 
 #include "backendrun.h"
 #include "dvnprocsets.h"
+#include "dvnprogsets.h"
+#include "dvnstaffsets.h"
 #include "familystore.h"
 #include "testenv.h"
 
@@ -285,6 +287,36 @@ TEST(FrameDefaults, SystemNamesComeFromTheProfileOrTheirFallbacksOnce) {
     DvnConvCoreDbBe be;
     EXPECT_EQ(be.DefaultSystem().str(), "DVNSYS");
     EXPECT_EQ(be.DefaultSysGrp().str(), "SYS_GRP");
+}
+
+// Keys found by name are kept by table and name while a span lasts; a miss
+// is read again each time, and no key outlives its span.
+TEST(KeysByName, AFoundKeyIsReadOncePerSpanAndTableAMissEveryTime) {
+    DvnKeysByName keys;
+    DvnRoleSet roles(nullptr);
+    DvnProgramSet programs(nullptr);
+    int reads = 0;
+    auto find = [&](CRecordset& set, const char* name, const char* stored) {
+        return keys.Find(set, DvnString(name), [&] {
+            ++reads;
+            return CString(stored);
+        }).str();
+    };
+    EXPECT_EQ(find(roles, "Clerk", "R1"), "R1");
+    EXPECT_EQ(find(roles, "Clerk", "R2"), "R2");  // outside a span: read every time
+    {
+        const DvnKeysByName::Span span(keys);
+        reads = 0;
+        EXPECT_EQ(find(roles, "Clerk", "R3"), "R3");
+        EXPECT_EQ(find(roles, "Clerk", "R4"), "R3");
+        EXPECT_EQ(find(programs, "Clerk", "G1"), "G1");
+        EXPECT_EQ(find(roles, "Ghost", ""), "");
+        EXPECT_EQ(find(roles, "Ghost", ""), "");
+        EXPECT_EQ(reads, 4);
+    }
+    EXPECT_EQ(find(roles, "Clerk", "R5"), "R5");
+    const DvnKeysByName::Span next(keys);
+    EXPECT_EQ(find(roles, "Clerk", "R6"), "R6");
 }
 
 TEST_P(Frame, TwoInitialLoadsAtOnceKeepOneVersionRowAndNeitherFails) {

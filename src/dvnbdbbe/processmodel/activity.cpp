@@ -349,16 +349,18 @@ int DvnConvCoreDbBe::SaveActivity2(CDatabase& db, DvnfEntity& activity, DvnfEnti
         for (const DvnfLink* link = &tools.First(); link->IsValid(); link = &tools.Next()) {
             DvnfEntity& program = link->Target();
             DvnProgramSet programs(&db);
-            CString key = programs.GetProgramID(Quoted(program.Name()), m_strTablePrefix, false);
-            if (key.IsEmpty()) key = program.OID().c_str();
-            DvnString found;
+            CString key = m_processKeys.Find(programs, program.Name(), [&] {
+                return programs.GetProgramID(Quoted(program.Name()), m_strTablePrefix, false);
+            });
+            bool found = !key.IsEmpty();
+            if (!found) key = program.OID().c_str();
             try {
-                if (!key.IsEmpty()) found = programs.GetName(key, m_strTablePrefix, false);
+                if (!found && !key.IsEmpty()) found = !programs.GetName(key, m_strTablePrefix, false).IsEmpty();
             } catch (CDBException* e) {
                 level = std::max(level, ReportDbException(e, "opening", "PROGRAM"));
                 continue;
             }
-            if (found.IsEmpty()) {
+            if (!found) {
                 Report(51105, program.Name());
                 continue;
             }

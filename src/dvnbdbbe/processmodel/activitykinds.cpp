@@ -105,7 +105,8 @@ int DvnConvCoreDbBe::SaveProgramActivity(CDatabase& db, DvnfEntity& program, con
             CString key;
             if (!name.IsEmpty()) {
                 DvnProgramSet programs(&db);
-                key = programs.GetProgramID(Quoted(name), m_strTablePrefix, false);
+                key = m_processKeys.Find(programs, name,
+                                         [&] { return programs.GetProgramID(Quoted(name), m_strTablePrefix, false); });
             }
             if (key.IsEmpty()) {
                 Report(51105, name);

@@ -144,7 +144,7 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
         auto saveRole = [&](DvnfEntity& role) {
             DvnString name;
             const CString key = ResolveKey<DvnRoleSet>(db, role, m_strTablePrefix, "System administrator",
-                                                       &DvnRoleSet::GetRoleID, name);
+                                                       &DvnRoleSet::GetRoleID, name, &m_processKeys);
             if (key.IsEmpty()) {
                 Report(51132, name);
                 warn();
@@ -249,7 +249,7 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
                 for (const DvnfLink* link = &persons.First(); link->IsValid(); link = &persons.Next()) {
                     DvnString name;
                     const CString key = ResolveKey<DvnPersonSet>(db, link->Target(), m_strTablePrefix, "ADMIN",
-                                                                 &DvnPersonSet::GetPersonID, name);
+                                                                 &DvnPersonSet::GetPersonID, name, &m_processKeys);
                     if (!key.IsEmpty()) level = std::max(level, SaveActByPerson(db, key, aid));
                 }
                 DvnfDataSetIterator members = doneBy("PersonsFromInput").ElementsOfSet();

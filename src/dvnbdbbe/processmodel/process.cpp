@@ -47,6 +47,7 @@ int DvnConvCoreDbBe::RemoveStrandedProcesses(CDatabase& db) {
 
 int DvnConvCoreDbBe::SaveProcess(CDatabase& db, DvnfEntity& entity, bool byIdentifier) {
     const bool import = !byIdentifier;
+    const DvnKeysByName::Span keys(m_processKeys);
     // In an import a process in state 3 is one the file only calls, filled
     // by the on-demand reader: it is not the file's to replace.
     if (import && entity.State() == StateUnchanged) return LevelOk;
@@ -525,14 +526,18 @@ CString DvnConvCoreDbBe::StructureKey(CDatabase& db, DvnfEntity& entity, const c
         name = kDefaultDataStructure;
         entity.AttributeData().Reset(container);
     }
-    CString key = structures.GetDsID(Quoted(name), m_strTablePrefix, false);
+    auto byName = [&](const DvnString& structure) {
+        return m_processKeys.Find(structures, structure,
+                                  [&] { return structures.GetDsID(Quoted(structure), m_strTablePrefix, false); });
+    };
+    CString key = byName(name);
     if (key.IsEmpty() && !activity && !oid.IsEmpty() && !structures.GetName(oid, m_strTablePrefix, false).IsEmpty())
         key = oid;
     if (key.IsEmpty()) {
         Report(51102, name);
         level = std::max(level, static_cast<int>(LevelWarning));
         entity.AttributeData().Reset(container);
-        key = structures.GetDsID(Quoted(DvnString(kDefaultDataStructure)), m_strTablePrefix, false);
+        key = byName(DvnString(kDefaultDataStructure));
     }
     if (key.IsEmpty() && activity) key = oid;
     return key;

@@ -76,17 +76,19 @@ void ReadActivityDefaults(Set& row, const DvnfAttributeDataReader& defaults) {
 // key has in the table (and then the key itself, when the name finds
 // nothing), or under the fallback name. name receives the name used (empty:
 // none, and so no key). Lookups by name write a database exception on
-// standard output; one of a name by key goes up.
+// standard output; one of a name by key goes up. With keys, a name's key is
+// read once while they keep it (by table and name).
 template <class Set, class ByName>
 CString ResolveKey(CDatabase& db, DvnfEntity& target, const CString& prefix, const char* fallback, ByName byName,
-                   DvnString& name) {
+                   DvnString& name, DvnKeysByName* keys = nullptr) {
     Set set(&db);
     const CString oid = target.IsValid() ? CString(target.OID().c_str()) : CString();
     name = target.IsValid() ? DvnString(target.Name()) : DvnString("");
     if (name.IsEmpty() && !oid.IsEmpty()) name = set.GetName(oid, prefix, false);
     if (name.IsEmpty() && fallback) name = fallback;
     if (name.IsEmpty()) return CString();
-    CString key = (set.*byName)(Quoted(name), prefix, false);
+    auto read = [&] { return (set.*byName)(Quoted(name), prefix, false); };
+    CString key = keys ? keys->Find(set, name, read) : read();
     if (key.IsEmpty() && !oid.IsEmpty() && !set.GetName(oid, prefix, false).IsEmpty()) key = oid;
     return key;
 }
