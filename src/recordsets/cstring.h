@@ -12,6 +12,7 @@ public:
     CString(const char* text) : _s(text ? text : "") {}
     CString(const char* text, int length) : _s(text ? std::string(text, static_cast<size_t>(length)) : std::string()) {}
     CString(const std::string& text) : _s(text) {}
+    CString(std::string&& text) : _s(std::move(text)) {}
     CString(char ch, int repeat = 1) : _s(static_cast<size_t>(repeat > 0 ? repeat : 0), ch) {}
 
     CString& operator=(const char* text) { _s = text ? text : ""; return *this; }

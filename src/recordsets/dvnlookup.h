@@ -4,6 +4,7 @@
 #pragma once
 
 #include <iostream>
+#include <string_view>
 
 #include "odbcframe.h"
 
@@ -28,7 +29,8 @@ CString WithTombstoneRule(const CString& filter, bool includeDeleted);
 
 // A bare name or identifier as an SQL string literal: in quotes, with every
 // quote inside doubled.
-CString Literal(const CString& bare);
+CString Literal(std::string_view bare);
+inline CString Literal(const CString& bare) { return Literal(std::string_view(bare.str())); }
 
 // Opens rs on table with filter and returns take() of the first row, or
 // empty when there is none or Open refuses. A CDBException goes up, with the

@@ -5,14 +5,17 @@
 
 #include "dvnbdbbe.h"
 #include "dvnfcorn.h"
+#include "dvnlookup.h"
 #include "storedforms.h"
 
 namespace processstore {
 
 // Any text as an SQL string literal: in single quotes, a quote inside
 // doubled. Names, keys and values from a file all go through it.
-inline CString Quoted(const DvnString& text) { return ReturnQuotedString(text, "'", "'").c_str(); }
-inline CString Quoted(const CString& text) { return Quoted(DvnString(text.c_str())); }
+inline CString Quoted(const DvnString& text) {
+    return dvnlookup::Literal(std::string_view(text.c_str(), static_cast<size_t>(text.Length())));
+}
+inline CString Quoted(const CString& text) { return dvnlookup::Literal(std::string_view(text.c_str())); }
 
 inline constexpr const char* kDefaultDataStructure = "Default Data Structure";
 
