@@ -175,9 +175,19 @@ std::string LiteralsToParameters(const std::string& sql, std::vector<std::string
                                  const CDatabase* db = nullptr) {
     std::string out;
     out.reserve(sql.size() + 16);
+    values.reserve(values.size() + 8);
+    // The next quote (or bracket, with db) from i: a plain loop, as a filter
+    // is read once per row.
+    const auto special = [&sql, brackets = db != nullptr](size_t from) {
+        for (; from < sql.size(); ++from) {
+            const char ch = sql[from];
+            if (ch == '\'' || ch == '"' || (brackets && ch == '[')) return from;
+        }
+        return std::string::npos;
+    };
     size_t i = 0;
     while (i < sql.size()) {
-        size_t next = sql.find_first_of(db ? "'\"[" : "'\"", i);
+        size_t next = special(i);
         if (next == std::string::npos) {
             out.append(sql, i, std::string::npos);
             break;
@@ -203,14 +213,10 @@ std::string LiteralsToParameters(const std::string& sql, std::vector<std::string
             i = end + 1;
             continue;
         }
-        std::string value;
-        value.reserve(j - i - 1);
-        for (size_t k = i + 1; k < j; ++k) {
-            value += sql[k];
-            if (sql[k] == c) ++k;  // a doubled quote stands for one
-        }
+        std::string& value = values.emplace_back(sql, i + 1, j - i - 1);
+        // A doubled quote stands for one.
+        for (size_t k = value.find(c); k != std::string::npos; k = value.find(c, k + 1)) value.erase(k, 1);
         out += '?';
-        values.push_back(std::move(value));
         i = j + 1;
     }
     return out;
@@ -232,15 +238,16 @@ bool QuoteInsideBrackets(const std::string& sql) {
 // stays with the connection (see CDatabase::ReleaseStatement).
 struct StatementUse {
     CDatabase& db;
+    CDatabase::KeptStatement* kept = nullptr;  // null for text run once
     SQLHSTMT h;
     const char* sql = nullptr;  // for the trace
-    StatementUse(CDatabase& d, const std::string& text) : db(d), h(d.PreparedStatement(text)), sql(text.c_str()) {}
+    StatementUse(CDatabase& d, const std::string& text) : db(d), kept(&d.Kept(text)), h(kept->h), sql(text.c_str()) {}
     StatementUse(CDatabase&, std::string&&) = delete;  // sql would point into a temporary
     explicit StatementUse(CDatabase& d) : db(d), h(d.DirectStatement()) {}
     ~StatementUse() { db.ReleaseStatement(h); }
 };
 
-// A parameter value with a stable address for SQLBindParameter.
+// A parameter value as a statement's use gives it.
 struct Param {
     std::string text;
     SQLINTEGER number = 0;
@@ -249,20 +256,40 @@ struct Param {
     int sqlType = SQL_VARCHAR;
 };
 
-void BindParams(SQLHSTMT h, std::vector<Param>& params) {
-    SQLUSMALLINT n = 1;
-    for (auto& p : params) {
+// Puts the values into the buffers of the statement's markers. A marker's
+// buffer is bound once and then only filled, as the driver reads it when the
+// statement executes; it is bound again when its type changes or its text
+// outgrows it (the text's buffer moves then). The markers of a kept statement
+// are fixed by its text, so their number changes only at its first use.
+void BindParams(CDatabase::KeptStatement& kept, const std::vector<Param>& params) {
+    const SQLHSTMT h = kept.h;
+    if (kept.params.size() != params.size()) kept.params = std::vector<CDatabase::BoundParam>(params.size());
+    for (size_t k = 0; k < params.size(); ++k) {
+        const Param& p = params[k];
+        CDatabase::BoundParam& b = kept.params[k];
+        const SQLUSMALLINT n = static_cast<SQLUSMALLINT>(k + 1);
+        const SQLSMALLINT cType = p.isText ? SQL_C_CHAR : SQL_C_SLONG;
+        const SQLSMALLINT sqlType = p.isText ? static_cast<SQLSMALLINT>(p.sqlType) : SQL_INTEGER;
         if (p.isText) {
-            SQLULEN size = std::max<SQLULEN>(p.text.size(), 1);
-            if (p.ind != SQL_NULL_DATA) p.ind = static_cast<SQLLEN>(p.text.size());
-            DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, n, SQL_PARAM_INPUT, SQL_C_CHAR,
-                     static_cast<SQLSMALLINT>(p.sqlType), size, 0, const_cast<char*>(p.text.data()),
-                     static_cast<SQLLEN>(p.text.size()), &p.ind);
+            if (b.cType != cType) b.text.reserve(64);
+            b.text.assign(p.text);
+            b.ind = p.ind == SQL_NULL_DATA ? SQL_NULL_DATA : static_cast<SQLLEN>(b.text.size());
+            if (b.cType == cType && b.sqlType == sqlType && b.boundAt == b.text.data()) continue;
+            // The column size is the buffer's: at least as long as any text
+            // it holds while bound.
+            DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, n, SQL_PARAM_INPUT, SQL_C_CHAR, sqlType,
+                     std::max<SQLULEN>(b.text.capacity(), 1), 0, b.text.data(),
+                     static_cast<SQLLEN>(b.text.capacity() + 1), &b.ind);
+            b.boundAt = b.text.data();
         } else {
-            DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, n, SQL_PARAM_INPUT, SQL_C_SLONG,
-                     SQL_INTEGER, 0, 0, &p.number, 0, &p.ind);
+            b.number = p.number;
+            b.ind = p.ind;
+            if (b.cType == cType && b.sqlType == sqlType) continue;
+            DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, n, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0,
+                     0, &b.number, 0, &b.ind);
         }
-        ++n;
+        b.cType = cType;
+        b.sqlType = sqlType;
     }
 }
 
@@ -400,7 +427,8 @@ void CDatabase::AttachOwnFileAsDvbt() {
 }
 
 void CDatabase::FreeStatements() {
-    for (auto& [sql, h] : m_statements) DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeHandle, SQL_HANDLE_STMT, h);
+    for (auto& [sql, kept] : m_statements)
+        DVN_ODBC(Cleanup, SQL_HANDLE_STMT, kept.h, SQLFreeHandle, SQL_HANDLE_STMT, kept.h);
     m_statements.clear();
     m_translated.clear();  // the next connection may quote otherwise
     if (m_hstmtDirect != SQL_NULL_HSTMT)
@@ -548,11 +576,11 @@ void CDatabase::ApplyQueryTimeout(SQLHSTMT h) const {
 // The connection keeps its statements, so a new time-out goes to them too.
 void CDatabase::SetQueryTimeout(unsigned seconds) {
     m_dwQueryTimeout = seconds;
-    for (auto& [sql, h] : m_statements) ApplyQueryTimeout(h);
+    for (auto& [sql, kept] : m_statements) ApplyQueryTimeout(kept.h);
     if (m_hstmtDirect != SQL_NULL_HSTMT) ApplyQueryTimeout(m_hstmtDirect);
 }
 
-SQLHSTMT CDatabase::PreparedStatement(const std::string& sql) {
+CDatabase::KeptStatement& CDatabase::Kept(const std::string& sql) {
     LeaveManualCommit();
     auto it = m_statements.find(sql);
     if (it != m_statements.end()) return it->second;
@@ -565,18 +593,15 @@ SQLHSTMT CDatabase::PreparedStatement(const std::string& sql) {
     }
     if (m_statements.size() >= 256) {
         for (auto& [text, old] : m_statements)
-            DVN_ODBC(Cleanup, SQL_HANDLE_STMT, old, SQLFreeHandle, SQL_HANDLE_STMT, old);
+            DVN_ODBC(Cleanup, SQL_HANDLE_STMT, old.h, SQLFreeHandle, SQL_HANDLE_STMT, old.h);
         m_statements.clear();
     }
-    m_statements.emplace(sql, h);
-    return h;
+    return m_statements.emplace(sql, KeptStatement{h, {}}).first->second;
 }
 
 // Runs when a statement's use ends, also on the way of an exception: the
-// call is cleanup and never raises. The parameters stay bound to buffers that
-// are gone: every use binds all of its statement's markers again before it
-// executes (the markers of a kept statement are fixed by its text), so the
-// driver never reads them, and an unbind per use would cost a driver call.
+// call is cleanup and never raises. The parameters stay bound to the
+// statement's own buffers (BindParams), which live as long as it does.
 void CDatabase::ReleaseStatement(SQLHSTMT h) {
     DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_CLOSE);
 }
@@ -782,6 +807,7 @@ CString CRecordset::GetDefaultConnect() { return CString("ODBC;"); }
 
 std::vector<CFieldInfo> CRecordset::DescribeFields() {
     std::vector<CFieldInfo> fields;
+    fields.reserve(m_nFields > 0 ? static_cast<size_t>(m_nFields) : 16);
     CFieldExchange fx(fields);
     fx.SetFieldType(CFieldExchange::outputColumn);
     DoFieldExchange(&fx);
@@ -861,7 +887,7 @@ bool CRecordset::Open(unsigned, const char* text, unsigned options) {
         for (size_t i = 0; i < literals.size(); ++i) params[i].text = std::move(literals[i]);
 
         StatementUse use(db, sql);
-        BindParams(use.h, params);
+        BindParams(*use.kept, params);
         DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
         SQLSMALLINT columns = 0;
         DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLNumResultCols, use.h, &columns);
@@ -1015,7 +1041,7 @@ bool CRecordset::Update() {
     std::string newLocator;
     {
         StatementUse use(db, db.TranslateBracketsOnce(sql));
-        BindParams(use.h, params);
+        BindParams(*use.kept, params);
         DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
         if (mode == Impl::Editing) {
             bool hit;
@@ -1055,7 +1081,7 @@ void CRecordset::Delete() {
     params[0].text = m.rows[m.current].locator;
     const std::string sql = db.TranslateBrackets("DELETE FROM " + m.table + " WHERE " + db.Locator().condition);
     StatementUse use(db, sql);
-    BindParams(use.h, params);
+    BindParams(*use.kept, params);
     DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
     SQLLEN count = 0;
     DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLRowCount, use.h, &count);

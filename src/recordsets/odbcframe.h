@@ -110,9 +110,26 @@ public:
     };
     const RowLocator& Locator() const { return m_locator; }
 
+    // A parameter of a kept statement with the buffer it is bound to: the
+    // buffer lives as long as the statement, so that a statement used again
+    // takes its new values without binding them again (the driver reads a
+    // bound buffer when the statement executes).
+    struct BoundParam {
+        std::string text;
+        SQLINTEGER number = 0;
+        SQLLEN ind = 0;
+        SQLSMALLINT cType = 0;  // 0: not bound yet
+        SQLSMALLINT sqlType = 0;
+        const char* boundAt = nullptr;  // text.data() when bound
+    };
+    struct KeptStatement {
+        SQLHSTMT h = SQL_NULL_HSTMT;
+        std::vector<BoundParam> params;
+    };
     // A prepared statement for sql, kept for the life of the connection.
     // The caller binds, executes, reads and then calls ReleaseStatement.
-    SQLHSTMT PreparedStatement(const std::string& sql);
+    SQLHSTMT PreparedStatement(const std::string& sql) { return Kept(sql).h; }
+    KeptStatement& Kept(const std::string& sql);
     // A statement handle for text run once (SQLExecDirect): a query whose
     // filter holds literals gains nothing from being prepared.
     SQLHSTMT DirectStatement();
@@ -140,7 +157,7 @@ protected:
     char m_chIdentifierQuote = '"';
     int m_nIdentifierCase = SQL_IC_SENSITIVE;
     RowLocator m_locator;
-    std::unordered_map<std::string, SQLHSTMT> m_statements;
+    std::unordered_map<std::string, KeptStatement> m_statements;
     std::unordered_map<std::string, std::string> m_translated;  // TranslateBracketsOnce
     SQLHSTMT m_hstmtDirect = SQL_NULL_HSTMT;
     std::string m_strWriterProbe;  // SQLite: a table of DVBT that BeginTrans writes nothing to

@@ -206,6 +206,41 @@ TEST_P(Frame, AFilterIsReadTheSameWhateverItsLiteralsHold) {
     }
 }
 
+// The statements of a connection are kept with their parameters bound to
+// buffers of their own: each use must write and find its own values, longer
+// or shorter than the last, however many times the statement has been used.
+TEST_P(Frame, AKeptStatementWritesAndFindsEachUsesOwnValuesWhateverTheirLength) {
+    const std::vector<std::string> docs = {"d", std::string(3000, 'l'), "dd", std::string(70, 'm'),
+                                           "",  std::string(4000, 'n'), "e"};
+    for (size_t i = 0; i < docs.size(); ++i) {
+        ItemSet set(&Db());
+        set.Open(1, prefix + "ITEM", 0);
+        set.AddNew();
+        set.m_ITEM_ID = std::to_string(i).c_str();
+        set.m_NAME = std::string(i % 2 ? 200 : 1, static_cast<char>('a' + i)).c_str();
+        set.m_DOCUMENTATION = docs[i].c_str();
+        set.m_NUM = static_cast<long>(i);
+        set.Update();
+    }
+    for (int round = 0; round < 2; ++round) {
+        for (size_t i = 0; i < docs.size(); ++i) {
+            SCOPED_TRACE(i);
+            ItemSet set(&Db());
+            set.m_strFilter = docs[i].empty() ? CString("[DOCUMENTATION] IS NULL")
+                                              : CString("[DOCUMENTATION] = '") + docs[i].c_str() + "'";
+            set.m_strFilter +=
+                CString(" AND [NAME] = '") + std::string(i % 2 ? 200 : 1, static_cast<char>('a' + i)).c_str() + "'";
+            set.Open(1, prefix + "ITEM", 0);
+            ASSERT_FALSE(set.IsEOF());
+            EXPECT_EQ(set.m_ITEM_ID.str(), std::to_string(i));
+            EXPECT_EQ(set.m_NUM, static_cast<long>(i));
+            EXPECT_EQ(set.m_DOCUMENTATION.str(), docs[i]);
+            set.MoveNext();
+            EXPECT_TRUE(set.IsEOF());
+        }
+    }
+}
+
 TEST_P(Frame, FailuresRaiseTheDriversTextAndStateAndLeaveTheConnectionUsable) {
     ItemSet set(&Db());
     Raised missing = Catch([&] { set.Open(1, prefix + "NO_SUCH_TABLE", 4); });
