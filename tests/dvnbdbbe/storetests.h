@@ -89,6 +89,24 @@ protected:
         return process;
     }
 
+    // Makes the database refuse every statement of the event ("INSERT",
+    // "UPDATE") on the table (a trigger), or takes that back.
+    void Refuse(const std::string& event, const std::string& table, bool refuse = true) {
+        const std::string trigger = "REFUSE_" + event + "_" + table;
+        if (!refuse) {
+            Exec(IsPostgres() ? "DROP TRIGGER " + trigger + " ON DVBT." + table : "DROP TRIGGER DVBT." + trigger);
+        } else if (IsPostgres()) {
+            Exec(
+                "CREATE OR REPLACE FUNCTION DVBT.REFUSE() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN RAISE "
+                "EXCEPTION 'refused'; END $$");
+            Exec("CREATE TRIGGER " + trigger + " BEFORE " + event + " ON DVBT." + table +
+                 " FOR EACH ROW EXECUTE FUNCTION DVBT.REFUSE()");
+        } else {
+            Exec("CREATE TRIGGER DVBT." + trigger + " BEFORE " + event + " ON " + table +
+                 " BEGIN SELECT RAISE(ABORT, 'refused'); END");
+        }
+    }
+
     Lines Rows(const std::string& sql) { return Dashed(QueryRows(Db(), sql)); }
     // In byte order, whatever the collation of the database.
     Lines Sorted(const std::string& sql) {

@@ -147,6 +147,7 @@ int DvnConvCoreDbBe::SaveDataStructure2(CDatabase& db, DvnfEntity& entity) {
     DVN_TRACE(3, 1, "Structure " << name << " second pass ...\n");
 
     CString key;
+    int level = LevelOk;  // a mark that could not be written is an error of the save
     {
         DvnDataStructureSet row(&db);
         row.m_strFilter = CString("NAME = ") + ReturnQuotedString(name, "'", "'").c_str();
@@ -172,7 +173,7 @@ int DvnConvCoreDbBe::SaveDataStructure2(CDatabase& db, DvnfEntity& entity) {
                     row.Update();
                 } catch (CDBException* e) {
                     // The members are written all the same.
-                    ReportDbException(e, "updating", "DATA_STRUCTURE");
+                    level = ReportDbException(e, "updating", "DATA_STRUCTURE");
                 }
             }
         } catch (CDBException* e) {
@@ -196,7 +197,6 @@ int DvnConvCoreDbBe::SaveDataStructure2(CDatabase& db, DvnfEntity& entity) {
         }
     }
 
-    int level = LevelOk;
     long sequence = 1;
     for (DvnfAttributeDataReader member = members.First(); member.IsValid(); member = members.Next())
         level = std::max(level, SaveDataStructureMbr(db, member, key, sequence++));

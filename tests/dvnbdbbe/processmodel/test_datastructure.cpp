@@ -140,3 +140,28 @@ TEST_P(DataStructureStore, AStructureAndItsUsersAreDeletedInOneRunWhateverTheOrd
 DVN_INSTANTIATE_BOTH_BACKENDS(DataStructureStore);
 
 }  // namespace
+
+// A structure whose first-pass mark the database refuses to clear has its
+// members written, but the save fails (the mark says the structure is
+// unfinished); the next run clears the mark.
+TEST_P(DataStructureStore, AMarkTheDatabaseRefusesToClearFailsTheSaveAndTheNextRunClearsIt) {
+    Refuse("UPDATE", "DATA_STRUCTURE");
+    {
+        BackEndRun run(true);
+        Structure(run, "Address", {{"Street"}});
+        EXPECT_EQ(run.be.SaveDataStructures(Db(), true), 8);
+        Lines messages = run.Messages();
+        ASSERT_EQ(messages.size(), 3u) << testing::PrintToString(messages);
+        EXPECT_EQ(messages[1].rfind("51368|", 0), 0u) << messages[1];
+        EXPECT_NE(messages[1].find("refused"), std::string::npos) << messages[1];
+        EXPECT_EQ(messages[0] + " " + messages[2], "51021|Address 51022|Street");
+        EXPECT_NE(Marks("DATA_STRUCTURE"), (Lines{"Address|0"}));
+        EXPECT_EQ(Members(), (Lines{"Address|Street|1|-|1|-|-"}));
+    }
+    Refuse("UPDATE", "DATA_STRUCTURE", false);
+    BackEndRun run(true);
+    Structure(run, "Address", {{"Street"}});
+    EXPECT_EQ(run.be.SaveDataStructures(Db(), true), 0) << testing::PrintToString(run.Messages());
+    EXPECT_EQ(Marks("DATA_STRUCTURE"), (Lines{"Address|0"}));
+    EXPECT_EQ(Members(), (Lines{"Address|Street|1|-|1|-|-"}));
+}

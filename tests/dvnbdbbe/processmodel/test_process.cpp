@@ -22,22 +22,6 @@ protected:
         EXPECT_EQ(run.be.SaveProcesses(Db(), true, false), 4);
         return run.Messages();
     }
-    // Makes the database refuse every insert into the table (a trigger), or
-    // takes that back.
-    void RefuseInserts(const std::string& table, bool refuse = true) {
-        const std::string trigger = "REFUSE_" + table;
-        if (!refuse) {
-            Exec(IsPostgres() ? "DROP TRIGGER " + trigger + " ON DVBT." + table : "DROP TRIGGER DVBT." + trigger);
-        } else if (IsPostgres()) {
-            Exec("CREATE OR REPLACE FUNCTION DVBT.REFUSE() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN RAISE "
-                 "EXCEPTION 'refused'; END $$");
-            Exec("CREATE TRIGGER " + trigger + " BEFORE INSERT ON DVBT." + table +
-                 " FOR EACH ROW EXECUTE FUNCTION DVBT.REFUSE()");
-        } else {
-            Exec("CREATE TRIGGER DVBT." + trigger + " BEFORE INSERT ON " + table +
-                 " BEGIN SELECT RAISE(ABORT, 'refused'); END");
-        }
-    }
 };
 
 TEST_P(ProcessStore, ANewProcessHasOneRowUnderItsOwnNameWithItsActivitiesAndContainerValues) {
@@ -110,7 +94,7 @@ TEST_P(ProcessStore, AnImportReplacesAProcessWithOverwriteOnAndLeavesItOffHeldOr
 
     // A replacement that cannot write its graph row keeps the old process whole and free.
     Exec("UPDATE DVBT.PROCESS SET CHECKED_OUT_BY = NULL");
-    RefuseInserts("PROCESS_GRAPH_ATTR");
+    Refuse("INSERT", "PROCESS_GRAPH_ATTR");
     ImportRun run(true);
     run.be.SetCurrentUser(DvnString("ADMIN"));
     DvnfEntity& order = run.Add("Process", "Order");
@@ -270,7 +254,7 @@ TEST_P(ProcessStore, AnAssignmentOrToolRowTheDatabaseRefusesFailsTheSave) {
         {"ACT_BY_PERS_F_CONT", "activity-columns.trx"}};
     for (const auto& [table, file] : cases) {
         SCOPED_TRACE(table);
-        RefuseInserts(table);
+        Refuse("INSERT", table);
         ImportRun run(true);
         run.be.SetOverwriteOption(true);
         Read(run, file);
@@ -280,7 +264,7 @@ TEST_P(ProcessStore, AnAssignmentOrToolRowTheDatabaseRefusesFailsTheSave) {
                                 [](const std::string& m) { return m.rfind("51368|", 0) == 0; }),
                   1)
             << testing::PrintToString(messages);
-        RefuseInserts(table, false);
+        Refuse("INSERT", table, false);
     }
 }
 
