@@ -316,9 +316,9 @@ public:
     int SaveControlConnector(CDatabase& db, DvnfEntity& connector, DvnfEntity& process, const CString& blockAid);
     int SaveDataConnector(CDatabase& db, DvnfEntity& connector, DvnfEntity& process, const CString& blockAid);
     // The key of the activity of that name in the diagram: from the keys the
-    // diagram's connectors are saved with (read at the first end asked, in
-    // their transaction, where no activity row changes), else from the
-    // database.
+    // diagram's connectors or second pass are saved with (read at the first
+    // key asked, after the first pass, where no activity row of the diagram
+    // changes any more), else from the database.
     CString DiagramAID(CDatabase& db, const CString& name, const CString& pid, const CString& blockAid);
     // One bend point ("Xpos", "Ypos") or mapping ("From", "To") unless its
     // row is there; the deletes remove all of one connector.
@@ -781,14 +781,25 @@ protected:
     template <class Set>
     int ReadServerSettings(DvnfEntity& entity, const DvnfAttributeDataReader& base, Set& row,
                            const std::vector<DvnStored::Setting<Set>>& table);
-    // The keys of the activities of the diagram whose connectors are being
-    // saved, by name (once read), with that diagram's process and block.
+    // The keys of the activities of the diagram whose connectors or second
+    // pass are being saved, by name (once read), with that diagram's process
+    // and block.
     struct DiagramAIDs {
         CString pid, blockAid;
         bool read = false;
         std::unordered_map<std::string, CString> byName;
     };
     DiagramAIDs* m_diagramAIDs = nullptr;
+    // Makes a diagram's keys the ones DiagramAID uses, for the life of this
+    // object; those of the diagram around it come back after.
+    struct DiagramAIDsInUse {
+        DiagramAIDs*& now;
+        DiagramAIDs* before;
+        DiagramAIDsInUse(DiagramAIDs*& current, DiagramAIDs& aids) : now(current), before(current) { now = &aids; }
+        ~DiagramAIDsInUse() { now = before; }
+        DiagramAIDsInUse(const DiagramAIDsInUse&) = delete;
+        DiagramAIDsInUse& operator=(const DiagramAIDsInUse&) = delete;
+    };
     DvnKeysByName m_processKeys;  // while a process is saved
     CString m_serverSystem;     // the key of the system of the server being saved
     int m_serverSystemLevel = 0;  // 4 when its link was not found

@@ -71,12 +71,7 @@ int DvnConvCoreDbBe::SaveDiagram(CDatabase& db, DvnfAttributeDataReader diagram,
                                                   {"DataConnectors", &DvnConvCoreDbBe::SaveDataConnector}};
     db.BeginTrans();
     DiagramAIDs aids{process.OID().c_str(), blockAid, false, {}};
-    struct Keep {
-        DiagramAIDs*& now;
-        DiagramAIDs* before;
-        ~Keep() { now = before; }
-    } keep{m_diagramAIDs, m_diagramAIDs};
-    m_diagramAIDs = &aids;
+    const DiagramAIDsInUse inUse(m_diagramAIDs, aids);
     for (const auto& [set, save] : parts) {
         ForEachElement(diagram, set, [&](DvnfEntity& part) {
             if (!part.IsValid() || part.State() == StateNone) return;
@@ -93,10 +88,13 @@ int DvnConvCoreDbBe::SaveDiagram2(CDatabase& db, DvnfAttributeDataReader diagram
                                   const CString& blockAid) {
     const CString pid = process.OID().c_str();
     int level = LevelOk;
-    DvnActivitySet lookup(&db);
+    // The keys of the diagram's activities, read once when the first is
+    // needed: their rows are all there after the first pass.
+    DiagramAIDs aids{pid, blockAid, false, {}};
+    const DiagramAIDsInUse inUse(m_diagramAIDs, aids);
     ForEachElement(diagram, "Activities", [&](DvnfEntity& activity) {
         if (!activity.IsValid() || activity.State() <= StateDeleted) return;
-        const CString aid = lookup.GetAID(Quoted(activity.Name()), pid, blockAid, m_strTablePrefix);
+        const CString aid = DiagramAID(db, CString(activity.Name().c_str()), pid, blockAid);
         // No row: its first pass failed and has said so.
         if (aid.IsEmpty()) return;
         db.BeginTrans();
