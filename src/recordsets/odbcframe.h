@@ -126,9 +126,9 @@ public:
         SQLHSTMT h = SQL_NULL_HSTMT;
         std::vector<BoundParam> params;
     };
-    // A prepared statement for sql, kept for the life of the connection.
-    // The caller binds, executes, reads and then calls ReleaseStatement.
-    SQLHSTMT PreparedStatement(const std::string& sql) { return Kept(sql).h; }
+    // A prepared statement for sql, kept for the life of the connection
+    // (all go when it holds 256 and needs another). The caller binds its parameters
+    // into it, executes, reads and then calls ReleaseStatement.
     KeptStatement& Kept(const std::string& sql);
     // A statement handle for text run once (SQLExecDirect): a query whose
     // filter holds literals gains nothing from being prepared.
