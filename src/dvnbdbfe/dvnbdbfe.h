@@ -7,12 +7,14 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "dvnfcorn.h"
 #include "dvnkernn.h"
 #include "odbcframe.h"
 
+class DvnActivityExtentSet;
 class DvnCategorySet;
 class DvnDataStructureSet;
 class DvnDataStructureMbrSet;
@@ -234,6 +236,13 @@ protected:
     // number of rows. A database exception goes up (rs closes itself).
     template <class Set, class OnRow>
     long ReadRows(Set& rs, const CString& statement, OnRow onRow);
+    // The rows of an open recordset, from its first, each given to onRow;
+    // the recordset stays open.
+    template <class Set, class OnRow>
+    static void EachRow(Set& rs, OnRow onRow) {
+        if (rs.IsBOF()) return;  // no rows (wherever a walk before left it)
+        for (rs.MoveFirst(); !rs.IsEOF(); rs.MoveNext()) onRow(rs);
+    }
 
     // "SELECT * FROM " + prefix + table, and " WHERE [KEY] ='key'" when a key
     // is given (without quotes when quoted is false).
@@ -325,6 +334,14 @@ protected:
     template <class TargetSet>
     void LinkEach(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
                   const char* keyColumn, CString TargetSet::*name, const std::vector<CString>& keys);
+    // The same for rows that hold their targets' keys and names themselves:
+    // a link to each row the statement gives, read once through TargetSet.
+    template <class TargetSet>
+    void LinkEachRow(DvnfEntity& entity, const char* linkName, const char* targetType, const CString& statement,
+                     CString TargetSet::*key, CString TargetSet::*name);
+    // Links by key, sorted by name and then key (the pairs are sorted here).
+    using NamesAndKeys = std::vector<std::pair<std::string, CString>>;
+    void LinkInNameOrder(DvnfEntity& entity, const char* linkName, const char* targetType, NamesAndKeys& targets);
     // The values of one column of the rows that the statement gives, read
     // through Set, in the order the statement says.
     template <class Set>
@@ -417,8 +434,10 @@ protected:
                     bool singleActivity, bool withAttributes, bool withBlocks, std::vector<DvnfEntity*>* blocks);
     void ActivityInitSetting(DvnfAttributeData attributes, DvnfEntity* activity, DvnActivitySet* row);
     void ActivitySetting(DvnfAttributeData attributes, DvnfEntity* activity, DvnActivitySet* row);
-    void ActivityExtSetting(DvnfAttributeData attributes, DvnfEntity* activity, CString const& aid);
-    void Done_by(DvnfEntity* activity, CString aid);
+    // Both walk the activity's ACTIVITY_EXTENT rows, opened by the caller.
+    void ActivityExtSetting(DvnfAttributeData attributes, DvnfEntity* activity, CString const& aid,
+                            DvnActivityExtentSet& extent);
+    void Done_by(DvnfEntity* activity, CString aid, DvnActivityExtentSet& extent);
     // The dotted path of blocks, outermost first, to the activity of that key.
     CString StarterPath(CString const& aid);
     void ProgramActivity(DvnfAttributeData& attributes, CString const& aid);
@@ -501,15 +520,11 @@ protected:
 template <class Set, class OnRow>
 long DvnConvCoreDbFe::ReadRows(Set& rs, const CString& statement, OnRow onRow) {
     rs.Open(CRecordset::snapshot, statement, CRecordset::readOnly);
-    if (rs.IsEOF()) {
-        rs.Close();
-        return 0;
-    }
     long count = 0;
-    for (rs.MoveFirst(); !rs.IsEOF(); rs.MoveNext()) {
+    EachRow(rs, [&](Set& row) {
         ++count;
-        onRow(rs);
-    }
+        onRow(row);
+    });
     rs.Close();
     return count;
 }

@@ -1,8 +1,9 @@
 // The frame of all loads: construction, states, the stored forms undone into
 // attributes, the null rule, links, messages and the traces of caught
 // database exceptions.
-#include "dvnbdbfe.h"
+#include <algorithm>
 
+#include "dvnbdbfe.h"
 #include "storedforms.h"
 
 DvnConvCoreDbFe::DvnConvCoreDbFe(CDatabase* db, DvnfTRXData* data)
@@ -140,6 +141,14 @@ bool LinkColumn(DvnfTRXData& data, AddLink add, DvnfEntity& entity, const char* 
 }
 
 }  // namespace
+
+// Names, not keys, give the order (staff/staffload.h, LinkEach).
+void DvnConvCoreDbFe::LinkInNameOrder(DvnfEntity& entity, const char* linkName, const char* targetType,
+                                      NamesAndKeys& targets) {
+    std::sort(targets.begin(), targets.end());  // by name, then by key
+    for (const auto& [targetName, key] : targets)
+        m_pCoreData->AddLinkByOID(entity, DvnfString(linkName), DvnfString(targetType), DvnfString(key.c_str()));
+}
 
 bool DvnConvCoreDbFe::LinkByOID(DvnfEntity& entity, const char* linkName, const char* targetType,
                                 const CRecordset& row, const CString& member) {

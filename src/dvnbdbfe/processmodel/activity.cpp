@@ -114,12 +114,17 @@ int DvnConvCoreDbFe::ActivityAttributes(DvnfAttributeData attributes, DvnfEntity
     switch (row->m_ACTIVITY_KIND) {
         case KindProgram:
         case KindInfo:
-        case KindProcess:
-            ActivityExtSetting(attributes, activity, aid);
-            Done_by(activity, aid);
+        case KindProcess: {
+            // The extent row is read once for both.
+            DvnActivityExtentSet extent(m_pDatabase);
+            extent.Open(CRecordset::snapshot, SelectFrom("ACTIVITY_EXTENT", "AID", aid), CRecordset::readOnly);
+            ActivityExtSetting(attributes, activity, aid, extent);
+            Done_by(activity, aid, extent);
+            extent.Close();
             if (row->m_ACTIVITY_KIND == KindProgram) ProgramActivity(attributes, aid);
             if (row->m_ACTIVITY_KIND == KindProcess) ProcessActivity(attributes, aid);
             break;
+        }
         case KindBundle: BundleActivity(attributes, activity, aid); break;
         default: break;
     }
@@ -145,9 +150,9 @@ const std::pair<const char*, long E::*> kActivityDefaults[] = {
 
 }  // namespace
 
-void DvnConvCoreDbFe::ActivityExtSetting(DvnfAttributeData attributes, DvnfEntity* activity, CString const& aid) {
-    DvnActivityExtentSet rs(m_pDatabase);
-    ReadRows(rs, SelectFrom("ACTIVITY_EXTENT", "AID", aid), [&](DvnActivityExtentSet& row) {
+void DvnConvCoreDbFe::ActivityExtSetting(DvnfAttributeData attributes, DvnfEntity* activity, CString const& aid,
+                                         DvnActivityExtentSet& extent) {
+    EachRow(extent, [&](DvnActivityExtentSet& row) {
         attributes("Start")("Manual") = IsOne(row, row.m_START_OPTION);
         const bool exitManual = IsOne(row, row.m_EXIT_OPTION);
         attributes("Exit")("Manual") = exitManual;
@@ -208,12 +213,11 @@ void DvnConvCoreDbFe::ActivityExtSetting(DvnfAttributeData attributes, DvnfEntit
 
 // ------------------------------------------------------------------ staff
 
-void DvnConvCoreDbFe::Done_by(DvnfEntity* activity, CString aid) {
+void DvnConvCoreDbFe::Done_by(DvnfEntity* activity, CString aid, DvnActivityExtentSet& extent) {
     // What a second read would add again goes first.
     activity->AttributeData().Reset("DoneBy");
     DvnfAttributeData doneBy = activity->AttributeData()("DoneBy");
-    DvnActivityExtentSet rs(m_pDatabase);
-    ReadRows(rs, SelectFrom("ACTIVITY_EXTENT", "AID", aid), [&](DvnActivityExtentSet& row) {
+    EachRow(extent, [&](DvnActivityExtentSet& row) {
         const long by = row.IsFieldNull(&row.m_DONE_BY) ? 0 : row.m_DONE_BY;
         if (by < 1 || by > 11) return;
         auto roles = [&](const char* link) {
@@ -266,9 +270,15 @@ void DvnConvCoreDbFe::Done_by(DvnfEntity* activity, CString aid) {
                 if (fromInput.NumberOfElements() > 0 || !persons.empty()) doneBy("AssignType") = 3L;
                 break;
             }
-            case 8: path(row.m_STARTER_OF_AID, "StarterOf"); break;
-            case 9: path(row.m_MANAGER_OF_S_AID, "MgrStarterOf"); break;
-            case 10: path(row.m_XCL_STARTER_OF_AID, "NotStarterOf"); break;
+            case 8:
+                path(row.m_STARTER_OF_AID, "StarterOf");
+                break;
+            case 9:
+                path(row.m_MANAGER_OF_S_AID, "MgrStarterOf");
+                break;
+            case 10:
+                path(row.m_XCL_STARTER_OF_AID, "NotStarterOf");
+                break;
             case 11:
                 doneBy("AssignType") = 11L;
                 if (!row.IsFieldNull(&row.m_ORG_CONT_MEMBER))
@@ -277,7 +287,9 @@ void DvnConvCoreDbFe::Done_by(DvnfEntity* activity, CString aid) {
                     LinkByOID(*activity, "DoneByMgrOrganization", "Organization", row, row.m_ORGANIZATION);
                 doneBy("IncludeType") = IsOne(row, row.m_INCL_CHILD_ORG) ? 3L : 1L;
                 break;
-            default: doneBy("AssignType") = by; break;  // 4 to 7
+            default:
+                doneBy("AssignType") = by;
+                break;  // 4 to 7
         }
     });
 }

@@ -24,8 +24,8 @@ int DvnConvCoreDbFe::Organization(DvnOrganizationSet& row, DvnfEntity& organizat
     LinkToRow<DvnOrganizationSet>(organization, "OrganizationHasParent", "Organization", "ORGANIZATION",
                                   "ORGANIZATION_ID", row, row.m_PARENT_ORG_ID);
     const CString key = row.m_ORGANIZATION_ID;
-    LinkEach<DvnPersonSet>(organization, "OrganizationHasPerson", "Person", "PERSON", "PERSON_ID",
-                           &DvnPersonSet::m_USERID,
-                           ColumnOf(SelectFrom("PERSON", "ORGANIZATION_ID", key), &DvnPersonSet::m_PERSON_ID));
+    LinkEachRow<DvnPersonSet>(organization, "OrganizationHasPerson", "Person",
+                              SelectFrom("PERSON", "ORGANIZATION_ID", key), &DvnPersonSet::m_PERSON_ID,
+                              &DvnPersonSet::m_USERID);
     return LevelOk;
 }

@@ -2,9 +2,7 @@
 // a relation in a fixed order. Internal header of the front end.
 #pragma once
 
-#include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "dvnbdbfe.h"
@@ -39,13 +37,20 @@ std::vector<CString> DvnConvCoreDbFe::ColumnOf(const CString& statement, CString
 template <class TargetSet>
 void DvnConvCoreDbFe::LinkEach(DvnfEntity& entity, const char* linkName, const char* targetType, const char* table,
                                const char* keyColumn, CString TargetSet::*name, const std::vector<CString>& keys) {
-    std::vector<std::pair<std::string, CString>> targets;
+    NamesAndKeys targets;
     for (const CString& key : keys) {
         TargetSet rs(m_pDatabase);
         ReadRows(rs, SelectFrom(table, keyColumn, key),
                  [&](TargetSet& row) { targets.emplace_back((row.*name).c_str(), key); });
     }
-    std::sort(targets.begin(), targets.end());  // by name, then by key
-    for (const auto& [targetName, key] : targets)
-        m_pCoreData->AddLinkByOID(entity, DvnfString(linkName), DvnfString(targetType), DvnfString(key.c_str()));
+    LinkInNameOrder(entity, linkName, targetType, targets);
+}
+
+template <class TargetSet>
+void DvnConvCoreDbFe::LinkEachRow(DvnfEntity& entity, const char* linkName, const char* targetType,
+                                  const CString& statement, CString TargetSet::*key, CString TargetSet::*name) {
+    NamesAndKeys targets;
+    TargetSet rs(m_pDatabase);
+    ReadRows(rs, statement, [&](TargetSet& row) { targets.emplace_back((row.*name).c_str(), row.*key); });
+    LinkInNameOrder(entity, linkName, targetType, targets);
 }
