@@ -1,12 +1,13 @@
 // Shared, counted byte buffers and the text string built on them.
-#include "dvnkernn.h"
-
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <ostream>
+#include <stdexcept>
+
+#include "dvnkernn.h"
 
 // --------------------------------------------------------------------- Rep
 // The header and the bytes share one allocation: a string costs one call of
@@ -14,12 +15,13 @@
 DvnBinary::Rep* DvnBinary::Rep::Allocate(long allocLen, long len) {
     dvnkRequire(len >= 0, "a buffer length is not negative", __FILE__, __LINE__);
     if (allocLen < len) allocLen = len;
+    if (allocLen > INT32_MAX - static_cast<long>(sizeof(Rep)) - 1) throw std::length_error("buffer above 2 GB");
     void* block = ::operator new(sizeof(Rep) + static_cast<size_t>(allocLen) + 1);
     Rep* rep = new (block) Rep;
     rep->Data()[len] = '\0';
-    rep->_len = len;
+    rep->_len = static_cast<std::int32_t>(len);
     rep->_refs = 1;
-    rep->_allocLen = allocLen;
+    rep->_allocLen = static_cast<std::int32_t>(allocLen);
     return rep;
 }
 

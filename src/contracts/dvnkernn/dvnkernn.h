@@ -17,11 +17,12 @@
 class DvnBinary {
 public:
     // The bytes follow the header in the same block (a model holds one
-    // buffer per name, key and text value: the header is kept short).
+    // buffer per name, key and text value: the header is kept short, 12
+    // bytes, so a buffer holds at most 2 GB).
     struct Rep {
-        long _len;
-        long _refs;
-        long _allocLen;
+        std::int32_t _len;
+        std::int32_t _refs;
+        std::int32_t _allocLen;
         static Rep* Allocate(long allocLen, long len);
         static void Deallocate(Rep* rep);
         char* Data() { return reinterpret_cast<char*>(this + 1); }
