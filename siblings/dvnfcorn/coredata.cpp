@@ -150,8 +150,13 @@ DvnfLinkTypeIterator DvnfEntity::LinksOfType(const DvnfString& linkName) const {
     return t ? DvnfLinkTypeIterator(this, t) : DvnfLinkTypeIterator::undefined;
 }
 
+const std::vector<DvnfLink>& DvnfEntity::Links() const {
+    static const std::vector<DvnfLink> none;
+    return _links ? *_links : none;
+}
+
 const DvnfLink& DvnfEntity::FirstLinkOfType(const DvnfLinkType& type) const {
-    for (const auto& l : _links)
+    for (const auto& l : Links())
         if (&l.Type() == &type) return l;
     return DvnfLink::undefined;
 }
@@ -162,8 +167,7 @@ const DvnfLink& DvnfEntity::FirstLinkOfType(const DvnfString& linkName) const {
 }
 
 void DvnfEntity::DeleteAllLinksOfType(const DvnfLinkType& type) {
-    _links.erase(std::remove_if(_links.begin(), _links.end(), [&](const DvnfLink& l) { return &l.Type() == &type; }),
-                 _links.end());
+    if (_links) std::erase_if(*_links, [&](const DvnfLink& l) { return &l.Type() == &type; });
 }
 
 void DvnfEntity::DeleteAllLinksOfType(const DvnfString& linkName) {
@@ -175,11 +179,11 @@ const DvnfLink& DvnfEntity::AddLink(const DvnfLinkType& type, DvnfEntity& target
     DVNK_REQUIRE(&type.Source() == _type, "link type does not start at this entity's type");
     DVNK_REQUIRE(&type.Target() == &target.Type(), "link target is not of the link type's target type");
     if (noDuplicate) {
-        for (const auto& l : _links)
+        for (const auto& l : Links())
             if (&l.Type() == &type && &l.Target() == &target) return l;
     }
-    _links.emplace_back(&type, &target);
-    return _links.back();
+    if (!_links) _links = std::make_unique<std::vector<DvnfLink>>();
+    return _links->emplace_back(&type, &target);
 }
 
 // ---------------------------------------------------------------------------
@@ -236,14 +240,77 @@ void DvnfCoreData::TakeEntitiesFrom(DvnfCoreData& other) {
 
 DvnfCoreData::TypeIndex& DvnfCoreData::Index(const DvnfEntityType& type) const { return _index[&type]; }
 
-namespace {
-void AddName(auto& byName, DvnfEntity& e) {
-    if (!e.Name().IsEmpty()) byName.emplace(View(e.Name()), &e);
+size_t DvnfCoreData::EntityTable::Home(std::string_view text) const {
+    return std::hash<std::string_view>{}(text) & (_slots.size() - 1);
 }
 
+std::string_view DvnfCoreData::EntityTable::TextAt(size_t slot) const { return View(_textOf(*_slots[slot])); }
+
+void DvnfCoreData::EntityTable::Grow() {
+    std::vector<DvnfEntity*> old(std::max<size_t>(16, _slots.size() * 2), nullptr);
+    old.swap(_slots);
+    const size_t mask = _slots.size() - 1;
+    for (DvnfEntity* e : old) {
+        if (!e) continue;
+        size_t i = Home(View(_textOf(*e)));
+        while (_slots[i]) i = (i + 1) & mask;
+        _slots[i] = e;
+    }
+}
+
+void DvnfCoreData::EntityTable::Insert(DvnfEntity& e) {
+    if (_textOf(e).IsEmpty()) return;
+    if ((_count + 1) * 4 > _slots.size() * 3) Grow();  // at most three slots of four in use
+    const size_t mask = _slots.size() - 1;
+    size_t i = Home(View(_textOf(e)));
+    while (_slots[i]) i = (i + 1) & mask;  // after the entities entered before: FirstNamed goes by age anyway
+    _slots[i] = &e;
+    ++_count;
+}
+
+void DvnfCoreData::EntityTable::Erase(const DvnfEntity& e, std::string_view text) {
+    if (text.empty() || _slots.empty()) return;
+    const size_t mask = _slots.size() - 1;
+    size_t i = Home(text);
+    while (_slots[i] != &e) {
+        if (!_slots[i]) return;  // not entered
+        i = (i + 1) & mask;
+    }
+    // Shift back the entries after the gap that would no longer be reached
+    // from their home slot, so that no probe stops early.
+    for (size_t j = (i + 1) & mask; _slots[j]; j = (j + 1) & mask) {
+        const size_t home = Home(TextAt(j));
+        const bool reachable = i <= j ? (i < home && home <= j) : (i < home || home <= j);
+        if (reachable) continue;
+        _slots[i] = _slots[j];
+        i = j;
+    }
+    _slots[i] = nullptr;
+    --_count;
+}
+
+template <class F>
+void DvnfCoreData::EntityTable::ForEach(std::string_view text, F f) const {
+    if (text.empty() || _slots.empty()) return;
+    const size_t mask = _slots.size() - 1;
+    for (size_t i = Home(text); _slots[i]; i = (i + 1) & mask)
+        if (TextAt(i) == text && f(*_slots[i])) return;
+}
+
+DvnfEntity* DvnfCoreData::EntityTable::Find(std::string_view text) const {
+    DvnfEntity* found = nullptr;
+    ForEach(text, [&](DvnfEntity& e) {
+        found = &e;
+        return true;
+    });
+    return found;
+}
+
+namespace {
 void AddKey(auto& byOID, DvnfEntity& e) {
     if (e.OID().IsEmpty()) return;
-    DVNK_REQUIRE(byOID.emplace(View(e.OID()), &e).second, "key already used by another entity");
+    DVNK_REQUIRE(!byOID.Find(View(e.OID())), "key already used by another entity");
+    byOID.Insert(e);
 }
 }  // namespace
 
@@ -253,7 +320,7 @@ DvnfCoreData::TypeIndex& DvnfCoreData::Keyed(const DvnfEntityType& type) const {
         ix.keyed = true;
         for (DvnfEntity* e : _order) {
             if (e->_type != &type) continue;
-            AddName(ix.byName, *e);
+            ix.byName.Insert(*e);
             AddKey(ix.byOID, *e);
         }
     }
@@ -263,9 +330,10 @@ DvnfCoreData::TypeIndex& DvnfCoreData::Keyed(const DvnfEntityType& type) const {
 template <class Pred>
 DvnfEntity* DvnfCoreData::FirstNamed(const DvnfEntityType& type, const DvnfString& name, Pred pred) const {
     DvnfEntity* first = nullptr;
-    auto [from, to] = Keyed(type).byName.equal_range(View(name));
-    for (auto it = from; it != to; ++it)
-        if ((!first || it->second->_seq < first->_seq) && pred(*it->second)) first = it->second;
+    Keyed(type).byName.ForEach(View(name), [&](DvnfEntity& e) {
+        if ((!first || e._seq < first->_seq) && pred(e)) first = &e;
+        return false;
+    });
     return first;
 }
 
@@ -307,7 +375,7 @@ DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid
         made = new (block) DvnfEntity(this, &type, oid, NotNull(name), state);
         made->_root = root;
         root->ownerEntity = made;
-        made->_seq = _order.size();
+        made->_seq = static_cast<std::uint32_t>(_order.size());
         _order.push_back(made);  // owned by _order from here on
     } catch (...) {
         if (made) made->~DvnfEntity();
@@ -325,7 +393,7 @@ DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid
         ix.view.emplace_hint(ix.view.end(), e.Name(), &e);
     }
     if (ix.keyed) {
-        AddName(ix.byName, e);  // the entity's text, not the argument's
+        ix.byName.Insert(e);
         AddKey(ix.byOID, e);
     }
     return e;
@@ -334,14 +402,8 @@ DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid
 void DvnfCoreData::Rename(DvnfEntity& entity, const DvnfString& oldName) {
     TypeIndex& ix = Index(entity.Type());
     if (ix.keyed) {
-        auto [from, to] = ix.byName.equal_range(View(oldName));
-        for (auto it = from; it != to; ++it) {
-            if (it->second == &entity) {
-                ix.byName.erase(it);
-                break;
-            }
-        }
-        AddName(ix.byName, entity);
+        ix.byName.Erase(entity, View(oldName));
+        ix.byName.Insert(entity);
     }
     if (ix.viewed) ix.renamed.push_back(&entity);
 }
@@ -352,18 +414,11 @@ void DvnfCoreData::Rekey(DvnfEntity& entity, const DvnfString& oldOID) {
         Keyed(entity.Type());  // made with the key the entity has now
         return;
     }
-    if (!entity.OID().IsEmpty()) {
-        auto found = ix.byOID.find(View(entity.OID()));
-        DVNK_REQUIRE(found == ix.byOID.end() || found->second == &entity, "key already used by another entity");
-    }
-    if (!oldOID.IsEmpty()) {
-        auto it = ix.byOID.find(View(oldOID));
-        if (it != ix.byOID.end() && it->second == &entity) ix.byOID.erase(it);
-    }
-    if (!entity.OID().IsEmpty()) {
-        ix.byOID.erase(View(entity.OID()));  // a key of this entity's old text: keep none of it
-        ix.byOID.emplace(View(entity.OID()), &entity);
-    }
+    // The entity itself may be found by its new key where it stands under the old one.
+    const DvnfEntity* holder = ix.byOID.Find(View(entity.OID()));
+    DVNK_REQUIRE(!holder || holder == &entity, "key already used by another entity");
+    ix.byOID.Erase(entity, View(oldOID));
+    ix.byOID.Insert(entity);
 }
 
 DvnfEntity& DvnfCoreData::CreateEntity(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name) {
@@ -393,8 +448,7 @@ DvnfEntity& DvnfCoreData::CreateEntity(const DvnfString& typeName, const DvnfStr
 DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfEntityType& type, const DvnfString& oid, bool create) {
     if (!type.IsValid() || oid.IsEmpty()) return DvnfEntity::undefined;
     TypeIndex& ix = Keyed(type);
-    auto it = ix.byOID.find(View(oid));
-    if (it != ix.byOID.end()) return *it->second;
+    if (DvnfEntity* found = ix.byOID.Find(View(oid))) return *found;
     if (!create) return DvnfEntity::undefined;
     return Make(type, oid, DvnfString(""), DvnfObject::StateNone);
 }

@@ -1,16 +1,18 @@
 // The core model: skeletons and the by-name map, the undefined entity,
 // factories and the process cleaner, keys, messages.
-#include "dvnfcorn.h"
-
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <map>
+#include <random>
 #include <set>
 #include <sstream>
-#include <sys/wait.h>
-#include <unistd.h>
+
+#include "dvnfcorn.h"
 
 namespace {
 
@@ -175,6 +177,43 @@ TEST(CoreData, IndexesMadeAtTheFirstLookUpKnowEveryEarlierChange) {
     DvnfEntity& c1 = unindexed.CreateEntity(S("Category"), S(""), S("Sales"));  // with a key made for it
     const DvnfString taken = unindexed.CreateEntity(S("Category"), S(""), S("Stock")).OID();
     EXPECT_DEATH(c1.OID(taken), "key already used");
+}
+
+// Many entities renamed and given new keys at random, names repeating: after
+// every round each name finds the first made of its holders, each key its
+// entity, and a name or key given up finds nothing (the indexes grow and
+// close their gaps under this churn).
+TEST(CoreData, IndexesFollowManyRenamesAndNewKeys) {
+    DvnfTRXData data;
+    std::mt19937 random(7);
+    std::vector<DvnfEntity*> roles;
+    auto name = [&](unsigned n) { return S(("N" + std::to_string(n % 300)).c_str()); };
+    for (int i = 0; i < 2000; ++i) roles.push_back(&data.CreateEntity(S("Role"), S(""), name(random())));
+    std::set<std::string> givenUp;
+    int key = 0;
+    for (int round = 0; round < 5; ++round) {
+        for (int i = 0; i < 1500; ++i) {
+            DvnfEntity& e = *roles[random() % roles.size()];
+            if (random() % 2) {
+                e.Name(random() % 10 ? name(random()) : S(""));
+            } else {
+                givenUp.insert(e.OID().str());
+                e.OID(S(("K" + std::to_string(key++)).c_str()));
+            }
+        }
+        std::map<std::string, DvnfEntity*> firstOfName;  // the entities are in the order made
+        for (DvnfEntity* e : roles) {
+            firstOfName.emplace(e->Name().str(), e);
+            ASSERT_EQ(&data.GetEntityByOID(S("Role"), e->OID()), e);
+            givenUp.erase(e->OID().str());
+        }
+        for (unsigned n = 0; n < 300; ++n) {
+            auto it = firstOfName.find(name(n).str());
+            DvnfEntity& found = data.GetEntityByName(S("Role"), name(n));
+            ASSERT_EQ(it == firstOfName.end() ? &DvnfEntity::undefined : it->second, &found) << name(n).str();
+        }
+        for (const std::string& k : givenUp) ASSERT_FALSE(data.GetEntityByOID(S("Role"), S(k.c_str())).IsValid()) << k;
+    }
 }
 
 // Sub writes as a path does and finds what is there; removing members and

@@ -356,11 +356,10 @@ public:
     virtual DvnfEntity& Entity() = 0;
 
 protected:
-    DvnfObject(const DvnfString& oid, State_t state, bool fixed = false)
-        : _state(state), _oid(oid), _fixed(fixed) {}
+    DvnfObject(const DvnfString& oid, State_t state, bool fixed = false) : _state(state), _fixed(fixed), _oid(oid) {}
     State_t _state;
+    bool _fixed;  // beside the state: an entity is kept small
     DvnfString _oid;
-    bool _fixed;
 };
 
 class DvnfLink {
@@ -429,7 +428,7 @@ public:
     // Adds a link; with noDuplicate a link of the same type to the same target
     // is not added twice. The link type must start at this entity's type.
     const DvnfLink& AddLink(const DvnfLinkType& type, DvnfEntity& target, bool noDuplicate = true);
-    const std::vector<DvnfLink>& Links() const { return _links; }
+    const std::vector<DvnfLink>& Links() const;
 
     bool IsAttributeDataAttrComplete() const { return (_flags & FlagAttributesComplete) != 0; }
     bool IsAttributeDataContainerComplete() const { return (_flags & FlagContainersComplete) != 0; }
@@ -454,10 +453,12 @@ private:
     const DvnfEntityType* _type;
     DvnfString _name;
     unsigned _flags = 0;
-    DvnfString _viewName;  // the key of the entity in the map of GetEntities
-    size_t _seq = 0;       // place in the order of creation
+    std::uint32_t _seq = 0;         // place in the order of creation
+    DvnfString _viewName;           // the key of the entity in the map of GetEntities
     DvnfAttrNode* _root = nullptr;  // in the entity's own block (DvnfCoreData::Make); none for undefined
-    std::vector<DvnfLink> _links;
+    // Made at the first link: most entities of a model (the members of the
+    // data structures, categories) have none.
+    std::unique_ptr<std::vector<DvnfLink>> _links;
 };
 
 // Entities of one type, ordered by name (several skeletons may share the
@@ -554,9 +555,30 @@ public:
 private:
     friend class DvnfEntity;
     // Looks texts up without making a std::string of the text sought.
-    struct TextHash {
-        using is_transparent = void;
-        size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>{}(text); }
+    // Entities of one type by a text each holds (its name or its key): a
+    // table of one pointer a slot, open addressing with linear probing. The
+    // text is read from the entity, so an entry costs 8 bytes (and the free
+    // slots), where a node of a standard hash map costs six times as much.
+    // A text may repeat; an empty text is never entered.
+    class EntityTable {
+    public:
+        using TextOf = const DvnfString& (*)(const DvnfEntity&);
+        explicit EntityTable(TextOf textOf) : _textOf(textOf) {}
+        void Insert(DvnfEntity& e);
+        // Removes that entity, entered under text (which it may no longer hold).
+        void Erase(const DvnfEntity& e, std::string_view text);
+        // Calls f for each entity entered under text, until f gives true.
+        template <class F>
+        void ForEach(std::string_view text, F f) const;
+        DvnfEntity* Find(std::string_view text) const;
+
+    private:
+        size_t Home(std::string_view text) const;
+        std::string_view TextAt(size_t slot) const;
+        void Grow();
+        TextOf _textOf;
+        std::vector<DvnfEntity*> _slots;  // empty, or a power of two long
+        size_t _count = 0;
     };
     // The indexes of one entity type. Each is made at the first call that
     // needs it and kept up to date from then on: many types are never looked
@@ -568,12 +590,12 @@ private:
         bool viewed = false;  // view holds every entity of the type
         DvnfEntityMap view;   // what GetEntities gives; renames reach it lazily
         std::vector<DvnfEntity*> renamed;  // not yet moved in the view
-        // Keyed by a view of the entity's own name or key text, which stays
-        // as it is until Name() or OID() gives the entity another (the entry
-        // is redone then). Names may repeat (the first made is found); an
-        // empty name, which finds nothing, has no entry.
-        std::unordered_multimap<std::string_view, DvnfEntity*, TextHash, std::equal_to<>> byName;
-        std::unordered_map<std::string_view, DvnfEntity*, TextHash, std::equal_to<>> byOID;
+        // By the entity's own name and key, read from the entity (the entry
+        // is redone when Name() or OID() gives it another). Names may repeat
+        // (the first made is found); an empty name, which finds nothing, has
+        // no entry.
+        EntityTable byName{[](const DvnfEntity& e) -> const DvnfString& { return e.Name(); }};
+        EntityTable byOID{[](const DvnfEntity& e) -> const DvnfString& { return e.OID(); }};
     };
     TypeIndex& Index(const DvnfEntityType& type) const;
     // The index of the type with byName and byOID made.
