@@ -716,7 +716,10 @@ DvnfAttributeType KindOf(const Value& v) {
 
 class Builder {
 public:
-    explicit Builder(DvnfTRXData& data) : _data(data), _types(data.Types()) {}
+    // A builder that checks works on data of its own, which holds nothing
+    // but what the file defines and names; one that builds again, once the
+    // text was checked, may meet what the data held before.
+    Builder(DvnfTRXData& data, bool checks) : _data(data), _types(data.Types()), _checks(checks) {}
 
     // One top-level definition, built as soon as it is parsed; it may be
     // dropped afterwards (what is kept are views of the text).
@@ -724,8 +727,6 @@ public:
         const DvnfEntityType& t = TypeOf(d);
         if (!t.IsTopLevel())
             throw TrxError{d.pos, DvnTRXMsgSyntax, Text(d.type) + " stands inside a diagram, not at the top level", ""};
-        if (!_seen.insert({d.type, d.name}).second)
-            throw TrxError{d.pos, DvnTRXMsgDuplicate, Text(d.type), Text(d.name)};
         DvnfEntity& e = DefineTop(d, t);
         _defined.push_back(&e);
     }
@@ -739,11 +740,9 @@ public:
     // Entities the file names but does not define (skeletons of top-level types).
     std::vector<DvnfEntity*> NamedOnly() const {
         std::vector<DvnfEntity*> out;
-        std::set<DvnfEntity*> defined(_defined.begin(), _defined.end());
         std::set<DvnfEntity*> seen;
-        for (DvnfEntity* e : _named)
-            if (e->IsValid() && e->Type().IsTopLevel() && !defined.count(e) && e->State() == DvnfObject::StateNone &&
-                seen.insert(e).second)
+        for (DvnfEntity* e : _named)  // what the file defines has a state
+            if (e->IsValid() && e->Type().IsTopLevel() && e->State() == DvnfObject::StateNone && seen.insert(e).second)
                 out.push_back(e);
         return out;
     }
@@ -820,15 +819,15 @@ private:
 
     DvnfEntity& DefineTop(const EntityNode& n, const DvnfEntityType& t) {
         DvnfString name(Dvn(n.name)), oid(n.hasOid ? Dvn(n.oid) : _empty);
-        DvnfEntity* e = nullptr;
-        if (n.hasOid) {
-            DvnfEntity& byKey = _data.GetEntityByOID(t, oid, false);
-            if (byKey.IsValid()) e = &byKey;
-        }
-        if (!e) {
-            DvnfEntity& byName = _data.GetEntityByName(t, name);
-            if (byName.IsValid() && (!n.hasOid || byName.OID().IsEmpty())) e = &byName;
-        }
+        DvnfEntity& byKey = n.hasOid ? _data.GetEntityByOID(t, oid, false) : DvnfEntity::undefined;
+        DvnfEntity& byName = _data.GetEntityByName(t, name);
+        // While checking, an entity with a state is one the file defined
+        // before (what it only names has none): a second definition of the
+        // name, or of the key under another name, is refused.
+        if (_checks && (byKey.State() != DvnfObject::StateNone || byName.State() != DvnfObject::StateNone))
+            throw TrxError{n.pos, DvnTRXMsgDuplicate, Text(n.type), Text(n.name)};
+        DvnfEntity* e = byKey.IsValid() ? &byKey : nullptr;
+        if (!e && byName.IsValid() && (!n.hasOid || byName.OID().IsEmpty())) e = &byName;
         DvnfObject::State_t state;
         if (e) {
             state = (e->State() == DvnfObject::StateUnchanged || e->State() == DvnfObject::StateChanged)
@@ -1072,6 +1071,7 @@ private:
 
     DvnfTRXData& _data;
     const DvnfCoreTypes& _types;
+    bool _checks;
     const DvnfString _empty{""};
     static constexpr size_t kSharedSlots = 1024, kSharedLength = 64;
     std::vector<DvnfString> _shared = std::vector<DvnfString>(kSharedSlots);
@@ -1079,7 +1079,6 @@ private:
     std::vector<Pending> _pending;
     std::vector<Warning> _warnings;
     std::vector<DvnfEntity*> _defined, _named;
-    std::set<std::pair<std::string_view, std::string_view>> _seen;  // type and name of each definition
     int _unknownDepth = 0;
     std::unordered_map<const DvnfEntityType*, std::unique_ptr<PathInfo>> _roots;
     std::unordered_map<std::string_view, const DvnfEntityType*> _typeCache;
@@ -1136,7 +1135,7 @@ int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, in
     bool takeOver = _data.NumberOfEntities() == 0;
     Arena strings;
     DvnfTRXData scratch(_data.Types(), nullptr);
-    Builder check(scratch);
+    Builder check(scratch, true);
     std::vector<Warning> warnings;
     try {
         size_t bad = FirstNonUtf8(body);
@@ -1182,7 +1181,7 @@ int DvnTRXFrontend::ReadText(const std::string& text, const char* sourceName, in
     if (takeOver) {
         _data.TakeEntitiesFrom(scratch);
     } else {
-        again = std::make_unique<Builder>(_data);
+        again = std::make_unique<Builder>(_data, false);
         try {
             Arena nodes;
             Parser parser(body, strings, nodes);
