@@ -393,8 +393,8 @@ bool CDatabase::OpenEx(const char* connect, unsigned options) {
 }
 
 // Attaches the main database file once more under the name DVBT and gives
-// the attached database a write-ahead log with synchronous NORMAL (the
-// driver's own pragmas reach the main database only).
+// the attached database a write-ahead log with synchronous NORMAL and a page
+// cache of 512 KiB (the driver's own pragmas reach the main database only).
 void CDatabase::AttachOwnFileAsDvbt() {
     std::string file;
     {
@@ -420,7 +420,8 @@ void CDatabase::AttachOwnFileAsDvbt() {
     DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_RESET_PARAMS);
     // Best effort: another connection holding the file may keep the mode
     // from changing now; the mode is kept in the file once set.
-    for (const char* pragma : {"PRAGMA DVBT.journal_mode=WAL", "PRAGMA DVBT.synchronous=NORMAL"}) {
+    for (const char* pragma :
+         {"PRAGMA DVBT.journal_mode=WAL", "PRAGMA DVBT.synchronous=NORMAL", "PRAGMA DVBT.cache_size=-512"}) {
         DVN_ODBC_SQL(Tolerated, SQL_HANDLE_STMT, h, pragma, SQLExecDirect, h, SqlText(pragma), SQL_NTS);
         DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_CLOSE);
     }

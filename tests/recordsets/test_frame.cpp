@@ -75,6 +75,18 @@ protected:
     CString prefix;
 };
 
+// A SQLite file is reached under DVBT with a write-ahead log, synchronous
+// NORMAL and a page cache of 512 KiB, on every connection.
+TEST_P(Frame, TheAttachedSQLiteFileHasItsLogSyncAndCacheSettings) {
+    if (IsPostgres()) GTEST_SKIP() << "PostgreSQL has schemas; nothing is attached";
+    std::unique_ptr<CDatabase> second = OpenSecondConnection();
+    for (CDatabase* db : {&Db(), second.get()}) {
+        EXPECT_EQ(QueryValue(*db, "PRAGMA DVBT.journal_mode"), "wal");
+        EXPECT_EQ(QueryValue(*db, "PRAGMA DVBT.synchronous"), "1");
+        EXPECT_EQ(QueryValue(*db, "PRAGMA DVBT.cache_size"), "-512");
+    }
+}
+
 TEST_P(Frame, AddNewAndEditWriteOnlyTheMembersThatWereSet) {
     ItemSet set(&Db());
     ASSERT_TRUE(set.Open(1, prefix + "ITEM", 0));
