@@ -198,6 +198,31 @@ void DvnfFrontendReader::ReadBlock(DvnfTRXData&, DvnfEntity&, bool) {}
 DvnfString DvnfFrontendReader::GetOID(DvnfEntity&) { return DvnfString(""); }
 
 // ---------------------------------------------------------------------------
+// Node pool
+
+void* DvnfNodePool::do_allocate(size_t bytes, size_t align) {
+    if (_size == 0 && bytes >= sizeof(Free) && bytes % alignof(Free) == 0) _size = bytes;
+    if (!Pooled(bytes, align)) return ::operator new(bytes, std::align_val_t(align));
+    if (Free* node = _free) {
+        _free = node->next;
+        return node;
+    }
+    if (_usedInLast == kNodesPerBlock) {
+        _blocks.push_back(std::make_unique<std::byte[]>(_size * kNodesPerBlock));
+        _usedInLast = 0;
+    }
+    return _blocks.back().get() + _size * _usedInLast++;
+}
+
+void DvnfNodePool::do_deallocate(void* p, size_t bytes, size_t align) {
+    if (!Pooled(bytes, align)) {
+        ::operator delete(p, bytes, std::align_val_t(align));
+        return;
+    }
+    _free = new (p) Free{_free};
+}
+
+// ---------------------------------------------------------------------------
 // Core data
 
 DvnfCoreRepresentation::DvnfCoreRepresentation(DvnfCoreTypes& types, DvnfMessageHandler* handler)

@@ -182,7 +182,7 @@ TEST(CoreData, IndexesMadeAtTheFirstLookUpKnowEveryEarlierChange) {
 // Many entities renamed and given new keys at random, names repeating: after
 // every round each name finds the first made of its holders, each key its
 // entity, and a name or key given up finds nothing (the indexes grow and
-// close their gaps under this churn).
+// close their gaps under this churn), and the list by name stays ordered.
 TEST(CoreData, IndexesFollowManyRenamesAndNewKeys) {
     DvnfTRXData data;
     std::mt19937 random(7);
@@ -213,6 +213,17 @@ TEST(CoreData, IndexesFollowManyRenamesAndNewKeys) {
             ASSERT_EQ(it == firstOfName.end() ? &DvnfEntity::undefined : it->second, &found) << name(n).str();
         }
         for (const std::string& k : givenUp) ASSERT_FALSE(data.GetEntityByOID(S("Role"), S(k.c_str())).IsValid()) << k;
+        // The list by name, its nodes used again round after round, holds each once under its name of now.
+        std::multiset<std::string> expected, listed;
+        for (DvnfEntity* e : roles) expected.insert(e->Name().str() + "/" + e->OID().str());
+        std::string last;
+        for (const auto& [listedName, obj] : data.GetEntities(S("Role"))) {
+            ASSERT_EQ(listedName, obj->Name());
+            ASSERT_LE(last, listedName.str());
+            last = listedName.str();
+            listed.insert(listedName.str() + "/" + obj->OID().str());
+        }
+        ASSERT_EQ(listed, expected);
     }
 }
 

@@ -5,17 +5,18 @@
 // model is described in docs/core-model.md.
 #pragma once
 
-#include "dvnkernn.h"
-
 #include <cstdint>
 #include <functional>
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
+
+#include "dvnkernn.h"
 
 class DvnfObject;
 class DvnfEntity;
@@ -462,8 +463,37 @@ private:
 };
 
 // Entities of one type, ordered by name (several skeletons may share the
-// empty name, so equal names are allowed).
-using DvnfEntityMap = std::multimap<DvnfString, DvnfObject*>;
+// empty name, so equal names are allowed). The core data keeps the nodes of
+// its maps in pools of their own (DvnfNodePool); a copy uses the allocator.
+using DvnfEntityMap = std::pmr::multimap<DvnfString, DvnfObject*>;
+
+// Blocks of the nodes of one size, each node reused once freed, all given
+// back when the pool goes: a node costs its own size, where the allocator
+// adds 8 bytes and rounds to 16 (48 bytes become 64). The size is that of
+// the first request; requests of another size go to the allocator.
+class DvnfNodePool : public std::pmr::memory_resource {
+public:
+    DvnfNodePool() = default;
+    DvnfNodePool(const DvnfNodePool&) = delete;
+    DvnfNodePool& operator=(const DvnfNodePool&) = delete;
+
+private:
+    void* do_allocate(size_t bytes, size_t align) override;
+    void do_deallocate(void* p, size_t bytes, size_t align) override;
+    bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
+    // Blocks are aligned for any type, and a node lies at a multiple of the size.
+    bool Pooled(size_t bytes, size_t align) const {
+        return bytes == _size && align <= alignof(std::max_align_t) && _size % align == 0;
+    }
+    struct Free {
+        Free* next;
+    };
+    static constexpr size_t kNodesPerBlock = 64;
+    size_t _size = 0;
+    Free* _free = nullptr;
+    std::vector<std::unique_ptr<std::byte[]>> _blocks;
+    size_t _usedInLast = kNodesPerBlock;  // nodes handed out of the last block
+};
 
 // ---------------------------------------------------------------------------
 // The objects the core model asks for when it meets an entity it knows only
@@ -588,7 +618,8 @@ private:
     struct TypeIndex {
         bool keyed = false;   // byName and byOID hold every entity of the type
         bool viewed = false;  // view holds every entity of the type
-        DvnfEntityMap view;   // what GetEntities gives; renames reach it lazily
+        DvnfNodePool pool;    // the nodes of view
+        DvnfEntityMap view{&pool};         // what GetEntities gives; renames reach it lazily
         std::vector<DvnfEntity*> renamed;  // not yet moved in the view
         // By the entity's own name and key, read from the entity (the entry
         // is redone when Name() or OID() gives it another). Names may repeat
