@@ -1,4 +1,6 @@
 // Shared, counted byte buffers and the text string built on them.
+#include "dvnkernn.h"
+
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -6,8 +8,6 @@
 #include <new>
 #include <ostream>
 #include <stdexcept>
-
-#include "dvnkernn.h"
 
 // --------------------------------------------------------------------- Rep
 // The header and the bytes share one allocation: a string costs one call of

@@ -5,6 +5,8 @@
 // model is described in docs/core-model.md.
 #pragma once
 
+#include "dvnkernn.h"
+
 #include <cstdint>
 #include <functional>
 #include <iosfwd>
@@ -15,8 +17,6 @@
 #include <string_view>
 #include <unordered_map>
 #include <vector>
-
-#include "dvnkernn.h"
 
 class DvnfObject;
 class DvnfEntity;
