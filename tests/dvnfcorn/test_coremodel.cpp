@@ -1,8 +1,8 @@
 // The core model: skeletons and the by-name map, the undefined entity,
 // factories and the process cleaner, keys, messages.
+#include "dvnfcorn.h"
+
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -11,8 +11,8 @@
 #include <random>
 #include <set>
 #include <sstream>
-
-#include "dvnfcorn.h"
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 

@@ -104,8 +104,7 @@ TEST(TrxErrors, NameFileLineAndColumnAndChangeNothing) {
         {"Category \"A\" {\n  Description = \"x\\q\";\n}", "t.trx:2:19: error: unknown escape \\q"},
         {"Category \"A\" {\n  Description = \"x\"\n}", "t.trx:3:1: error: expected ';', found '}'"},
         {"Categry \"A\" {}", "t.trx:1:1: error: unknown entity type Categry."},
-        {"Process \"P\" {\n  ProcessHasCat -> \"X\";\n}",
-         "t.trx:2:3: error: link ProcessHasCat does not start at Process."},
+        {"Process \"P\" {\n  ProcessHasCat -> \"X\";\n}", "t.trx:2:3: error: link ProcessHasCat does not start at Process."},
         {"Role \"R\" {}\nRole \"R\" {}", "t.trx:2:1: error: Role R is defined twice."},
         // Twice by name whatever the keys, or one key under two names; a
         // definition may take the place of a mere mention.
@@ -123,8 +122,7 @@ TEST(TrxErrors, NameFileLineAndColumnAndChangeNothing) {
          "t.trx:1:19: error: link ProcessHasRole inside a group: links belong to entities"},
         {"Category \"Ä\" { Description = @; }", "t.trx:1:30: error: unexpected character '@'"},
         {"Category {}", "t.trx:1:10: error: expected the entity's name (a string), found '{'"},
-        {"Process \"P\" { Description = 1; Description = 2; }",
-         "t.trx:1:32: error: attribute Description is given twice"},
+        {"Process \"P\" { Description = 1; Description = 2; }", "t.trx:1:32: error: attribute Description is given twice"},
         {"Process \"P\" { A1=1; A2=1; A3=1; A4=1; A5=1; A6=1; A7=1; A8=1; A9=1; B1=1; B2=1; B3=1; B4=1; B5=1;\n"
          "  B6=1; B7=1; B8=1; A5=2; }",
          "t.trx:2:21: error: attribute A5 is given twice"},
@@ -143,15 +141,9 @@ TEST(TrxErrors, NameFileLineAndColumnAndChangeNothing) {
         {"Category \"A\" { Description = \"a\\xE9b\"; }", "t.trx:1:32: error: text is not UTF-8: byte 0xE9"},
         {"Category \"A\" { Description = \"\\xC3\\x28\"; }", "t.trx:1:31: error: text is not UTF-8: byte 0xC3"},
         // A byte-order mark is taken at the very start only; columns count after it.
-        {"\xEF\xBB\xBF"
-         "Categry \"A\" {}",
-         "t.trx:1:1: error: unknown entity type Categry."},
-        {"\xEF\xBB\xBF\xEF\xBB\xBF"
-         "Category \"A\" {}",
-         "t.trx:1:1: error: unexpected character 0xEF"},
-        {"Category \"A\" {}\n  \xEF\xBB\xBF"
-         "Category \"B\" {}",
-         "t.trx:2:3: error: unexpected character 0xEF"},
+        {"\xEF\xBB\xBF" "Categry \"A\" {}", "t.trx:1:1: error: unknown entity type Categry."},
+        {"\xEF\xBB\xBF\xEF\xBB\xBF" "Category \"A\" {}", "t.trx:1:1: error: unexpected character 0xEF"},
+        {"Category \"A\" {}\n  \xEF\xBB\xBF" "Category \"B\" {}", "t.trx:2:3: error: unexpected character 0xEF"},
         // Definitions are built while the text is parsed, yet a syntax error
         // after an error of the build is the one reported, and errors of the
         // build come before those of the links, as for a file read whole.
