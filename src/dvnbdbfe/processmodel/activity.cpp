@@ -287,9 +287,9 @@ void DvnConvCoreDbFe::Done_by(DvnfEntity* activity, CString aid, DvnActivityExte
                     LinkByOID(*activity, "DoneByMgrOrganization", "Organization", row, row.m_ORGANIZATION);
                 doneBy("IncludeType") = IsOne(row, row.m_INCL_CHILD_ORG) ? 3L : 1L;
                 break;
-            default:
+            default:  // 4 to 7
                 doneBy("AssignType") = by;
-                break;  // 4 to 7
+                break;
         }
     });
 }
