@@ -77,8 +77,11 @@ struct DvnfAttrNode {
     // whatever few others files give.
     static const std::string* Intern(std::string_view text);
 
-    static DvnfAttrNode* AttrRoot(DvnfEntity& e) { return e._root; }
-    static const DvnfAttrNode* AttrRoot(const DvnfEntity& e) { return e._root; }
+    // The root of an entity's attributes stands right behind the entity, in
+    // its block (DvnfCoreData::Make); the undefined entity has none.
+    static const size_t kRootAt;
+    static DvnfAttrNode* AttrRoot(DvnfEntity& e);
+    static const DvnfAttrNode* AttrRoot(const DvnfEntity& e) { return AttrRoot(const_cast<DvnfEntity&>(e)); }
 
 private:
     DvnfAttrNode* _last = nullptr;  // the last child; its _next is the first
@@ -112,6 +115,14 @@ long DvnfAttrNode::RemoveIf(Pred pred, bool once) {
     }
     if (removed && kind == DvnfAttributeType::Set) cursor = nullptr;
     return removed;
+}
+
+inline constexpr size_t DvnfAttrNode::kRootAt =
+    (sizeof(DvnfEntity) + alignof(DvnfAttrNode) - 1) / alignof(DvnfAttrNode) * alignof(DvnfAttrNode);
+
+inline DvnfAttrNode* DvnfAttrNode::AttrRoot(DvnfEntity& e) {
+    return &e == &DvnfEntity::undefined ? nullptr
+                                        : reinterpret_cast<DvnfAttrNode*>(reinterpret_cast<char*>(&e) + kRootAt);
 }
 
 inline DvnfAttrNode* AttrRoot(DvnfEntity& e) { return DvnfAttrNode::AttrRoot(e); }

@@ -35,7 +35,62 @@ char* PutHex(char* out, unsigned long long value, int width) {
 // ---------------------------------------------------------------------------
 // Objects
 
-DvnfObject::~DvnfObject() = default;
+namespace {
+int HexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+// The 16 bytes of a key of 32 upper-case hexadecimal digits; false (and out
+// undefined) for any other text.
+bool PackKey(std::string_view text, unsigned char* out) {
+    if (text.size() != 32) return false;
+    for (size_t i = 0; i < 16; ++i) {
+        const int high = HexDigit(text[2 * i]), low = HexDigit(text[2 * i + 1]);
+        if (high < 0 || low < 0) return false;
+        out[i] = static_cast<unsigned char>(high << 4 | low);
+    }
+    return true;
+}
+
+std::string_view Bytes(const unsigned char* packed) {
+    return std::string_view(reinterpret_cast<const char*>(packed), 16);
+}
+}  // namespace
+
+DvnfObject::DvnfObject(const DvnfString& oid, State_t state, bool fixed) : _state(state), _fixed(fixed) {
+    StoreKey(oid);
+}
+
+DvnfObject::~DvnfObject() {
+    if (!_packed) _textKey.~DvnfString();
+}
+
+void DvnfObject::StoreKey(const DvnfString& oid) {
+    _packed = PackKey(View(oid), _packedKey);
+    if (!_packed) new (&_textKey) DvnfString(oid);
+}
+
+void DvnfObject::SetKey(const DvnfString& oid) {
+    if (!_packed) _textKey.~DvnfString();
+    StoreKey(oid);
+}
+
+DvnfString DvnfObject::OID() const {
+    if (!_packed) return _textKey;
+    char text[32];
+    for (size_t i = 0; i < 16; ++i) PutHex(text + 2 * i, _packedKey[i], 2);
+    return DvnfString(text, 32);
+}
+
+DvnfKeyView DvnfObject::Key() const {
+    return _packed ? DvnfKeyView{Bytes(_packedKey), true} : DvnfKeyView{View(_textKey)};
+}
+
+DvnfKeyView DvnfObject::KeyOf(const DvnfString& text, unsigned char (&buffer)[16]) {
+    return PackKey(View(text), buffer) ? DvnfKeyView{Bytes(buffer), true} : DvnfKeyView{View(text)};
+}
 
 DvnfString DvnfObject::CreateOID() {
     // Time in microseconds, process id, a counter and a random word drawn once
@@ -125,14 +180,16 @@ void DvnfEntity::Name(const DvnfString& name) {
 
 void DvnfEntity::OID(const DvnfString& oid) {
     if (!_data) return;
-    DvnfString old = _oid;
-    _oid = oid;
+    DvnfString old = OID();
+    SetKey(oid);
     _data->Rekey(*this, old);
 }
 
-DvnfAttributeData DvnfEntity::AttributeData() { return DvnfAttributeData(_root, {}); }
+DvnfAttributeData DvnfEntity::AttributeData() { return DvnfAttributeData(AttrRoot(*this), {}); }
 
-DvnfAttributeDataReader DvnfEntity::AttributeData() const { return DvnfAttributeDataReader(_root, {}); }
+DvnfAttributeDataReader DvnfEntity::AttributeData() const {
+    return DvnfAttributeDataReader(const_cast<DvnfAttrNode*>(DvnfAttrNode::AttrRoot(*this)), {});
+}
 
 DvnfLinkTypeIterator DvnfEntity::LinksOfType(const DvnfLinkType& type) const { return DvnfLinkTypeIterator(this, &type); }
 
@@ -238,7 +295,10 @@ namespace {
 // An entity and the root of its attributes share one block: a model holds
 // many small entities (every member of a data structure is one), and one
 // allocation less each is a tenth of what they take.
-constexpr size_t kRootAt = (sizeof(DvnfEntity) + alignof(DvnfAttrNode) - 1) / alignof(DvnfAttrNode) * alignof(DvnfAttrNode);
+
+// An entity block of 80 + 56 bytes is a chunk of 144 of the allocator; a
+// field more would make it 160.
+static_assert(sizeof(void*) != 8 || sizeof(DvnfEntity) <= 80, "an entity grew");
 
 void Destroy(DvnfEntity* e) {
     DvnfAttrNode* root = AttrRoot(*e);
@@ -265,11 +325,11 @@ void DvnfCoreData::TakeEntitiesFrom(DvnfCoreData& other) {
 
 DvnfCoreData::TypeIndex& DvnfCoreData::Index(const DvnfEntityType& type) const { return _index[&type]; }
 
-size_t DvnfCoreData::EntityTable::Home(std::string_view text) const {
-    return std::hash<std::string_view>{}(text) & (_slots.size() - 1);
+size_t DvnfCoreData::EntityTable::Home(DvnfKeyView key) const {
+    return std::hash<std::string_view>{}(key.bytes) & (_slots.size() - 1);
 }
 
-std::string_view DvnfCoreData::EntityTable::TextAt(size_t slot) const { return View(_textOf(*_slots[slot])); }
+DvnfKeyView DvnfCoreData::EntityTable::KeyAt(size_t slot) const { return _keyOf(*_slots[slot]); }
 
 void DvnfCoreData::EntityTable::Grow() {
     std::vector<DvnfEntity*> old(std::max<size_t>(16, _slots.size() * 2), nullptr);
@@ -277,26 +337,26 @@ void DvnfCoreData::EntityTable::Grow() {
     const size_t mask = _slots.size() - 1;
     for (DvnfEntity* e : old) {
         if (!e) continue;
-        size_t i = Home(View(_textOf(*e)));
+        size_t i = Home(_keyOf(*e));
         while (_slots[i]) i = (i + 1) & mask;
         _slots[i] = e;
     }
 }
 
 void DvnfCoreData::EntityTable::Insert(DvnfEntity& e) {
-    if (_textOf(e).IsEmpty()) return;
+    if (_keyOf(e).bytes.empty()) return;
     if ((_count + 1) * 4 > _slots.size() * 3) Grow();  // at most three slots of four in use
     const size_t mask = _slots.size() - 1;
-    size_t i = Home(View(_textOf(e)));
+    size_t i = Home(_keyOf(e));
     while (_slots[i]) i = (i + 1) & mask;  // after the entities entered before: FirstNamed goes by age anyway
     _slots[i] = &e;
     ++_count;
 }
 
-void DvnfCoreData::EntityTable::Erase(const DvnfEntity& e, std::string_view text) {
-    if (text.empty() || _slots.empty()) return;
+void DvnfCoreData::EntityTable::Erase(const DvnfEntity& e, DvnfKeyView key) {
+    if (key.bytes.empty() || _slots.empty()) return;
     const size_t mask = _slots.size() - 1;
-    size_t i = Home(text);
+    size_t i = Home(key);
     while (_slots[i] != &e) {
         if (!_slots[i]) return;  // not entered
         i = (i + 1) & mask;
@@ -304,7 +364,7 @@ void DvnfCoreData::EntityTable::Erase(const DvnfEntity& e, std::string_view text
     // Shift back the entries after the gap that would no longer be reached
     // from their home slot, so that no probe stops early.
     for (size_t j = (i + 1) & mask; _slots[j]; j = (j + 1) & mask) {
-        const size_t home = Home(TextAt(j));
+        const size_t home = Home(KeyAt(j));
         const bool reachable = i <= j ? (i < home && home <= j) : (i < home || home <= j);
         if (reachable) continue;
         _slots[i] = _slots[j];
@@ -315,16 +375,16 @@ void DvnfCoreData::EntityTable::Erase(const DvnfEntity& e, std::string_view text
 }
 
 template <class F>
-void DvnfCoreData::EntityTable::ForEach(std::string_view text, F f) const {
-    if (text.empty() || _slots.empty()) return;
+void DvnfCoreData::EntityTable::ForEach(DvnfKeyView key, F f) const {
+    if (key.bytes.empty() || _slots.empty()) return;
     const size_t mask = _slots.size() - 1;
-    for (size_t i = Home(text); _slots[i]; i = (i + 1) & mask)
-        if (TextAt(i) == text && f(*_slots[i])) return;
+    for (size_t i = Home(key); _slots[i]; i = (i + 1) & mask)
+        if (KeyAt(i) == key && f(*_slots[i])) return;
 }
 
-DvnfEntity* DvnfCoreData::EntityTable::Find(std::string_view text) const {
+DvnfEntity* DvnfCoreData::EntityTable::Find(DvnfKeyView key) const {
     DvnfEntity* found = nullptr;
-    ForEach(text, [&](DvnfEntity& e) {
+    ForEach(key, [&](DvnfEntity& e) {
         found = &e;
         return true;
     });
@@ -333,8 +393,8 @@ DvnfEntity* DvnfCoreData::EntityTable::Find(std::string_view text) const {
 
 namespace {
 void AddKey(auto& byOID, DvnfEntity& e) {
-    if (e.OID().IsEmpty()) return;
-    DVNK_REQUIRE(!byOID.Find(View(e.OID())), "key already used by another entity");
+    if (!e.HasOID()) return;
+    DVNK_REQUIRE(!byOID.Find(e.Key()), "key already used by another entity");
     byOID.Insert(e);
 }
 }  // namespace
@@ -355,7 +415,7 @@ DvnfCoreData::TypeIndex& DvnfCoreData::Keyed(const DvnfEntityType& type) const {
 template <class Pred>
 DvnfEntity* DvnfCoreData::FirstNamed(const DvnfEntityType& type, const DvnfString& name, Pred pred) const {
     DvnfEntity* first = nullptr;
-    Keyed(type).byName.ForEach(View(name), [&](DvnfEntity& e) {
+    Keyed(type).byName.ForEach(DvnfKeyView{View(name)}, [&](DvnfEntity& e) {
         if ((!first || e._seq < first->_seq) && pred(e)) first = &e;
         return false;
     });
@@ -392,13 +452,12 @@ const DvnfEntityMap& DvnfCoreData::GetEntities(const DvnfString& typeName) const
 DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid, const DvnfString& name,
                                DvnfObject::State_t state) {
     DVNK_REQUIRE(type.IsValid(), "entity type not valid");
-    void* block = ::operator new(kRootAt + sizeof(DvnfAttrNode));
+    void* block = ::operator new(DvnfAttrNode::kRootAt + sizeof(DvnfAttrNode));
     DvnfAttrNode* root = nullptr;
     DvnfEntity* made = nullptr;
     try {
-        root = new (static_cast<char*>(block) + kRootAt) DvnfAttrNode();
+        root = new (static_cast<char*>(block) + DvnfAttrNode::kRootAt) DvnfAttrNode();
         made = new (block) DvnfEntity(this, &type, oid, NotNull(name), state);
-        made->_root = root;
         root->ownerEntity = made;
         made->_seq = static_cast<std::uint32_t>(_order.size());
         _order.push_back(made);  // owned by _order from here on
@@ -427,7 +486,7 @@ DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid
 void DvnfCoreData::Rename(DvnfEntity& entity, const DvnfString& oldName) {
     TypeIndex& ix = Index(entity.Type());
     if (ix.keyed) {
-        ix.byName.Erase(entity, View(oldName));
+        ix.byName.Erase(entity, DvnfKeyView{View(oldName)});
         ix.byName.Insert(entity);
     }
     if (ix.viewed) ix.renamed.push_back(&entity);
@@ -440,9 +499,10 @@ void DvnfCoreData::Rekey(DvnfEntity& entity, const DvnfString& oldOID) {
         return;
     }
     // The entity itself may be found by its new key where it stands under the old one.
-    const DvnfEntity* holder = ix.byOID.Find(View(entity.OID()));
+    const DvnfEntity* holder = ix.byOID.Find(entity.Key());
     DVNK_REQUIRE(!holder || holder == &entity, "key already used by another entity");
-    ix.byOID.Erase(entity, View(oldOID));
+    unsigned char packed[16];
+    ix.byOID.Erase(entity, DvnfObject::KeyOf(oldOID, packed));
     ix.byOID.Insert(entity);
 }
 
@@ -453,7 +513,7 @@ DvnfEntity& DvnfCoreData::CreateEntity(const DvnfEntityType& type, const DvnfStr
         DvnfEntity* found = known.IsValid() ? &known : nullptr;
         if (!found && !name.IsEmpty()) {
             // A skeleton made by name takes the key.
-            found = FirstNamed(type, name, [](const DvnfEntity& e) { return e.OID().IsEmpty(); });
+            found = FirstNamed(type, name, [](const DvnfEntity& e) { return !e.HasOID(); });
             if (found) found->OID(oid);
         }
         if (found) {
@@ -473,7 +533,8 @@ DvnfEntity& DvnfCoreData::CreateEntity(const DvnfString& typeName, const DvnfStr
 DvnfEntity& DvnfCoreData::GetEntityByOID(const DvnfEntityType& type, const DvnfString& oid, bool create) {
     if (!type.IsValid() || oid.IsEmpty()) return DvnfEntity::undefined;
     TypeIndex& ix = Keyed(type);
-    if (DvnfEntity* found = ix.byOID.Find(View(oid))) return *found;
+    unsigned char packed[16];
+    if (DvnfEntity* found = ix.byOID.Find(DvnfObject::KeyOf(oid, packed))) return *found;
     if (!create) return DvnfEntity::undefined;
     return Make(type, oid, DvnfString(""), DvnfObject::StateNone);
 }

@@ -233,7 +233,7 @@ void DvnfProcessCleaner::ResolveNames(DvnfEntity& entity, int depth) {
     if (depth > kMaxDepth || !entity.IsValid()) return;
     for (const DvnfLink& l : entity.Links()) {
         DvnfEntity& t = l.Target();
-        if (t.IsValid() && (t.Name().IsEmpty() || t.OID().IsEmpty()) && _reader) {
+        if (t.IsValid() && (t.Name().IsEmpty() || !t.HasOID()) && _reader) {
             DvnfString name = _reader->GetName(t);
             if (t.Name().IsEmpty() && !name.IsEmpty()) t.Name(name);
         }

@@ -827,14 +827,14 @@ private:
         if (_checks && (byKey.State() != DvnfObject::StateNone || byName.State() != DvnfObject::StateNone))
             throw TrxError{n.pos, DvnTRXMsgDuplicate, Text(n.type), Text(n.name)};
         DvnfEntity* e = byKey.IsValid() ? &byKey : nullptr;
-        if (!e && byName.IsValid() && (!n.hasOid || byName.OID().IsEmpty())) e = &byName;
+        if (!e && byName.IsValid() && (!n.hasOid || !byName.HasOID())) e = &byName;
         DvnfObject::State_t state;
         if (e) {
             state = (e->State() == DvnfObject::StateUnchanged || e->State() == DvnfObject::StateChanged)
                         ? DvnfObject::StateChanged
                         : DvnfObject::StateNew;
             if (!(e->Name() == name)) e->Name(name);
-            if (n.hasOid && e->OID().IsEmpty()) e->OID(oid);
+            if (n.hasOid && !e->HasOID()) e->OID(oid);
             Clear(*e);
         } else {
             e = &_data.CreateEntity(t, oid, name);

@@ -44,7 +44,7 @@ private:
     void Head(const DvnfEntity& e, bool topLevel) {
         _text += e.Type().Name().str();
         if (topLevel || !e.Name().IsEmpty()) _text += ' ' + DvnTRXWriter::Quote(e.Name().str());
-        if (_options.withOIDs && !e.OID().IsEmpty()) _text += " oid " + DvnTRXWriter::Quote(e.OID().str());
+        if (_options.withOIDs && e.HasOID()) _text += " oid " + DvnTRXWriter::Quote(e.OID().str());
     }
 
     // { attributes by name, then links by type } ; the caller ends the line.
@@ -58,7 +58,7 @@ private:
                 const DvnfEntity& t = l.Target();
                 Indent(depth + 1);
                 _text += lt->Name().str() + " -> ";
-                if (t.Name().IsEmpty() && !t.OID().IsEmpty())
+                if (t.Name().IsEmpty() && t.HasOID())
                     _text += "oid " + DvnTRXWriter::Quote(t.OID().str());
                 else
                     _text += DvnTRXWriter::Quote(t.Name().str());
@@ -135,7 +135,7 @@ private:
     void Inner(const DvnfEntity& e, int depth) {
         if (e.Type().IsTopLevel()) {
             _text += e.Type().Name().str() + ' ';
-            if (e.Name().IsEmpty() && !e.OID().IsEmpty())
+            if (e.Name().IsEmpty() && e.HasOID())
                 _text += "oid " + DvnTRXWriter::Quote(e.OID().str());
             else
                 _text += DvnTRXWriter::Quote(e.Name().str());

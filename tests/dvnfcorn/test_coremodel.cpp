@@ -412,6 +412,35 @@ TEST(Keys, AreUniqueWithinAndAcrossProcesses) {
     EXPECT_NE(std::string(buf), mine);
 }
 
+// Keys of CreateOID's form are held as their bytes, other texts as they are:
+// each comes back as it was given and finds only itself, also where a text
+// has the very bytes of a packed key, and across new keys of either form.
+TEST(Keys, ComeBackAsGivenAndFindOnlyThemselves) {
+    DvnfTRXData data;
+    const char* packed = "4142434445464748494A4B4C4D4E4F50";  // its bytes read "ABCDEFGHIJKLMNOP"
+    const std::vector<const char*> keys = {packed, "ABCDEFGHIJKLMNOP", "4142434445464748494a4b4c4d4e4f50",
+                                           "4142434445464748494A4B4C4D4E4F5", "4142434445464748494A4B4C4D4E4F500"};
+    std::vector<DvnfEntity*> made;
+    for (const char* k : keys) made.push_back(&data.CreateEntity(S("Role"), S(k), S(k)));
+    for (size_t i = 0; i < keys.size(); ++i) {
+        EXPECT_EQ(made[i]->OID().str(), keys[i]);
+        EXPECT_EQ(&data.GetEntityByOID(S("Role"), S(keys[i])), made[i]) << keys[i];
+    }
+    // New keys: packed to text, text to packed, and back; the old key then finds nothing.
+    made[0]->OID(S("R0"));
+    made[1]->OID(S("00000000000000000000000000000001"));
+    EXPECT_FALSE(data.GetEntityByOID(S("Role"), S(packed)).IsValid());
+    EXPECT_FALSE(data.GetEntityByOID(S("Role"), S("ABCDEFGHIJKLMNOP")).IsValid());
+    EXPECT_EQ(&data.GetEntityByOID(S("Role"), S("R0")), made[0]);
+    EXPECT_EQ(&data.GetEntityByOID(S("Role"), S("00000000000000000000000000000001")), made[1]);
+    EXPECT_EQ(made[1]->OID().str(), "00000000000000000000000000000001");
+    made[0]->OID(S(packed));
+    EXPECT_EQ(&data.GetEntityByOID(S("Role"), S(packed)), made[0]);
+    EXPECT_TRUE(made[0]->HasOID());
+    EXPECT_FALSE(data.GetEntityByName(S("Role"), S("None")).HasOID());
+    EXPECT_FALSE(data.CreateEntity(S("Category"), S(""), S("Keyless")).OID().IsEmpty());  // a fresh key
+}
+
 TEST(Messages, EveryNumberHasATextAndTheLineFillsArguments) {
     // Every number the system reports has a text that shows each of its
     // arguments and names no argument it is not given.

@@ -332,6 +332,16 @@ private:
 
 // ---------------------------------------------------------------------------
 // Objects and entities.
+
+// A key or a name as the indexes of a core data compare them: its bytes, and
+// whether they are a key's packed form (which never equals a text, even one
+// of the same bytes).
+struct DvnfKeyView {
+    std::string_view bytes;
+    bool packed = false;
+    bool operator==(const DvnfKeyView&) const = default;
+};
+
 class DvnfObject {
 public:
     // 0 takes no part in a save, 1 to delete, 2 new, 3 unchanged, 4 changed.
@@ -344,7 +354,14 @@ public:
     void State(State_t state) {
         if (!_fixed) _state = state;
     }
-    const DvnfString& OID() const { return _oid; }
+    // The key as text (made again from its bytes when it is held packed).
+    DvnfString OID() const;
+    bool HasOID() const { return _packed || !_textKey.IsEmpty(); }
+    // The key as the indexes compare it.
+    DvnfKeyView Key() const;
+    // A text as a key compares: packed into buffer when it has the form of
+    // CreateOID's keys.
+    static DvnfKeyView KeyOf(const DvnfString& text, unsigned char (&buffer)[16]);
     // A fresh key: unique across runs and processes, 32 characters of
     // upper-case hexadecimal digits (time, process, counter, random).
     static DvnfString CreateOID();
@@ -357,10 +374,23 @@ public:
     virtual DvnfEntity& Entity() = 0;
 
 protected:
-    DvnfObject(const DvnfString& oid, State_t state, bool fixed = false) : _state(state), _fixed(fixed), _oid(oid) {}
+    DvnfObject(const DvnfString& oid, State_t state, bool fixed = false);
+    DvnfObject(const DvnfObject&) = delete;
+    DvnfObject& operator=(const DvnfObject&) = delete;
+    void SetKey(const DvnfString& oid);
     State_t _state;
     bool _fixed;  // beside the state: an entity is kept small
-    DvnfString _oid;
+
+private:
+    void StoreKey(const DvnfString& oid);  // into a slot that holds none
+    // A key of CreateOID's form (32 upper-case hexadecimal digits) is held as
+    // its 16 bytes, any other text as it is: a key of text would cost a
+    // block of 64 bytes of its own for every entity.
+    bool _packed = false;
+    union {
+        unsigned char _packedKey[16];
+        DvnfString _textKey;
+    };
 };
 
 class DvnfLink {
@@ -456,7 +486,6 @@ private:
     unsigned _flags = 0;
     std::uint32_t _seq = 0;         // place in the order of creation
     DvnfString _viewName;           // the key of the entity in the map of GetEntities
-    DvnfAttrNode* _root = nullptr;  // in the entity's own block (DvnfCoreData::Make); none for undefined
     // Made at the first link: most entities of a model (the members of the
     // data structures, categories) have none.
     std::unique_ptr<std::vector<DvnfLink>> _links;
@@ -585,28 +614,28 @@ public:
 private:
     friend class DvnfEntity;
     // Looks texts up without making a std::string of the text sought.
-    // Entities of one type by a text each holds (its name or its key): a
+    // Entities of one type by a key each holds (its name or its key): a
     // table of one pointer a slot, open addressing with linear probing. The
-    // text is read from the entity, so an entry costs 8 bytes (and the free
+    // key is read from the entity, so an entry costs 8 bytes (and the free
     // slots), where a node of a standard hash map costs six times as much.
-    // A text may repeat; an empty text is never entered.
+    // A key may repeat; an empty one is never entered.
     class EntityTable {
     public:
-        using TextOf = const DvnfString& (*)(const DvnfEntity&);
-        explicit EntityTable(TextOf textOf) : _textOf(textOf) {}
+        using KeyOf = DvnfKeyView (*)(const DvnfEntity&);
+        explicit EntityTable(KeyOf keyOf) : _keyOf(keyOf) {}
         void Insert(DvnfEntity& e);
-        // Removes that entity, entered under text (which it may no longer hold).
-        void Erase(const DvnfEntity& e, std::string_view text);
-        // Calls f for each entity entered under text, until f gives true.
+        // Removes that entity, entered under key (which it may no longer hold).
+        void Erase(const DvnfEntity& e, DvnfKeyView key);
+        // Calls f for each entity entered under key, until f gives true.
         template <class F>
-        void ForEach(std::string_view text, F f) const;
-        DvnfEntity* Find(std::string_view text) const;
+        void ForEach(DvnfKeyView key, F f) const;
+        DvnfEntity* Find(DvnfKeyView key) const;
 
     private:
-        size_t Home(std::string_view text) const;
-        std::string_view TextAt(size_t slot) const;
+        size_t Home(DvnfKeyView key) const;
+        DvnfKeyView KeyAt(size_t slot) const;
         void Grow();
-        TextOf _textOf;
+        KeyOf _keyOf;
         std::vector<DvnfEntity*> _slots;  // empty, or a power of two long
         size_t _count = 0;
     };
@@ -625,8 +654,10 @@ private:
         // is redone when Name() or OID() gives it another). Names may repeat
         // (the first made is found); an empty name, which finds nothing, has
         // no entry.
-        EntityTable byName{[](const DvnfEntity& e) -> const DvnfString& { return e.Name(); }};
-        EntityTable byOID{[](const DvnfEntity& e) -> const DvnfString& { return e.OID(); }};
+        EntityTable byName{[](const DvnfEntity& e) {
+            return DvnfKeyView{std::string_view(e.Name().c_str(), static_cast<size_t>(e.Name().Length()))};
+        }};
+        EntityTable byOID{[](const DvnfEntity& e) { return e.Key(); }};
     };
     TypeIndex& Index(const DvnfEntityType& type) const;
     // The index of the type with byName and byOID made.

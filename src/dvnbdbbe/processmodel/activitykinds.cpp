@@ -23,7 +23,7 @@ template <class Set>
 DvnString TargetName(CDatabase& db, DvnfEntity& target, const CString& prefix) {
     if (!target.IsValid()) return DvnString("");
     DvnString name = target.Name();
-    if (name.IsEmpty() && !target.OID().IsEmpty()) {
+    if (name.IsEmpty() && target.HasOID()) {
         Set set(&db);
         name = set.GetName(CString(target.OID().c_str()), prefix, false);
     }

@@ -159,7 +159,7 @@ int DvnConvCoreDbBe::ReadActivityExtentAttributes(CDatabase& db, DvnfEntity& act
             if (!target.IsValid()) return false;
             DvnOrganizationSet organizations(&db);
             DvnString name = target.Name();
-            if (name.IsEmpty() && !target.OID().IsEmpty())
+            if (name.IsEmpty() && target.HasOID())
                 name = organizations.GetName(target.OID().c_str(), m_strTablePrefix, false);
             if (name.IsEmpty()) return false;
             const CString key = organizations.GetOrganizationID(Quoted(name), m_strTablePrefix, false);
