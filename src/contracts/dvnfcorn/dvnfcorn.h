@@ -614,7 +614,7 @@ public:
 private:
     friend class DvnfEntity;
     // Looks texts up without making a std::string of the text sought.
-    // Entities of one type by a key each holds (its name or its key): a
+    // Entities of one type by what each holds (its name or its key): a
     // table of one pointer a slot, open addressing with linear probing. The
     // key is read from the entity, so an entry costs 8 bytes (and the free
     // slots), where a node of a standard hash map costs six times as much.
