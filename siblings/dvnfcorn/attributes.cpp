@@ -1,36 +1,89 @@
 // The attribute tree of an entity and the handles that read and write it.
 #include "attrnode.h"
 
+#include <atomic>
+#include <bit>
 #include <cerrno>
 #include <cstdlib>
 #include <mutex>
 #include <new>
 #include <unordered_map>
+#include <utility>
 
-static_assert(sizeof(DvnfAttrNode) <= 56, "an attribute node stays small (docs/core-model.md)");
+static_assert(sizeof(DvnfAttrNode) <= 40, "an attribute node stays at five words (docs/core-model.md)");
+static_assert(DvnfAttrNode::kRootAt % alignof(DvnfAttrNode) == 0, "the root lies aligned after its entity");
 
 const DvnfAttributeDataReader DvnfAttributeDataReader::undefined;
 const DvnfAttributeData DvnfAttributeData::undefined;
 const DvnfDataSetIterator DvnfDataSetIterator::undefined;
 
 // ---------------------------------------------------------------------------
-// Nodes
+// Names
 
-const std::string* DvnfAttrNode::Intern(std::string_view text) {
-    static const std::string none;
-    if (text.empty()) return &none;
-    // Kept to the end of the process on purpose (nodes of static core data
-    // may outlive any other static).
-    static std::mutex* guard = new std::mutex;
-    static auto* names = new std::unordered_map<std::string_view, std::unique_ptr<std::string>>;
-    std::lock_guard<std::mutex> lock(*guard);
-    auto it = names->find(text);
-    if (it != names->end()) return it->second.get();
-    auto kept = std::make_unique<std::string>(text);
-    const std::string* at = kept.get();
-    names->emplace(std::string_view(*at), std::move(kept));
-    return at;
-}
+namespace {
+// The interned names: chunks that double in size and never move (chunk c
+// holds 64 << c names), so that a name is read by its index without a lock;
+// a map from the text to the index, under a lock, for Intern.
+class NameTable {
+public:
+    static NameTable& Get() {
+        // Kept to the end of the process on purpose (nodes of static core
+        // data may outlive any other static).
+        static NameTable* table = new NameTable;
+        return *table;
+    }
+
+    std::uint32_t Intern(std::string_view text) {
+        std::lock_guard<std::mutex> lock(_guard);
+        auto it = _byText.find(text);
+        if (it != _byText.end()) return it->second;
+        DVNK_REQUIRE(_count != UINT32_MAX, "more attribute names than an index holds");
+        const std::uint32_t index = _count;
+        auto [chunk, at] = Place(index);
+        std::string* names = _chunks[chunk].load(std::memory_order_relaxed);
+        if (!names) {
+            names = new std::string[kFirst << chunk];
+            _chunks[chunk].store(names, std::memory_order_release);
+        }
+        names[at].assign(text);
+        _byText.emplace(std::string_view(names[at]), index);
+        ++_count;
+        return index;
+    }
+
+    const std::string& Name(std::uint32_t index) const {
+        auto [chunk, at] = Place(index);
+        return _chunks[chunk].load(std::memory_order_acquire)[at];
+    }
+
+private:
+    static constexpr unsigned kFirstBits = 6;
+    static constexpr std::uint64_t kFirst = std::uint64_t{1} << kFirstBits;
+
+    NameTable() {
+        _chunks[0].store(new std::string[kFirst], std::memory_order_release);  // index 0: the empty name
+    }
+
+    // Index i lies in chunk c at place p where i + 64 = (64 << c) + p.
+    static std::pair<unsigned, std::uint64_t> Place(std::uint32_t index) {
+        const std::uint64_t v = std::uint64_t{index} + kFirst;
+        const unsigned top = static_cast<unsigned>(std::bit_width(v)) - 1;
+        return {top - kFirstBits, v - (std::uint64_t{1} << top)};
+    }
+
+    std::mutex _guard;
+    std::unordered_map<std::string_view, std::uint32_t> _byText;
+    std::atomic<std::string*> _chunks[33 - kFirstBits] = {};
+    std::uint32_t _count = 1;
+};
+}  // namespace
+
+std::uint32_t DvnfAttrNode::Intern(std::string_view text) { return text.empty() ? 0 : NameTable::Get().Intern(text); }
+
+const std::string& DvnfAttrNode::NameOf(std::uint32_t index) { return NameTable::Get().Name(index); }
+
+// ---------------------------------------------------------------------------
+// Nodes
 
 size_t DvnfAttrNode::Count() const {
     size_t n = 0;
@@ -39,17 +92,17 @@ size_t DvnfAttrNode::Count() const {
 }
 
 DvnfAttrNode* DvnfAttrNode::At(size_t index) {
-    const bool cached = kind == DvnfAttributeType::Set;
+    const bool cached = Kind() == DvnfAttributeType::Set;
     DvnfAttrNode* c = First();
     size_t at = 0;
-    if (cached && cursor && cursorIndex <= index) {
+    if (cached && cursor && _at <= index) {
         c = cursor;
-        at = cursorIndex;
+        at = _at;
     }
     for (; c && at < index; ++at) c = After(c);
-    if (cached && c) {
+    if (cached && c && at <= kMaxAt) {
         cursor = c;
-        cursorIndex = at;
+        _at = static_cast<std::uint32_t>(at);
     }
     return c;
 }
@@ -67,7 +120,7 @@ void DvnfAttrNode::Append(std::unique_ptr<DvnfAttrNode> child) {
 }
 
 void DvnfAttrNode::DropChildren() {
-    if (!_last) return;
+    if (!HasChildren()) return;
     DvnfAttrNode* c = _last->_next;
     _last->_next = nullptr;  // the ring open after the last one
     _last = nullptr;
@@ -76,30 +129,31 @@ void DvnfAttrNode::DropChildren() {
         delete c;
         c = following;
     }
-    if (kind == DvnfAttributeType::Set) cursor = nullptr;
+    if (Kind() == DvnfAttributeType::Set) cursor = nullptr;
 }
 
 void DvnfAttrNode::TakeChildren(DvnfAttrNode& from) {
     DropChildren();
+    if (!from.HasChildren()) return;
     _last = from._last;
     from._last = nullptr;
-    if (from.kind == DvnfAttributeType::Set) from.cursor = nullptr;
+    if (from.Kind() == DvnfAttributeType::Set) from.cursor = nullptr;
     for (DvnfAttrNode* c = First(); c; c = After(c)) c->parent = this;
 }
 
 DvnfAttrNode* DvnfAttrNode::Child(std::string_view childName) const {
     for (DvnfAttrNode* c = First(); c; c = After(c))
-        if (*c->name == childName) return c;
+        if (c->Name() == childName) return c;
     return nullptr;
 }
 
 DvnfAttrNode* DvnfAttrNode::MakeChild(std::string_view childName) {
     DvnfAttrNode* n = Inner();
-    if (n->kind == DvnfAttributeType::Set) return nullptr;  // a set has elements, not names
-    if (n->kind != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
+    if (n->Kind() == DvnfAttributeType::Set) return nullptr;  // a set has elements, not names
+    if (n->Kind() != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
     if (DvnfAttrNode* c = n->Child(childName)) return c;
     auto fresh = std::make_unique<DvnfAttrNode>();
-    fresh->name = Intern(childName);
+    fresh->_name = Intern(childName);
     DvnfAttrNode* c = fresh.get();
     n->Append(std::move(fresh));
     return c;
@@ -107,31 +161,32 @@ DvnfAttrNode* DvnfAttrNode::MakeChild(std::string_view childName) {
 
 void DvnfAttrNode::Clear(DvnfAttributeType newKind) {
     DropChildren();
-    if (kind == DvnfAttributeType::String) sval.~DvnfString();
-    kind = newKind;
-    if (kind == DvnfAttributeType::String)
+    if (Kind() == DvnfAttributeType::String) sval.~DvnfString();
+    _kind = static_cast<std::uint8_t>(newKind);
+    _at = 0;
+    if (Kind() == DvnfAttributeType::String)
         new (&sval) DvnfString();
     else
         lval = 0;
-    if (parent) entity = nullptr;  // the root keeps its owner
+    entity = nullptr;
 }
 
 std::unique_ptr<DvnfAttrNode> DvnfAttrNode::Clone(DvnfAttrNode* newParent) const {
     auto n = std::make_unique<DvnfAttrNode>();
     n->parent = newParent;
-    n->Clear(kind);
-    n->name = name;
-    if (kind == DvnfAttributeType::String)
+    n->Clear(Kind());
+    n->_name = _name;
+    if (Kind() == DvnfAttributeType::String)
         n->sval = sval;
-    else if (kind != DvnfAttributeType::Set)
+    else if (Kind() != DvnfAttributeType::Set)
         n->lval = lval;
-    if (kind == DvnfAttributeType::Entity) n->entity = entity;
+    if (Kind() == DvnfAttributeType::Entity) n->entity = entity;
     for (const DvnfAttrNode* c = First(); c; c = After(c)) n->Append(c->Clone(n.get()));
     return n;
 }
 
 DvnfAttrNode* DvnfAttrNode::Inner() {
-    if (kind == DvnfAttributeType::Entity && entity && entity->IsValid()) return AttrRoot(*entity);
+    if (Kind() == DvnfAttributeType::Entity && entity && entity->IsValid()) return AttrRoot(*entity);
     return this;
 }
 
@@ -142,15 +197,15 @@ std::string DvnfAttrNode::CataloguePath(const DvnfEntity** owner) const {
         chain.push_back(n);
         n = n->parent;
     }
-    if (owner) *owner = n->ownerEntity;
+    if (owner) *owner = n->Owner();
     std::string path;
     for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
         const DvnfAttrNode* c = *it;
-        if (c->parent->kind == DvnfAttributeType::Set) {
+        if (c->parent->Kind() == DvnfAttributeType::Set) {
             path += "[]";
         } else {
             if (!path.empty()) path += '.';
-            path += *c->name;
+            path += c->Name();
         }
     }
     return path;
@@ -164,7 +219,7 @@ DvnfAttrNode* DvnfAttributeDataReader::Resolve() const {
     for (const auto& name : _path) {
         if (!n) return nullptr;
         n = n->Inner();
-        if (n->kind != DvnfAttributeType::Group) return nullptr;
+        if (n->Kind() != DvnfAttributeType::Group) return nullptr;
         n = n->Child(name);
     }
     return n;
@@ -182,7 +237,7 @@ bool DvnfAttributeDataReader::IsValid() const { return Resolve() != nullptr; }
 bool DvnfAttributeDataReader::IsDefined() const {
     const DvnfAttrNode* n = Resolve();
     if (!n) return false;
-    switch (n->kind) {
+    switch (n->Kind()) {
     case DvnfAttributeType::Long:
     case DvnfAttributeType::Bool:
     case DvnfAttributeType::String: return true;
@@ -208,7 +263,7 @@ bool ParseLong(const char* text, long& out) {
 long DvnfAttributeDataReader::AsLong(long defaultValue) const {
     const DvnfAttrNode* n = Resolve();
     if (!n) return defaultValue;
-    switch (n->kind) {
+    switch (n->Kind()) {
     case DvnfAttributeType::Long: return n->lval;
     case DvnfAttributeType::Bool: return n->lval != 0 ? 1 : 0;
     case DvnfAttributeType::String: {
@@ -222,7 +277,7 @@ long DvnfAttributeDataReader::AsLong(long defaultValue) const {
 bool DvnfAttributeDataReader::AsBool(bool defaultValue) const {
     const DvnfAttrNode* n = Resolve();
     if (!n) return defaultValue;
-    switch (n->kind) {
+    switch (n->Kind()) {
     case DvnfAttributeType::Bool: return n->lval != 0;
     case DvnfAttributeType::Long: return n->lval != 0;
     case DvnfAttributeType::String:
@@ -236,7 +291,7 @@ bool DvnfAttributeDataReader::AsBool(bool defaultValue) const {
 DvnfString DvnfAttributeDataReader::AsString(const DvnfString& defaultValue) const {
     const DvnfAttrNode* n = Resolve();
     if (!n) return defaultValue;
-    switch (n->kind) {
+    switch (n->Kind()) {
     case DvnfAttributeType::String: return n->sval;
     case DvnfAttributeType::Long: return DvnfString(DvnString::FromLong(n->lval));
     case DvnfAttributeType::Bool: return DvnfString(n->lval != 0 ? "true" : "false");
@@ -248,23 +303,23 @@ DvnfString DvnfAttributeDataReader::Value() const { return AsString(DvnfString()
 
 DvnfEntity& DvnfAttributeDataReader::AsEntity() const {
     const DvnfAttrNode* n = Resolve();
-    if (n && n->kind == DvnfAttributeType::Entity && n->entity) return *n->entity;
+    if (n && n->Kind() == DvnfAttributeType::Entity && n->entity) return *n->entity;
     return DvnfEntity::undefined;
 }
 
 DvnfAttributeType DvnfAttributeDataReader::Type() const {
     const DvnfAttrNode* n = Resolve();
-    return n ? n->kind : DvnfAttributeType::Undefined;
+    return n ? n->Kind() : DvnfAttributeType::Undefined;
 }
 
 long DvnfAttributeDataReader::NumberOfElements() const {
     const DvnfAttrNode* n = Resolve();
-    return (n && n->kind == DvnfAttributeType::Set) ? static_cast<long>(n->Count()) : 0;
+    return (n && n->Kind() == DvnfAttributeType::Set) ? static_cast<long>(n->Count()) : 0;
 }
 
 DvnfDataSetIterator DvnfAttributeDataReader::ElementsOfSet() const {
     DvnfAttrNode* n = Resolve();
-    if (n && n->kind == DvnfAttributeType::Set) return DvnfDataSetIterator(n);
+    if (n && n->Kind() == DvnfAttributeType::Set) return DvnfDataSetIterator(n);
     return DvnfDataSetIterator();
 }
 
@@ -273,8 +328,8 @@ std::vector<std::string> DvnfAttributeDataReader::Names() const {
     DvnfAttrNode* n = Resolve();
     if (!n) return names;
     n = n->Inner();
-    if (n->kind != DvnfAttributeType::Group) return names;
-    for (const DvnfAttrNode* c = n->First(); c; c = n->After(c)) names.push_back(*c->name);
+    if (n->Kind() != DvnfAttributeType::Group) return names;
+    for (const DvnfAttrNode* c = n->First(); c; c = n->After(c)) names.push_back(c->Name());
     return names;
 }
 
@@ -369,13 +424,13 @@ DvnfAttributeData& DvnfAttributeData::operator=(const DvnfAttributeDataReader& o
     std::unique_ptr<DvnfAttrNode> copy = src->Clone(nullptr);  // first: src may lie below the target
     DvnfAttrNode* n = Make();
     if (!n) return *this;
-    if (!n->parent && copy->kind != DvnfAttributeType::Group) return *this;  // the root stays a group
-    n->Clear(copy->kind);
-    if (copy->kind == DvnfAttributeType::String)
+    if (!n->parent && copy->Kind() != DvnfAttributeType::Group) return *this;  // the root stays a group
+    n->Clear(copy->Kind());
+    if (copy->Kind() == DvnfAttributeType::String)
         n->sval = copy->sval;
-    else if (copy->kind != DvnfAttributeType::Set)
+    else if (copy->Kind() != DvnfAttributeType::Set)
         n->lval = copy->lval;
-    if (copy->kind == DvnfAttributeType::Entity) n->entity = copy->entity;
+    if (copy->Kind() == DvnfAttributeType::Entity) n->entity = copy->entity;
     n->TakeChildren(*copy);
     return *this;
 }
@@ -384,8 +439,8 @@ void DvnfAttributeData::Reset(const char* name) {
     DvnfAttrNode* n = Resolve();
     if (!n || !name) return;
     n = n->Inner();
-    if (n->kind != DvnfAttributeType::Group) return;
-    n->RemoveIf([name](const DvnfAttrNode& c) { return *c.name == name; }, true);
+    if (n->Kind() != DvnfAttributeType::Group) return;
+    n->RemoveIf([name](const DvnfAttrNode& c) { return c.Name() == name; }, true);
 }
 
 void DvnfAttributeData::Reset() {
@@ -401,14 +456,14 @@ void DvnfAttributeData::Reset() {
 DvnfAttributeData DvnfAttributeData::MakeGroup() {
     DvnfAttrNode* n = Make();
     if (!n) return DvnfAttributeData();
-    if (n->Inner()->kind != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
+    if (n->Inner()->Kind() != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
     return DvnfAttributeData(n, {});
 }
 
 DvnfAttributeData DvnfAttributeData::MakeSet() {
     DvnfAttrNode* n = ValueNode(Make());
     if (!n) return DvnfAttributeData();
-    if (n->kind != DvnfAttributeType::Set) n->Clear(DvnfAttributeType::Set);
+    if (n->Kind() != DvnfAttributeType::Set) n->Clear(DvnfAttributeType::Set);
     return DvnfAttributeData(n, {});
 }
 
@@ -424,7 +479,7 @@ DvnfAttrNode* Append(DvnfAttrNode* set) {
 DvnfAttributeData DvnfAttributeData::NewSetElement() {
     MakeSet();
     DvnfAttrNode* set = Resolve();
-    if (!set || set->kind != DvnfAttributeType::Set) return DvnfAttributeData();
+    if (!set || set->Kind() != DvnfAttributeType::Set) return DvnfAttributeData();
     const DvnfEntity* owner = nullptr;
     std::string path = set->CataloguePath(&owner);
     DvnfAttrNode* e = Append(set);
@@ -444,7 +499,7 @@ DvnfAttributeData DvnfAttributeData::NewSetElement(DvnfEntity& entity) {
     if (!entity.IsValid()) return DvnfAttributeData();
     MakeSet();
     DvnfAttrNode* set = Resolve();
-    if (!set || set->kind != DvnfAttributeType::Set) return DvnfAttributeData();
+    if (!set || set->Kind() != DvnfAttributeType::Set) return DvnfAttributeData();
     DvnfAttrNode* e = Append(set);
     e->Clear(DvnfAttributeType::Entity);
     e->entity = &entity;
@@ -453,8 +508,8 @@ DvnfAttributeData DvnfAttributeData::NewSetElement(DvnfEntity& entity) {
 
 long DvnfAttributeData::RemoveSetElement(const DvnfEntity& entity) {
     DvnfAttrNode* set = Resolve();
-    if (!set || set->kind != DvnfAttributeType::Set) return 0;
+    if (!set || set->Kind() != DvnfAttributeType::Set) return 0;
     return set->RemoveIf(
-        [&entity](const DvnfAttrNode& c) { return c.kind == DvnfAttributeType::Entity && c.entity == &entity; },
+        [&entity](const DvnfAttrNode& c) { return c.Kind() == DvnfAttributeType::Entity && c.entity == &entity; },
         false);
 }

@@ -237,8 +237,9 @@ DvnfCoreData::DvnfCoreData(DvnfCoreTypes& types, DvnfMessageHandler* handler) : 
 namespace {
 // An entity and the root of its attributes share one block: a model holds
 // many small entities (every member of a data structure is one), and one
-// allocation less each is a tenth of what they take.
-constexpr size_t kRootAt = (sizeof(DvnfEntity) + alignof(DvnfAttrNode) - 1) / alignof(DvnfAttrNode) * alignof(DvnfAttrNode);
+// allocation less each is a tenth of what they take; the root finds its
+// entity by its place in the block (DvnfAttrNode::Owner).
+constexpr size_t kRootAt = DvnfAttrNode::kRootAt;
 
 void Destroy(DvnfEntity* e) {
     DvnfAttrNode* root = AttrRoot(*e);
@@ -399,7 +400,6 @@ DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid
         root = new (static_cast<char*>(block) + kRootAt) DvnfAttrNode();
         made = new (block) DvnfEntity(this, &type, oid, NotNull(name), state);
         made->_root = root;
-        root->ownerEntity = made;
         made->_seq = static_cast<std::uint32_t>(_order.size());
         _order.push_back(made);  // owned by _order from here on
     } catch (...) {
