@@ -25,6 +25,11 @@ struct DvnfAttrNode {
         DropChildren();
         if (Kind() == DvnfAttributeType::String) sval.~DvnfString();
     }
+    // From the pool of nodes (attributes.cpp, "The pool of nodes"); a node
+    // made in the block of its entity (the root) is placed there instead.
+    static void* operator new(size_t bytes);
+    static void* operator new(size_t, void* at) noexcept { return at; }
+    static void operator delete(void* p) noexcept;
 
     // The kind; change it with Clear only (a text value lives only while
     // the kind is String, children only while it is Group or Set).
