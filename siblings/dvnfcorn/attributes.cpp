@@ -22,16 +22,21 @@ const DvnfDataSetIterator DvnfDataSetIterator::undefined;
 // Names
 
 namespace {
+// The one T of the process, kept to its end on purpose (nodes of static core
+// data may outlive any other static).
+template <class T>
+T& OfTheProcess() {
+    static T* one = new T;
+    return *one;
+}
+
 // The interned names: chunks that double in size and never move (chunk c
 // holds 64 << c names), so that a name is read by its index without a lock;
 // a map from the text to the index, under a lock, for Intern.
 class NameTable {
 public:
-    static NameTable& Get() {
-        // Kept to the end of the process on purpose (nodes of static core
-        // data may outlive any other static).
-        static NameTable* table = new NameTable;
-        return *table;
+    NameTable() {
+        _chunks[0].store(new std::string[kFirst], std::memory_order_release);  // index 0: the empty name
     }
 
     std::uint32_t Intern(std::string_view text) {
@@ -61,10 +66,6 @@ private:
     static constexpr unsigned kFirstBits = 6;
     static constexpr std::uint64_t kFirst = std::uint64_t{1} << kFirstBits;
 
-    NameTable() {
-        _chunks[0].store(new std::string[kFirst], std::memory_order_release);  // index 0: the empty name
-    }
-
     // Index i lies in chunk c at place p where i + 64 = (64 << c) + p.
     static std::pair<unsigned, std::uint64_t> Place(std::uint32_t index) {
         const std::uint64_t v = std::uint64_t{index} + kFirst;
@@ -79,9 +80,11 @@ private:
 };
 }  // namespace
 
-std::uint32_t DvnfAttrNode::Intern(std::string_view text) { return text.empty() ? 0 : NameTable::Get().Intern(text); }
+std::uint32_t DvnfAttrNode::Intern(std::string_view text) {
+    return text.empty() ? 0 : OfTheProcess<NameTable>().Intern(text);
+}
 
-const std::string& DvnfAttrNode::NameOf(std::uint32_t index) { return NameTable::Get().Name(index); }
+const std::string& DvnfAttrNode::NameOf(std::uint32_t index) { return OfTheProcess<NameTable>().Name(index); }
 
 // ---------------------------------------------------------------------------
 // The pool of nodes
@@ -113,13 +116,6 @@ namespace {
 // and a node moves between trees (TakeChildren, Clone) and so between them.
 class NodePool {
 public:
-    static NodePool& Get() {
-        // Kept to the end of the process on purpose (nodes of static core
-        // data may outlive any other static).
-        static NodePool* pool = new NodePool;
-        return *pool;
-    }
-
     void* Allocate() {
         std::lock_guard<std::mutex> lock(_guard);
         Block* b = _open;
@@ -202,11 +198,11 @@ private:
 
 void* DvnfAttrNode::operator new(size_t bytes) {
     DVNK_REQUIRE(bytes == sizeof(DvnfAttrNode), "an attribute node of another size");
-    return NodePool::Get().Allocate();
+    return OfTheProcess<NodePool>().Allocate();
 }
 
 void DvnfAttrNode::operator delete(void* p) noexcept {
-    if (p) NodePool::Get().Free(p);
+    if (p) OfTheProcess<NodePool>().Free(p);
 }
 #else
 void* DvnfAttrNode::operator new(size_t bytes) { return ::operator new(bytes); }
