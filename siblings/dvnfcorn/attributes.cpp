@@ -32,24 +32,42 @@ T& OfTheProcess() {
 
 // The interned names: chunks that double in size and never move (chunk c
 // holds 64 << c names), so that a name is read by its index without a lock;
-// a map from the text to the index, under a lock, for Intern.
+// a map from the text to the index, under a lock, for Intern. The chunks
+// are a constant-initialised array, so that a read needs no guard of a
+// static; chunk 0 comes with the first name (index 0, the empty name, is
+// read from an empty text of its own until then).
+constexpr unsigned kFirstNameBits = 6;
+constexpr std::uint64_t kFirstNames = std::uint64_t{1} << kFirstNameBits;
+constinit std::atomic<std::string*> gNameChunks[33 - kFirstNameBits] = {};
+
+// Index i lies in chunk c at place p where i + 64 = (64 << c) + p.
+std::pair<unsigned, std::uint64_t> NamePlace(std::uint32_t index) {
+    const std::uint64_t v = std::uint64_t{index} + kFirstNames;
+    const unsigned top = static_cast<unsigned>(std::bit_width(v)) - 1;
+    return {top - kFirstNameBits, v - (std::uint64_t{1} << top)};
+}
+
+// A name read here, inlined where a node is searched by name (NameOf, the
+// entry of the library, costs a call through the symbol table each time).
+[[gnu::always_inline]] inline const std::string& NameAt(std::uint32_t index) {
+    auto [chunk, at] = NamePlace(index);
+    if (const std::string* names = gNameChunks[chunk].load(std::memory_order_acquire)) return names[at];
+    return OfTheProcess<std::string>();
+}
+
 class NameTable {
 public:
-    NameTable() {
-        _chunks[0].store(new std::string[kFirst], std::memory_order_release);  // index 0: the empty name
-    }
-
     std::uint32_t Intern(std::string_view text) {
         std::lock_guard<std::mutex> lock(_guard);
         auto it = _byText.find(text);
         if (it != _byText.end()) return it->second;
         DVNK_REQUIRE(_count != UINT32_MAX, "more attribute names than an index holds");
         const std::uint32_t index = _count;
-        auto [chunk, at] = Place(index);
-        std::string* names = _chunks[chunk].load(std::memory_order_relaxed);
+        auto [chunk, at] = NamePlace(index);
+        std::string* names = gNameChunks[chunk].load(std::memory_order_relaxed);
         if (!names) {
-            names = new std::string[kFirst << chunk];
-            _chunks[chunk].store(names, std::memory_order_release);
+            names = new std::string[kFirstNames << chunk];
+            gNameChunks[chunk].store(names, std::memory_order_release);
         }
         names[at].assign(text);
         _byText.emplace(std::string_view(names[at]), index);
@@ -57,25 +75,9 @@ public:
         return index;
     }
 
-    const std::string& Name(std::uint32_t index) const {
-        auto [chunk, at] = Place(index);
-        return _chunks[chunk].load(std::memory_order_acquire)[at];
-    }
-
 private:
-    static constexpr unsigned kFirstBits = 6;
-    static constexpr std::uint64_t kFirst = std::uint64_t{1} << kFirstBits;
-
-    // Index i lies in chunk c at place p where i + 64 = (64 << c) + p.
-    static std::pair<unsigned, std::uint64_t> Place(std::uint32_t index) {
-        const std::uint64_t v = std::uint64_t{index} + kFirst;
-        const unsigned top = static_cast<unsigned>(std::bit_width(v)) - 1;
-        return {top - kFirstBits, v - (std::uint64_t{1} << top)};
-    }
-
     std::mutex _guard;
     std::unordered_map<std::string_view, std::uint32_t> _byText;
-    std::atomic<std::string*> _chunks[33 - kFirstBits] = {};
     std::uint32_t _count = 1;
 };
 }  // namespace
@@ -84,7 +86,7 @@ std::uint32_t DvnfAttrNode::Intern(std::string_view text) {
     return text.empty() ? 0 : OfTheProcess<NameTable>().Intern(text);
 }
 
-const std::string& DvnfAttrNode::NameOf(std::uint32_t index) { return OfTheProcess<NameTable>().Name(index); }
+const std::string& DvnfAttrNode::NameOf(std::uint32_t index) { return NameAt(index); }
 
 // ---------------------------------------------------------------------------
 // The pool of nodes
@@ -271,7 +273,7 @@ void DvnfAttrNode::TakeChildren(DvnfAttrNode& from) {
 
 DvnfAttrNode* DvnfAttrNode::Child(std::string_view childName) const {
     for (DvnfAttrNode* c = First(); c; c = After(c))
-        if (c->Name() == childName) return c;
+        if (NameAt(c->_name) == childName) return c;
     return nullptr;
 }
 
