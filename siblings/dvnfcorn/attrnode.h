@@ -25,6 +25,7 @@ struct DvnfAttrNode {
         DropChildren();
         if (Kind() == DvnfAttributeType::String) sval.~DvnfString();
     }
+
     // From the pool of nodes (attributes.cpp, "The pool of nodes"); a node
     // made in the block of its entity (the root) is placed there instead.
     static void* operator new(size_t bytes);
@@ -44,7 +45,7 @@ struct DvnfAttrNode {
     };
     union {
         DvnfEntity* entity = nullptr;  // kind Entity
-        DvnfAttrNode* _last;           // kinds Group and Set: the last child; its _next is the first
+        DvnfAttrNode* _last;           // kinds Group and Set (the node's own): the last child, whose _next is the first
     };
     DvnfAttrNode* parent = nullptr;  // null for the root
 
