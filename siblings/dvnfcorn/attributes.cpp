@@ -1,36 +1,219 @@
 // The attribute tree of an entity and the handles that read and write it.
 #include "attrnode.h"
 
+#include <atomic>
+#include <bit>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <mutex>
 #include <new>
 #include <unordered_map>
+#include <utility>
 
-static_assert(sizeof(DvnfAttrNode) <= 56, "an attribute node stays small (docs/core-model.md)");
+static_assert(sizeof(DvnfAttrNode) <= 40, "an attribute node stays at five words (docs/core-model.md)");
+static_assert(DvnfAttrNode::kRootAt % alignof(DvnfAttrNode) == 0, "the root lies aligned after its entity");
 
 const DvnfAttributeDataReader DvnfAttributeDataReader::undefined;
 const DvnfAttributeData DvnfAttributeData::undefined;
 const DvnfDataSetIterator DvnfDataSetIterator::undefined;
 
 // ---------------------------------------------------------------------------
-// Nodes
+// Names
 
-const std::string* DvnfAttrNode::Intern(std::string_view text) {
-    static const std::string none;
-    if (text.empty()) return &none;
-    // Kept to the end of the process on purpose (nodes of static core data
-    // may outlive any other static).
-    static std::mutex* guard = new std::mutex;
-    static auto* names = new std::unordered_map<std::string_view, std::unique_ptr<std::string>>;
-    std::lock_guard<std::mutex> lock(*guard);
-    auto it = names->find(text);
-    if (it != names->end()) return it->second.get();
-    auto kept = std::make_unique<std::string>(text);
-    const std::string* at = kept.get();
-    names->emplace(std::string_view(*at), std::move(kept));
-    return at;
+namespace {
+// The one T of the process, kept to its end on purpose (nodes of static core
+// data may outlive any other static).
+template <class T>
+T& OfTheProcess() {
+    static T* one = new T;
+    return *one;
 }
+
+// The interned names: chunks that double in size and never move (chunk c
+// holds 64 << c names), so that a name is read by its index without a lock;
+// a map from the text to the index, under a lock, for Intern. The chunks
+// are a constant-initialised array, so that a read needs no guard of a
+// static; chunk 0 comes with the first name (index 0, the empty name, is
+// read from an empty text of its own until then).
+constexpr unsigned kFirstNameBits = 6;
+constexpr std::uint64_t kFirstNames = std::uint64_t{1} << kFirstNameBits;
+constinit std::atomic<std::string*> gNameChunks[33 - kFirstNameBits] = {};
+
+// Index i lies in chunk c at place p where i + 64 = (64 << c) + p.
+std::pair<unsigned, std::uint64_t> NamePlace(std::uint32_t index) {
+    const std::uint64_t v = std::uint64_t{index} + kFirstNames;
+    const unsigned top = static_cast<unsigned>(std::bit_width(v)) - 1;
+    return {top - kFirstNameBits, v - (std::uint64_t{1} << top)};
+}
+
+// A name read here, inlined where a node is searched by name (NameOf, the
+// entry of the library, costs a call through the symbol table each time).
+[[gnu::always_inline]] inline const std::string& NameAt(std::uint32_t index) {
+    auto [chunk, at] = NamePlace(index);
+    if (const std::string* names = gNameChunks[chunk].load(std::memory_order_acquire)) return names[at];
+    return OfTheProcess<std::string>();
+}
+
+class NameTable {
+public:
+    std::uint32_t Intern(std::string_view text) {
+        std::lock_guard<std::mutex> lock(_guard);
+        auto it = _byText.find(text);
+        if (it != _byText.end()) return it->second;
+        DVNK_REQUIRE(_count != UINT32_MAX, "more attribute names than an index holds");
+        const std::uint32_t index = _count;
+        auto [chunk, at] = NamePlace(index);
+        std::string* names = gNameChunks[chunk].load(std::memory_order_relaxed);
+        if (!names) {
+            names = new std::string[kFirstNames << chunk];
+            gNameChunks[chunk].store(names, std::memory_order_release);
+        }
+        names[at].assign(text);
+        _byText.emplace(std::string_view(names[at]), index);
+        ++_count;
+        return index;
+    }
+
+private:
+    std::mutex _guard;
+    std::unordered_map<std::string_view, std::uint32_t> _byText;
+    std::uint32_t _count = 1;
+};
+}  // namespace
+
+std::uint32_t DvnfAttrNode::Intern(std::string_view text) {
+    return text.empty() ? 0 : OfTheProcess<NameTable>().Intern(text);
+}
+
+const std::string& DvnfAttrNode::NameOf(std::uint32_t index) { return NameAt(index); }
+
+// ---------------------------------------------------------------------------
+// The pool of nodes
+
+// Under AddressSanitizer the nodes come from the allocator one by one, so
+// that a node used after it was freed is still seen: the pool would hand
+// its place out again unnoticed.
+#if defined(__SANITIZE_ADDRESS__)
+#define DVNF_NODE_POOL 0
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define DVNF_NODE_POOL 0
+#endif
+#endif
+#ifndef DVNF_NODE_POOL
+#define DVNF_NODE_POOL 1
+#endif
+
+#if DVNF_NODE_POOL
+namespace {
+// Blocks of 16 KiB, each at an address that is a multiple of its size, so
+// that a node finds its block by its address; a node costs its 40 bytes,
+// where the allocator would take 48. A block counts its nodes handed out and
+// keeps those freed in a list of its own; it goes back to the allocator when
+// its last node is freed (one empty block is kept, so that a node made and
+// freed over and over at the edge of a block does not cost a block each
+// time). So the pool holds what the models alive hold, not the most they
+// ever held. One lock for the process: core datas live in several threads,
+// and a node moves between trees (TakeChildren, Clone) and so between them.
+class NodePool {
+public:
+    void* Allocate() {
+        std::lock_guard<std::mutex> lock(_guard);
+        Block* b = _open;
+        if (!b) b = Open(TakeBlock());
+        void* p;
+        if (b->free) {
+            p = b->free;
+            b->free = b->free->next;
+        } else {
+            p = b->Node(b->fresh++);
+        }
+        if (++b->live == kPerBlock) Close(b);
+        return p;
+    }
+
+    void Free(void* p) {
+        std::lock_guard<std::mutex> lock(_guard);
+        Block* b = reinterpret_cast<Block*>(reinterpret_cast<std::uintptr_t>(p) & ~(kBlockBytes - 1));
+        DVNK_REQUIRE(b->live > 0, "an attribute node freed twice");
+        if (b->live == kPerBlock) Open(b);
+        b->free = new (p) FreeNode{b->free};
+        if (--b->live == 0) GiveBack(b);
+    }
+
+private:
+    static constexpr std::uintptr_t kBlockBytes = 16 * 1024;
+    struct FreeNode {
+        FreeNode* next;
+    };
+    struct Block {
+        Block* prev = nullptr;  // the blocks with a free place
+        Block* next = nullptr;
+        FreeNode* free = nullptr;  // freed nodes
+        std::uint32_t live = 0;    // nodes handed out
+        std::uint32_t fresh = 0;   // nodes handed out at least once: those past it were never
+        void* Node(std::uint32_t i) { return reinterpret_cast<char*>(this) + kFirstAt + i * sizeof(DvnfAttrNode); }
+    };
+    static constexpr std::uintptr_t kFirstAt =
+        (sizeof(Block) + alignof(DvnfAttrNode) - 1) / alignof(DvnfAttrNode) * alignof(DvnfAttrNode);
+    static constexpr std::uint32_t kPerBlock = (kBlockBytes - kFirstAt) / sizeof(DvnfAttrNode);
+
+    Block* TakeBlock() {
+        if (Block* spare = _spare) {
+            _spare = nullptr;
+            return spare;
+        }
+        return new (::operator new(kBlockBytes, std::align_val_t(kBlockBytes))) Block;
+    }
+    // Empty now: kept as the spare or given back.
+    void GiveBack(Block* b) {
+        Close(b);
+        b->free = nullptr;
+        b->fresh = 0;
+        if (!_spare) {
+            _spare = b;
+            return;
+        }
+        b->~Block();
+        ::operator delete(b, std::align_val_t(kBlockBytes));
+    }
+    Block* Open(Block* b) {
+        b->prev = nullptr;
+        b->next = _open;
+        if (_open) _open->prev = b;
+        _open = b;
+        return b;
+    }
+    void Close(Block* b) {
+        if (b->prev) b->prev->next = b->next;
+        if (b->next) b->next->prev = b->prev;
+        if (_open == b) _open = b->next;
+        b->prev = b->next = nullptr;
+    }
+
+    std::mutex _guard;
+    Block* _open = nullptr;   // the blocks with a free place, the one that got one last first
+    Block* _spare = nullptr;  // an empty block
+};
+}  // namespace
+
+void* DvnfAttrNode::operator new(size_t bytes) {
+    DVNK_REQUIRE(bytes == sizeof(DvnfAttrNode), "an attribute node of another size");
+    return OfTheProcess<NodePool>().Allocate();
+}
+
+void DvnfAttrNode::operator delete(void* p) noexcept {
+    if (p) OfTheProcess<NodePool>().Free(p);
+}
+#else
+void* DvnfAttrNode::operator new(size_t bytes) { return ::operator new(bytes); }
+
+void DvnfAttrNode::operator delete(void* p) noexcept { ::operator delete(p); }
+#endif
+
+// ---------------------------------------------------------------------------
+// Nodes
 
 size_t DvnfAttrNode::Count() const {
     size_t n = 0;
@@ -39,17 +222,17 @@ size_t DvnfAttrNode::Count() const {
 }
 
 DvnfAttrNode* DvnfAttrNode::At(size_t index) {
-    const bool cached = kind == DvnfAttributeType::Set;
+    const bool cached = Kind() == DvnfAttributeType::Set;
     DvnfAttrNode* c = First();
     size_t at = 0;
-    if (cached && cursor && cursorIndex <= index) {
+    if (cached && cursor && _at <= index) {
         c = cursor;
-        at = cursorIndex;
+        at = _at;
     }
     for (; c && at < index; ++at) c = After(c);
-    if (cached && c) {
+    if (cached && c && at <= kMaxAt) {
         cursor = c;
-        cursorIndex = at;
+        _at = static_cast<std::uint32_t>(at);
     }
     return c;
 }
@@ -67,7 +250,7 @@ void DvnfAttrNode::Append(std::unique_ptr<DvnfAttrNode> child) {
 }
 
 void DvnfAttrNode::DropChildren() {
-    if (!_last) return;
+    if (!HasChildren()) return;
     DvnfAttrNode* c = _last->_next;
     _last->_next = nullptr;  // the ring open after the last one
     _last = nullptr;
@@ -76,30 +259,31 @@ void DvnfAttrNode::DropChildren() {
         delete c;
         c = following;
     }
-    if (kind == DvnfAttributeType::Set) cursor = nullptr;
+    if (Kind() == DvnfAttributeType::Set) cursor = nullptr;
 }
 
 void DvnfAttrNode::TakeChildren(DvnfAttrNode& from) {
     DropChildren();
+    if (!from.HasChildren()) return;
     _last = from._last;
     from._last = nullptr;
-    if (from.kind == DvnfAttributeType::Set) from.cursor = nullptr;
+    if (from.Kind() == DvnfAttributeType::Set) from.cursor = nullptr;
     for (DvnfAttrNode* c = First(); c; c = After(c)) c->parent = this;
 }
 
 DvnfAttrNode* DvnfAttrNode::Child(std::string_view childName) const {
     for (DvnfAttrNode* c = First(); c; c = After(c))
-        if (*c->name == childName) return c;
+        if (NameAt(c->_name) == childName) return c;
     return nullptr;
 }
 
 DvnfAttrNode* DvnfAttrNode::MakeChild(std::string_view childName) {
     DvnfAttrNode* n = Inner();
-    if (n->kind == DvnfAttributeType::Set) return nullptr;  // a set has elements, not names
-    if (n->kind != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
+    if (n->Kind() == DvnfAttributeType::Set) return nullptr;  // a set has elements, not names
+    if (n->Kind() != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
     if (DvnfAttrNode* c = n->Child(childName)) return c;
     auto fresh = std::make_unique<DvnfAttrNode>();
-    fresh->name = Intern(childName);
+    fresh->_name = Intern(childName);
     DvnfAttrNode* c = fresh.get();
     n->Append(std::move(fresh));
     return c;
@@ -107,31 +291,32 @@ DvnfAttrNode* DvnfAttrNode::MakeChild(std::string_view childName) {
 
 void DvnfAttrNode::Clear(DvnfAttributeType newKind) {
     DropChildren();
-    if (kind == DvnfAttributeType::String) sval.~DvnfString();
-    kind = newKind;
-    if (kind == DvnfAttributeType::String)
+    if (Kind() == DvnfAttributeType::String) sval.~DvnfString();
+    _kind = static_cast<std::uint8_t>(newKind);
+    _at = 0;
+    if (Kind() == DvnfAttributeType::String)
         new (&sval) DvnfString();
     else
         lval = 0;
-    if (parent) entity = nullptr;  // the root keeps its owner
+    entity = nullptr;
 }
 
 std::unique_ptr<DvnfAttrNode> DvnfAttrNode::Clone(DvnfAttrNode* newParent) const {
     auto n = std::make_unique<DvnfAttrNode>();
     n->parent = newParent;
-    n->Clear(kind);
-    n->name = name;
-    if (kind == DvnfAttributeType::String)
+    n->Clear(Kind());
+    n->_name = _name;
+    if (Kind() == DvnfAttributeType::String)
         n->sval = sval;
-    else if (kind != DvnfAttributeType::Set)
+    else if (Kind() != DvnfAttributeType::Set)
         n->lval = lval;
-    if (kind == DvnfAttributeType::Entity) n->entity = entity;
+    if (Kind() == DvnfAttributeType::Entity) n->entity = entity;
     for (const DvnfAttrNode* c = First(); c; c = After(c)) n->Append(c->Clone(n.get()));
     return n;
 }
 
 DvnfAttrNode* DvnfAttrNode::Inner() {
-    if (kind == DvnfAttributeType::Entity && entity && entity->IsValid()) return AttrRoot(*entity);
+    if (Kind() == DvnfAttributeType::Entity && entity && entity->IsValid()) return AttrRoot(*entity);
     return this;
 }
 
@@ -142,15 +327,15 @@ std::string DvnfAttrNode::CataloguePath(const DvnfEntity** owner) const {
         chain.push_back(n);
         n = n->parent;
     }
-    if (owner) *owner = n->ownerEntity;
+    if (owner) *owner = n->Owner();
     std::string path;
     for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
         const DvnfAttrNode* c = *it;
-        if (c->parent->kind == DvnfAttributeType::Set) {
+        if (c->parent->Kind() == DvnfAttributeType::Set) {
             path += "[]";
         } else {
             if (!path.empty()) path += '.';
-            path += *c->name;
+            path += c->Name();
         }
     }
     return path;
@@ -164,7 +349,7 @@ DvnfAttrNode* DvnfAttributeDataReader::Resolve() const {
     for (const auto& name : _path) {
         if (!n) return nullptr;
         n = n->Inner();
-        if (n->kind != DvnfAttributeType::Group) return nullptr;
+        if (n->Kind() != DvnfAttributeType::Group) return nullptr;
         n = n->Child(name);
     }
     return n;
@@ -182,7 +367,7 @@ bool DvnfAttributeDataReader::IsValid() const { return Resolve() != nullptr; }
 bool DvnfAttributeDataReader::IsDefined() const {
     const DvnfAttrNode* n = Resolve();
     if (!n) return false;
-    switch (n->kind) {
+    switch (n->Kind()) {
     case DvnfAttributeType::Long:
     case DvnfAttributeType::Bool:
     case DvnfAttributeType::String: return true;
@@ -208,7 +393,7 @@ bool ParseLong(const char* text, long& out) {
 long DvnfAttributeDataReader::AsLong(long defaultValue) const {
     const DvnfAttrNode* n = Resolve();
     if (!n) return defaultValue;
-    switch (n->kind) {
+    switch (n->Kind()) {
     case DvnfAttributeType::Long: return n->lval;
     case DvnfAttributeType::Bool: return n->lval != 0 ? 1 : 0;
     case DvnfAttributeType::String: {
@@ -222,7 +407,7 @@ long DvnfAttributeDataReader::AsLong(long defaultValue) const {
 bool DvnfAttributeDataReader::AsBool(bool defaultValue) const {
     const DvnfAttrNode* n = Resolve();
     if (!n) return defaultValue;
-    switch (n->kind) {
+    switch (n->Kind()) {
     case DvnfAttributeType::Bool: return n->lval != 0;
     case DvnfAttributeType::Long: return n->lval != 0;
     case DvnfAttributeType::String:
@@ -236,7 +421,7 @@ bool DvnfAttributeDataReader::AsBool(bool defaultValue) const {
 DvnfString DvnfAttributeDataReader::AsString(const DvnfString& defaultValue) const {
     const DvnfAttrNode* n = Resolve();
     if (!n) return defaultValue;
-    switch (n->kind) {
+    switch (n->Kind()) {
     case DvnfAttributeType::String: return n->sval;
     case DvnfAttributeType::Long: return DvnfString(DvnString::FromLong(n->lval));
     case DvnfAttributeType::Bool: return DvnfString(n->lval != 0 ? "true" : "false");
@@ -248,23 +433,23 @@ DvnfString DvnfAttributeDataReader::Value() const { return AsString(DvnfString()
 
 DvnfEntity& DvnfAttributeDataReader::AsEntity() const {
     const DvnfAttrNode* n = Resolve();
-    if (n && n->kind == DvnfAttributeType::Entity && n->entity) return *n->entity;
+    if (n && n->Kind() == DvnfAttributeType::Entity && n->entity) return *n->entity;
     return DvnfEntity::undefined;
 }
 
 DvnfAttributeType DvnfAttributeDataReader::Type() const {
     const DvnfAttrNode* n = Resolve();
-    return n ? n->kind : DvnfAttributeType::Undefined;
+    return n ? n->Kind() : DvnfAttributeType::Undefined;
 }
 
 long DvnfAttributeDataReader::NumberOfElements() const {
     const DvnfAttrNode* n = Resolve();
-    return (n && n->kind == DvnfAttributeType::Set) ? static_cast<long>(n->Count()) : 0;
+    return (n && n->Kind() == DvnfAttributeType::Set) ? static_cast<long>(n->Count()) : 0;
 }
 
 DvnfDataSetIterator DvnfAttributeDataReader::ElementsOfSet() const {
     DvnfAttrNode* n = Resolve();
-    if (n && n->kind == DvnfAttributeType::Set) return DvnfDataSetIterator(n);
+    if (n && n->Kind() == DvnfAttributeType::Set) return DvnfDataSetIterator(n);
     return DvnfDataSetIterator();
 }
 
@@ -273,8 +458,8 @@ std::vector<std::string> DvnfAttributeDataReader::Names() const {
     DvnfAttrNode* n = Resolve();
     if (!n) return names;
     n = n->Inner();
-    if (n->kind != DvnfAttributeType::Group) return names;
-    for (const DvnfAttrNode* c = n->First(); c; c = n->After(c)) names.push_back(*c->name);
+    if (n->Kind() != DvnfAttributeType::Group) return names;
+    for (const DvnfAttrNode* c = n->First(); c; c = n->After(c)) names.push_back(c->Name());
     return names;
 }
 
@@ -369,13 +554,13 @@ DvnfAttributeData& DvnfAttributeData::operator=(const DvnfAttributeDataReader& o
     std::unique_ptr<DvnfAttrNode> copy = src->Clone(nullptr);  // first: src may lie below the target
     DvnfAttrNode* n = Make();
     if (!n) return *this;
-    if (!n->parent && copy->kind != DvnfAttributeType::Group) return *this;  // the root stays a group
-    n->Clear(copy->kind);
-    if (copy->kind == DvnfAttributeType::String)
+    if (!n->parent && copy->Kind() != DvnfAttributeType::Group) return *this;  // the root stays a group
+    n->Clear(copy->Kind());
+    if (copy->Kind() == DvnfAttributeType::String)
         n->sval = copy->sval;
-    else if (copy->kind != DvnfAttributeType::Set)
+    else if (copy->Kind() != DvnfAttributeType::Set)
         n->lval = copy->lval;
-    if (copy->kind == DvnfAttributeType::Entity) n->entity = copy->entity;
+    if (copy->Kind() == DvnfAttributeType::Entity) n->entity = copy->entity;
     n->TakeChildren(*copy);
     return *this;
 }
@@ -384,8 +569,8 @@ void DvnfAttributeData::Reset(const char* name) {
     DvnfAttrNode* n = Resolve();
     if (!n || !name) return;
     n = n->Inner();
-    if (n->kind != DvnfAttributeType::Group) return;
-    n->RemoveIf([name](const DvnfAttrNode& c) { return *c.name == name; }, true);
+    if (n->Kind() != DvnfAttributeType::Group) return;
+    n->RemoveIf([name](const DvnfAttrNode& c) { return c.Name() == name; }, true);
 }
 
 void DvnfAttributeData::Reset() {
@@ -401,14 +586,14 @@ void DvnfAttributeData::Reset() {
 DvnfAttributeData DvnfAttributeData::MakeGroup() {
     DvnfAttrNode* n = Make();
     if (!n) return DvnfAttributeData();
-    if (n->Inner()->kind != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
+    if (n->Inner()->Kind() != DvnfAttributeType::Group) n->Clear(DvnfAttributeType::Group);
     return DvnfAttributeData(n, {});
 }
 
 DvnfAttributeData DvnfAttributeData::MakeSet() {
     DvnfAttrNode* n = ValueNode(Make());
     if (!n) return DvnfAttributeData();
-    if (n->kind != DvnfAttributeType::Set) n->Clear(DvnfAttributeType::Set);
+    if (n->Kind() != DvnfAttributeType::Set) n->Clear(DvnfAttributeType::Set);
     return DvnfAttributeData(n, {});
 }
 
@@ -424,7 +609,7 @@ DvnfAttrNode* Append(DvnfAttrNode* set) {
 DvnfAttributeData DvnfAttributeData::NewSetElement() {
     MakeSet();
     DvnfAttrNode* set = Resolve();
-    if (!set || set->kind != DvnfAttributeType::Set) return DvnfAttributeData();
+    if (!set || set->Kind() != DvnfAttributeType::Set) return DvnfAttributeData();
     const DvnfEntity* owner = nullptr;
     std::string path = set->CataloguePath(&owner);
     DvnfAttrNode* e = Append(set);
@@ -444,7 +629,7 @@ DvnfAttributeData DvnfAttributeData::NewSetElement(DvnfEntity& entity) {
     if (!entity.IsValid()) return DvnfAttributeData();
     MakeSet();
     DvnfAttrNode* set = Resolve();
-    if (!set || set->kind != DvnfAttributeType::Set) return DvnfAttributeData();
+    if (!set || set->Kind() != DvnfAttributeType::Set) return DvnfAttributeData();
     DvnfAttrNode* e = Append(set);
     e->Clear(DvnfAttributeType::Entity);
     e->entity = &entity;
@@ -453,8 +638,8 @@ DvnfAttributeData DvnfAttributeData::NewSetElement(DvnfEntity& entity) {
 
 long DvnfAttributeData::RemoveSetElement(const DvnfEntity& entity) {
     DvnfAttrNode* set = Resolve();
-    if (!set || set->kind != DvnfAttributeType::Set) return 0;
+    if (!set || set->Kind() != DvnfAttributeType::Set) return 0;
     return set->RemoveIf(
-        [&entity](const DvnfAttrNode& c) { return c.kind == DvnfAttributeType::Entity && c.entity == &entity; },
+        [&entity](const DvnfAttrNode& c) { return c.Kind() == DvnfAttributeType::Entity && c.entity == &entity; },
         false);
 }

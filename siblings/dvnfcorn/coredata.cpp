@@ -294,10 +294,11 @@ DvnfCoreData::DvnfCoreData(DvnfCoreTypes& types, DvnfMessageHandler* handler) : 
 namespace {
 // An entity and the root of its attributes share one block: a model holds
 // many small entities (every member of a data structure is one), and one
-// allocation less each is a tenth of what they take.
+// allocation less each is a tenth of what they take; the root finds its
+// entity by its place in the block (DvnfAttrNode::Owner), the entity its root.
 
-// An entity block of 80 + 56 bytes is a chunk of 144 of the allocator; a
-// field more would make it 160.
+// An entity block of 80 + 40 bytes is a chunk of 128 of the allocator; a
+// field more would make it 144.
 static_assert(sizeof(void*) != 8 || sizeof(DvnfEntity) <= 80, "an entity grew");
 
 void Destroy(DvnfEntity* e) {
@@ -458,7 +459,6 @@ DvnfEntity& DvnfCoreData::Make(const DvnfEntityType& type, const DvnfString& oid
     try {
         root = new (static_cast<char*>(block) + DvnfAttrNode::kRootAt) DvnfAttrNode();
         made = new (block) DvnfEntity(this, &type, oid, NotNull(name), state);
-        root->ownerEntity = made;
         made->_seq = static_cast<std::uint32_t>(_order.size());
         _order.push_back(made);  // owned by _order from here on
     } catch (...) {

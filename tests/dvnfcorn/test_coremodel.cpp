@@ -11,6 +11,8 @@
 #include <random>
 #include <set>
 #include <sstream>
+#include <string>
+#include <thread>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -293,6 +295,55 @@ TEST(Attributes, SubRemovalsAndCopies) {
     EXPECT_EQ(added.AsEntity().Type().Name().str(), "DataStructureMember");
     EXPECT_EQ(s2.AttributeData()("Members").NumberOfElements(), 2);
     EXPECT_EQ(s1.AttributeData()("Members").NumberOfElements(), 1);
+}
+
+// Nodes come from one pool for the process, and names from one table: a
+// place handed out twice, a block given back while a node of it lives, or a
+// name read from the wrong place shows as a value or a name that changed.
+// Two threads at once build trees of several blocks each with names both
+// intern, thin them out so that every block keeps a few, and fill them again;
+// then a tree is copied to the other core data and its first home goes.
+TEST(Attributes, NodesKeepTheirValuesWhileTreesGrowShrinkAndMoveBetweenThreads) {
+    constexpr long kChildren = 600;  // six nodes each: several blocks, several chunks of names
+    auto grow = [](DvnfAttributeData r, long tag, std::string* expected) {
+        auto name = [](char c, long i) { return c + std::to_string(i); };
+        for (long i = 0; i < kChildren; ++i) {
+            r(name('F', i).c_str())("V") = tag + i;
+            r(name('F', i).c_str())("T") = std::to_string(tag - i).c_str();
+            r(name('F', i).c_str())("S").NewSetElement()("W") = i;
+        }
+        for (long i = 0; i < kChildren; ++i)
+            if (i % 3 != 0) r.Reset(name('F', i).c_str());
+        for (long i = 0; i < kChildren; ++i) r(name('G', i).c_str()) = std::to_string(tag * 2 + i).c_str();
+        *expected = "{";
+        for (long i = 0; i < kChildren; i += 3)
+            *expected += (i ? " F" : "F") + std::to_string(i) + "={V=" + std::to_string(tag + i) +
+                         " T=" + std::to_string(tag - i) + " S=[{W=" + std::to_string(i) + "};]}";
+        for (long i = 0; i < kChildren; ++i) *expected += " G" + std::to_string(i) + "=" + std::to_string(tag * 2 + i);
+        *expected += "}";
+    };
+    auto a = std::make_unique<DvnfTRXData>();
+    DvnfTRXData b;
+    DvnfEntity& ea = a->CreateEntity(S("Process"), S("PA"), S("A"));
+    DvnfEntity& eb = b.CreateEntity(S("Process"), S("PB"), S("B"));
+    std::string wantA, wantB;
+    std::thread ta([&] { grow(ea.AttributeData(), 1000000, &wantA); });
+    std::thread tb([&] { grow(eb.AttributeData(), 5000000, &wantB); });
+    ta.join();
+    tb.join();
+    EXPECT_EQ(Dump(ea.AttributeData()), wantA);
+    EXPECT_EQ(Dump(eb.AttributeData()), wantB);
+
+    DvnfEntity& copy = b.CreateEntity(S("Process"), S("PC"), S("C"));
+    copy.AttributeData() = ea.AttributeData();
+    a.reset();  // frees the first tree: blocks shared with the copy and with b stay
+    DvnfEntity& ed = b.CreateEntity(S("Process"), S("PD"), S("D"));
+    std::string wantAgain;
+    std::thread tc([&] { grow(ed.AttributeData(), 9000000, &wantAgain); });
+    tc.join();
+    EXPECT_EQ(Dump(copy.AttributeData()), wantA);
+    EXPECT_EQ(Dump(eb.AttributeData()), wantB);
+    EXPECT_EQ(Dump(ed.AttributeData()), wantAgain);
 }
 
 TEST(CoreData, UndefinedEntityStaysInertAndLinksAreFoundOnlyBetweenTheirEnds) {
