@@ -55,7 +55,8 @@ struct RawStatements {
         SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &select);
         std::string ins =
             db.DriverText("INSERT INTO DVBT.BENCH (ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS) VALUES (?, ?, ?, ?, ?)");
-        std::string sel = db.DriverText("SELECT ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS FROM DVBT.BENCH WHERE ITEM_ID = ?");
+        std::string sel =
+            db.DriverText("SELECT ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS FROM DVBT.BENCH WHERE ITEM_ID = ?");
         Check(SQLPrepare(insert, reinterpret_cast<SQLCHAR*>(ins.data()), SQL_NTS), SQL_HANDLE_STMT, insert);
         Check(SQLPrepare(select, reinterpret_cast<SQLCHAR*>(sel.data()), SQL_NTS), SQL_HANDLE_STMT, select);
         idInd = SQL_NTS;

@@ -192,11 +192,10 @@ std::string WithoutSchemaQualifier(const std::string& sql) {
             i = end + 1;
             continue;
         }
-        const bool qualifier = (i == 0 || !IsIdentifierByte(sql[i - 1])) && sql.size() - i >= kQualifier.size() &&
-                               std::equal(kQualifier.begin(), kQualifier.end(), sql.begin() + static_cast<long>(i),
-                                          [](char want, char c) {
-                                              return want == std::toupper(static_cast<unsigned char>(c));
-                                          });
+        const bool qualifier =
+            (i == 0 || !IsIdentifierByte(sql[i - 1])) && sql.size() - i >= kQualifier.size() &&
+            std::equal(kQualifier.begin(), kQualifier.end(), sql.begin() + static_cast<long>(i),
+                       [](char want, char c) { return want == std::toupper(static_cast<unsigned char>(c)); });
         if (qualifier) {
             i += kQualifier.size();
         } else {
