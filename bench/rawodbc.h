@@ -53,8 +53,10 @@ struct RawStatements {
     explicit RawStatements(CDatabase& db) {
         SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &insert);
         SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &select);
-        std::string ins = "INSERT INTO DVBT.BENCH (ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS) VALUES (?, ?, ?, ?, ?)";
-        std::string sel = "SELECT ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS FROM DVBT.BENCH WHERE ITEM_ID = ?";
+        std::string ins =
+            db.DriverText("INSERT INTO DVBT.BENCH (ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS) VALUES (?, ?, ?, ?, ?)");
+        std::string sel =
+            db.DriverText("SELECT ITEM_ID, NAME, DOCUMENTATION, NUM, FLAGS FROM DVBT.BENCH WHERE ITEM_ID = ?");
         Check(SQLPrepare(insert, reinterpret_cast<SQLCHAR*>(ins.data()), SQL_NTS), SQL_HANDLE_STMT, insert);
         Check(SQLPrepare(select, reinterpret_cast<SQLCHAR*>(sel.data()), SQL_NTS), SQL_HANDLE_STMT, select);
         idInd = SQL_NTS;
@@ -158,6 +160,7 @@ inline RawReadCount RawReadRows(CDatabase& db, const RawRead& read) {
     std::string sql = "SELECT * FROM DVBT." + read.table;
     if (!read.column.empty()) sql += " WHERE " + read.column + " = ?";
     if (!read.order.empty()) sql += " ORDER BY " + read.order;
+    sql = db.DriverText(sql);
     Check(SQLPrepare(h, reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS), SQL_HANDLE_STMT, h);
     if (read.column.empty()) {
         Check(SQLExecute(h), SQL_HANDLE_STMT, h);
@@ -190,7 +193,7 @@ inline std::vector<std::string> RawKeys(CDatabase& db, const std::string& sql) {
     std::vector<std::string> keys;
     SQLHSTMT h = SQL_NULL_HSTMT;
     SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &h);
-    std::string text = sql;
+    std::string text = db.DriverText(sql);
     Check(SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), SQL_HANDLE_STMT, h);
     char buffer[256];
     SQLLEN indicator = 0;
@@ -220,7 +223,7 @@ struct Discard : std::streambuf {
 inline long QueryCount(CDatabase& db, const std::string& sql) {
     SQLHSTMT stmt = SQL_NULL_HSTMT;
     SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &stmt);
-    std::string text = sql;
+    std::string text = db.DriverText(sql);
     Check(SQLExecDirect(stmt, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), SQL_HANDLE_STMT, stmt);
     SQLBIGINT value = 0;
     SQLLEN indicator = 0;

@@ -208,13 +208,12 @@ std::string Joined(const std::vector<std::string>& statements, const char* inden
     return body;
 }
 
-// SQLite: the schema lives in the attached database DVBT. Index and trigger
-// names carry the database; table names inside a trigger body stand bare and
-// resolve in the trigger's own database.
+// SQLite: the schema lives in the main database, names stand bare (the
+// script runs as it is on the file).
 std::vector<std::string> SqliteTriggers() {
     auto trigger = [](const std::string& name, const std::string& event, const std::string& body) {
         const std::string each = event.find(" FOR EACH ROW") == std::string::npos ? " FOR EACH ROW" : "";
-        return "CREATE TRIGGER DVBT." + name + " " + event + each + " BEGIN\n" + body + "END";
+        return "CREATE TRIGGER " + name + " " + event + each + " BEGIN\n" + body + "END";
     };
     const std::string agentName =
         "  UPDATE PE_AGENT SET NAME = (SELECT USERID FROM PERSON WHERE PERSON_ID = NEW.ASSOC_USER)"
@@ -299,8 +298,9 @@ std::vector<std::string> QueryStrings(CDatabase& db, const std::string& sql) {
         SQLHSTMT h;
         ~Free() { DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeHandle, SQL_HANDLE_STMT, h); }
     } release{stmt};
+    std::string text = db.DriverText(sql);
     DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, stmt, sql.c_str(), SQLExecDirect, stmt,
-                 reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.c_str())), SQL_NTS);
+                 reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
     std::vector<std::string> out;
     while (DVN_ODBC(Checked, SQL_HANDLE_STMT, stmt, SQLFetch, stmt) != SQL_NO_DATA) {
         char buffer[256];
@@ -346,7 +346,7 @@ std::vector<std::string> DvnSchema::Statements(Dialect dialect) {
     std::vector<std::string> out;
     if (!lite) out.push_back("CREATE SCHEMA IF NOT EXISTS DVBT");
     for (const auto& table : kTables) {
-        std::string create = std::string("CREATE TABLE DVBT.") + table.name + " (\n";
+        std::string create = std::string("CREATE TABLE ") + (lite ? "" : "DVBT.") + table.name + " (\n";
         const auto columns = Columns(table);
         for (size_t i = 0; i < columns.size(); ++i)
             create.append("  ").append(columns[i].name).append(" " + ColumnType(columns[i]) + (i + 1 < columns.size() ? ",\n" : "\n"));
@@ -357,7 +357,7 @@ std::vector<std::string> DvnSchema::Statements(Dialect dialect) {
             std::string list;
             for (char c : IndexColumns(index)) list += c == ',' ? std::string(", ") : std::string(1, c);
             const std::string create = IsUniqueIndex(index) ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
-            out.push_back(lite ? create + "DVBT." + name + " ON " + table.name + " (" + list + ")"
+            out.push_back(lite ? create + name + " ON " + table.name + " (" + list + ")"
                                : create + name + " ON DVBT." + table.name + " (" + list + ")");
         }
     }

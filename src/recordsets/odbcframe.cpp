@@ -165,6 +165,47 @@ size_t QuotedEnd(const std::string& sql, size_t i) {
     }
 }
 
+bool IsIdentifierByte(char c) {
+    const unsigned char u = static_cast<unsigned char>(c);
+    return std::isalnum(u) || c == '_' || c == '$' || u >= 0x80;
+}
+
+// The statement without the schema qualifier "DVBT." (in any case) wherever
+// it qualifies a name: not inside a string literal or a quoted identifier,
+// not after an identifier character ("MY_DVBT.X" stays).
+std::string WithoutSchemaQualifier(const std::string& sql) {
+    constexpr std::string_view kQualifier = "DVBT.";
+    std::string out;
+    out.reserve(sql.size());
+    size_t i = 0;
+    while (i < sql.size()) {
+        const size_t next = sql.find_first_of("'\"Dd", i);
+        if (next == std::string::npos) {
+            out.append(sql, i, std::string::npos);
+            break;
+        }
+        out.append(sql, i, next - i);
+        i = next;
+        if (sql[i] == '\'' || sql[i] == '"') {  // copy a literal or quoted identifier whole
+            const size_t end = std::min(QuotedEnd(sql, i), sql.size() - 1);
+            out.append(sql, i, end - i + 1);
+            i = end + 1;
+            continue;
+        }
+        const bool qualifier =
+            (i == 0 || !IsIdentifierByte(sql[i - 1])) && sql.size() - i >= kQualifier.size() &&
+            std::equal(kQualifier.begin(), kQualifier.end(), sql.begin() + static_cast<long>(i),
+                       [](char want, char c) { return want == std::toupper(static_cast<unsigned char>(c)); });
+        if (qualifier) {
+            i += kQualifier.size();
+        } else {
+            out += sql[i];
+            ++i;
+        }
+    }
+    return out;
+}
+
 // Replaces every string literal of a statement by a parameter marker and
 // collects the literals' values, so that queries that differ only in their
 // literals share one prepared statement. Literals after DATE, TIME,
@@ -384,7 +425,7 @@ bool CDatabase::OpenEx(const char* connect, unsigned options) {
         else
             m_locator = {"", "", false};
 
-        if (IsSQLite()) AttachOwnFileAsDvbt();
+        if (IsSQLite()) ApplySQLiteSettings();
     } catch (...) {
         Close();
         throw;
@@ -392,38 +433,15 @@ bool CDatabase::OpenEx(const char* connect, unsigned options) {
     return true;
 }
 
-// Attaches the main database file once more under the name DVBT and gives
-// the attached database a write-ahead log with synchronous NORMAL and a page
-// cache of 512 KiB (the driver's own pragmas reach the main database only).
-void CDatabase::AttachOwnFileAsDvbt() {
-    std::string file;
-    {
-        const char* list = "PRAGMA database_list";
-        FreeOnExit guard{NewStatement()};
-        DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, guard.h, list, SQLExecDirect, guard.h, SqlText(list), SQL_NTS);
-        while (DVN_ODBC(Checked, SQL_HANDLE_STMT, guard.h, SQLFetch, guard.h) != SQL_NO_DATA) {
-            std::string name, path;
-            ReadText(guard.h, 2, name);
-            ReadText(guard.h, 3, path);
-            if (name == "main") file = path;
-            if (Upper(name) == "DVBT") return;  // already there
-        }
-    }
-    if (file.empty()) return;  // an in-memory database has no file to share
+// Gives the database a write-ahead log with synchronous NORMAL and a page
+// cache of 512 KiB. Best effort: another connection holding the file may
+// keep the mode from changing now; the mode is kept in the file once set (an
+// in-memory database keeps its own).
+void CDatabase::ApplySQLiteSettings() {
     FreeOnExit guard{NewStatement()};
-    SQLHSTMT h = guard.h;
-    SQLLEN ind = static_cast<SQLLEN>(file.size());
-    DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLBindParameter, h, 1, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR,
-             file.size(), 0, file.data(), ind, &ind);
-    const char* attach = "ATTACH DATABASE ? AS DVBT";
-    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, h, attach, SQLExecDirect, h, SqlText(attach), SQL_NTS);
-    DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_RESET_PARAMS);
-    // Best effort: another connection holding the file may keep the mode
-    // from changing now; the mode is kept in the file once set.
-    for (const char* pragma :
-         {"PRAGMA DVBT.journal_mode=WAL", "PRAGMA DVBT.synchronous=NORMAL", "PRAGMA DVBT.cache_size=-512"}) {
-        DVN_ODBC_SQL(Tolerated, SQL_HANDLE_STMT, h, pragma, SQLExecDirect, h, SqlText(pragma), SQL_NTS);
-        DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeStmt, h, SQL_CLOSE);
+    for (const char* pragma : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA cache_size=-512"}) {
+        DVN_ODBC_SQL(Tolerated, SQL_HANDLE_STMT, guard.h, pragma, SQLExecDirect, guard.h, SqlText(pragma), SQL_NTS);
+        DVN_ODBC(Cleanup, SQL_HANDLE_STMT, guard.h, SQLFreeStmt, guard.h, SQL_CLOSE);
     }
 }
 
@@ -513,9 +531,9 @@ void CDatabase::LeaveManualCommit() {
 // once with "database is locked", whatever the busy time-out: the reader's
 // view is out of date. So a transaction of this layer writes first, with a
 // statement that changes nothing; a second writer then waits for the first
-// (busy time-out of the connect string) instead of failing. BEGIN IMMEDIATE
-// cannot serve: it takes the write lock of every attached database, and main
-// and DVBT are the same file, so it would wait for itself.
+// (busy time-out of the connect string) instead of failing. The statement
+// is the caller's SQL like any other: its "DVBT." goes before the driver sees
+// it (DriverText), and the trace shows it as written.
 void CDatabase::BeginAsWriter() {
     try {
         // Prepared once per connection: it runs before every object. The
@@ -536,8 +554,8 @@ void CDatabase::BeginAsWriter() {
     }
 }
 
-// A table of the attached database DVBT to write nothing to; empty when
-// there is none (an empty file, an in-memory database). Looked up once.
+// A table of the database to write nothing to; empty when there is none (an
+// empty file, a new in-memory database). Looked up once.
 const std::string& CDatabase::WriterProbeTable() {
     if (!m_strWriterProbe.empty()) return m_strWriterProbe;
     // A table without triggers: were the delete compiled again, every
@@ -546,8 +564,9 @@ const std::string& CDatabase::WriterProbeTable() {
     const char* sql =
         "SELECT name FROM DVBT.sqlite_master WHERE type = 'table' AND name NOT IN "
         "(SELECT tbl_name FROM DVBT.sqlite_master WHERE type = 'trigger') ORDER BY name LIMIT 1";
+    const std::string text = DriverText(sql);
     FreeOnExit guard{NewStatement()};
-    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, guard.h, sql, SQLExecDirect, guard.h, SqlText(sql), SQL_NTS);
+    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, guard.h, sql, SQLExecDirect, guard.h, SqlText(text.c_str()), SQL_NTS);
     if (DVN_ODBC(Checked, SQL_HANDLE_STMT, guard.h, SQLFetch, guard.h) != SQL_NO_DATA)
         ReadText(guard.h, 1, m_strWriterProbe);
     return m_strWriterProbe;
@@ -587,7 +606,10 @@ CDatabase::KeptStatement& CDatabase::Kept(const std::string& sql) {
     if (it != m_statements.end()) return it->second;
     SQLHSTMT h = NewStatement();
     try {
-        DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, h, sql.c_str(), SQLPrepare, h, SqlText(sql.c_str()), SQL_NTS);
+        // The trace shows the text as kept; the driver gets it without the
+        // schema qualifier on SQLite, once per connection and text.
+        const std::string text = DriverText(sql);
+        DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, h, sql.c_str(), SQLPrepare, h, SqlText(text.c_str()), SQL_NTS);
     } catch (...) {
         DVN_ODBC(Cleanup, SQL_HANDLE_STMT, h, SQLFreeHandle, SQL_HANDLE_STMT, h);
         throw;
@@ -608,9 +630,10 @@ void CDatabase::ReleaseStatement(SQLHSTMT h) {
 }
 
 void CDatabase::ExecuteSQL(const char* sql) {
-    std::string text = TranslateBrackets(sql ? sql : "");
+    const std::string text = TranslateBrackets(sql ? sql : "");
+    const std::string driverText = DriverText(text);
     StatementUse use(*this);
-    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, text.c_str(), SQLExecDirect, use.h, SqlText(text.c_str()),
+    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, text.c_str(), SQLExecDirect, use.h, SqlText(driverText.c_str()),
                  SQL_NTS);
 }
 
@@ -672,6 +695,10 @@ std::string CDatabase::TranslateBrackets(const std::string& sql) const {
         i = close + 1;
     }
     return out;
+}
+
+std::string CDatabase::DriverText(const std::string& sql) const {
+    return IsSQLite() ? WithoutSchemaQualifier(sql) : sql;
 }
 
 const std::string& CDatabase::TranslateBracketsOnce(const std::string& sql) {

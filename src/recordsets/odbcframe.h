@@ -61,9 +61,9 @@ public:
     // Connects with an ODBC connect string. Returns false, or raises
     // CDBException (by pointer), when the driver refuses. An empty UID= or
     // PWD= attribute is left out, so that the data source's own user and
-    // password apply. On SQLite the connection's own file is attached as
-    // DVBT (write-ahead log, synchronous NORMAL), so that "DVBT.TABLE"
-    // names a table on SQLite as on a DBMS with schemas.
+    // password apply. On SQLite the database gets a write-ahead log,
+    // synchronous NORMAL and a page cache of 512 KiB; "DVBT.TABLE" names its
+    // table there as on a DBMS with schemas (see DriverText).
     bool OpenEx(const char* connect, unsigned options = 0);
     // Idempotent.
     void Close();
@@ -99,6 +99,12 @@ public:
     // The same, kept for statements that are built again and again (the
     // inserts and updates of the recordsets): valid until the next call.
     const std::string& TranslateBracketsOnce(const std::string& sql);
+    // The statement as the driver gets it. SQLite has no schemas: there the
+    // qualifier "DVBT." (any case) goes wherever it qualifies a name, outside
+    // string literals and quoted identifiers, so that the database is opened
+    // once and holds its schema once. Elsewhere the text as it is. Traces
+    // show the text before this step.
+    std::string DriverText(const std::string& sql) const;
     bool IsSQLite() const { return m_strDbms == "SQLite"; }
 
     // How the recordsets name one row exactly: a select expression and a
@@ -142,7 +148,7 @@ protected:
     friend class CRecordset;
     SQLHSTMT NewStatement();
     void ApplyQueryTimeout(SQLHSTMT hstmt) const;
-    void AttachOwnFileAsDvbt();
+    void ApplySQLiteSettings();
     void BeginAsWriter();
     const std::string& WriterProbeTable();
     void FreeStatements();
@@ -160,7 +166,7 @@ protected:
     std::unordered_map<std::string, KeptStatement> m_statements;
     std::unordered_map<std::string, std::string> m_translated;  // TranslateBracketsOnce
     SQLHSTMT m_hstmtDirect = SQL_NULL_HSTMT;
-    std::string m_strWriterProbe;  // SQLite: a table of DVBT that BeginTrans writes nothing to
+    std::string m_strWriterProbe;  // SQLite: a table that BeginTrans writes nothing to
 };
 
 

@@ -42,7 +42,8 @@ int main(int argc, char** argv) {
 
     SQLHSTMT stmt = db.DirectStatement();
     const std::string sql = "SELECT NAME FROM " + prefix + "CATEGORY ORDER BY NAME";
-    SQLRETURN rc = SQLExecDirect(stmt, reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.c_str())), SQL_NTS);
+    std::string text = db.DriverText(sql);
+    SQLRETURN rc = SQLExecDirect(stmt, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
     if (!SQL_SUCCEEDED(rc)) {
         std::cerr << "import_categories: " << sql << " failed\n";
         db.ReleaseStatement(stmt);

@@ -75,16 +75,43 @@ protected:
     CString prefix;
 };
 
-// A SQLite file is reached under DVBT with a write-ahead log, synchronous
-// NORMAL and a page cache of 512 KiB, on every connection.
-TEST_P(Frame, TheAttachedSQLiteFileHasItsLogSyncAndCacheSettings) {
-    if (IsPostgres()) GTEST_SKIP() << "PostgreSQL has schemas; nothing is attached";
+// An SQLite connection opens its file once (nothing is attached, so the
+// schema is held once) with a write-ahead log, synchronous NORMAL and a page
+// cache of 512 KiB. "DVBT." names the tables of the main database, also of an
+// in-memory one, wherever it qualifies a name; the trace shows the statement
+// as written.
+TEST_P(Frame, AnSQLiteConnectionOpensItsFileOnceWithItsLogSyncAndCacheSettings) {
+    if (IsPostgres()) GTEST_SKIP() << "PostgreSQL has schemas: DVBT is one";
     std::unique_ptr<CDatabase> second = OpenSecondConnection();
     for (CDatabase* db : {&Db(), second.get()}) {
-        EXPECT_EQ(QueryValue(*db, "PRAGMA DVBT.journal_mode"), "wal");
-        EXPECT_EQ(QueryValue(*db, "PRAGMA DVBT.synchronous"), "1");
-        EXPECT_EQ(QueryValue(*db, "PRAGMA DVBT.cache_size"), "-512");
+        EXPECT_EQ(QueryValue(*db, "PRAGMA journal_mode"), "wal");
+        EXPECT_EQ(QueryValue(*db, "PRAGMA synchronous"), "1");
+        EXPECT_EQ(QueryValue(*db, "PRAGMA cache_size"), "-512");
+        EXPECT_EQ(QueryRows(*db, "SELECT name FROM pragma_database_list WHERE name <> 'temp'"), V{"main"});
     }
+
+    CDatabase memory;
+    ASSERT_EQ(DvnConvCoreDbIF::OpenDatabaseFromFile(DvnConvCoreDbIF::EmbeddedDataSource(":memory:"), memory,
+                                                    DvnString(), DvnString()),
+              0);
+    ExecAll(memory, {"CREATE TABLE DVBT.T (A VARCHAR(16), B INTEGER)", "CREATE INDEX dvbt.T_IX ON T (A)",
+                     "CREATE TABLE \"DVBT.Q\" (A INTEGER)"});
+    {
+        TraceCapture trace;
+        memory.ExecuteSQL("INSERT INTO Dvbt.\"T\" (A, B) VALUES ('DVBT.kept', 1)");
+        EXPECT_NE(trace.Text().find(" SQLExecDirect rc=0 INSERT INTO Dvbt.\"T\" (A, B) VALUES ('DVBT.kept', 1)"),
+                  std::string::npos)
+            << trace.Text();
+    }
+    // A literal, a quoted name and a name that ends in DVBT keep theirs.
+    EXPECT_EQ(QueryRows(memory, "SELECT MY_DVBT.A, MY_DVBT.B FROM DVBT.T MY_DVBT"), V{"DVBT.kept|1"});
+    EXPECT_EQ(QueryRows(memory, "SELECT name FROM DVBT.sqlite_master ORDER BY name"), (V{"DVBT.Q", "T", "T_IX"}));
+    // The writer probe of a transaction deletes from the first table by name,
+    // "DVBT.Q".
+    EXPECT_TRUE(memory.BeginTrans());
+    memory.ExecuteSQL("DELETE FROM DVBT.T");
+    EXPECT_TRUE(memory.Rollback());
+    EXPECT_EQ(QueryValue(memory, "SELECT COUNT(*) FROM DVBT.T"), "1");
 }
 
 TEST_P(Frame, AddNewAndEditWriteOnlyTheMembersThatWereSet) {

@@ -22,7 +22,7 @@ struct ResultColumn {
 std::vector<ResultColumn> SelectStarColumns(CDatabase& db, const std::string& table) {
     SQLHSTMT h = SQL_NULL_HSTMT;
     SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &h);
-    std::string sql = "SELECT * FROM DVBT." + table + " WHERE 1 = 0";
+    std::string sql = db.DriverText("SELECT * FROM DVBT." + table + " WHERE 1 = 0");
     std::vector<ResultColumn> out;
     if (SQL_SUCCEEDED(SQLExecDirect(h, reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS))) {
         SQLSMALLINT n = 0;

@@ -169,7 +169,7 @@ std::vector<std::string> QueryRows(CDatabase& db, const std::string& sql) {
         ~Statement() { SQLFreeHandle(SQL_HANDLE_STMT, h); }
     } st;
     SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &st.h);
-    std::string text = db.TranslateBrackets(sql);
+    std::string text = db.DriverText(db.TranslateBrackets(sql));
     SQLRETURN rc = SQLExecDirect(st.h, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
     if (!SQL_SUCCEEDED(rc)) {
         SQLCHAR state[6] = "", message[512] = "";
