@@ -434,12 +434,12 @@ bool CDatabase::OpenEx(const char* connect, unsigned options) {
 }
 
 // Gives the database a write-ahead log with synchronous NORMAL and a page
-// cache of 512 KiB. Best effort: another connection holding the file may
+// cache of 256 KiB. Best effort: another connection holding the file may
 // keep the mode from changing now; the mode is kept in the file once set (an
 // in-memory database keeps its own).
 void CDatabase::ApplySQLiteSettings() {
     FreeOnExit guard{NewStatement()};
-    for (const char* pragma : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA cache_size=-512"}) {
+    for (const char* pragma : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA cache_size=-256"}) {
         DVN_ODBC_SQL(Tolerated, SQL_HANDLE_STMT, guard.h, pragma, SQLExecDirect, guard.h, SqlText(pragma), SQL_NTS);
         DVN_ODBC(Cleanup, SQL_HANDLE_STMT, guard.h, SQLFreeStmt, guard.h, SQL_CLOSE);
     }

@@ -77,7 +77,7 @@ protected:
 
 // An SQLite connection opens its file once (nothing is attached, so the
 // schema is held once) with a write-ahead log, synchronous NORMAL and a page
-// cache of 512 KiB. "DVBT." names the tables of the main database, also of an
+// cache of 256 KiB. "DVBT." names the tables of the main database, also of an
 // in-memory one, wherever it qualifies a name; the trace shows the statement
 // as written.
 TEST_P(Frame, AnSQLiteConnectionOpensItsFileOnceWithItsLogSyncAndCacheSettings) {
@@ -86,7 +86,7 @@ TEST_P(Frame, AnSQLiteConnectionOpensItsFileOnceWithItsLogSyncAndCacheSettings) 
     for (CDatabase* db : {&Db(), second.get()}) {
         EXPECT_EQ(QueryValue(*db, "PRAGMA journal_mode"), "wal");
         EXPECT_EQ(QueryValue(*db, "PRAGMA synchronous"), "1");
-        EXPECT_EQ(QueryValue(*db, "PRAGMA cache_size"), "-512");
+        EXPECT_EQ(QueryValue(*db, "PRAGMA cache_size"), "-256");
         EXPECT_EQ(QueryRows(*db, "SELECT name FROM pragma_database_list WHERE name <> 'temp'"), V{"main"});
     }
 
