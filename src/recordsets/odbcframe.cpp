@@ -288,6 +288,32 @@ struct StatementUse {
     ~StatementUse() { db.ReleaseStatement(h); }
 };
 
+// SQLite's driver compiles an INSERT, UPDATE or DELETE anew at every
+// execution, and with it the triggers of its table (a process's delete
+// compiles its whole cascade), but keeps a statement that begins like a
+// query compiled: an unused common table expression makes a statement of the
+// recordsets such a statement there.
+std::string KeptPrefix(const CDatabase& db) { return db.IsSQLite() ? "WITH KEPT AS (SELECT 1) " : std::string(); }
+
+// The rows an UPDATE or DELETE just executed on h changed. SQLite's driver
+// reports 0 for a statement that begins with KeptPrefix: the database's own
+// count of the last statement's rows answers there (rows changed by triggers
+// not counted), from a query kept compiled too.
+SQLLEN RowsHit(CDatabase& db, SQLHSTMT h) {
+    SQLLEN count = 0;
+    if (!db.IsSQLite()) {
+        DVN_ODBC(Checked, SQL_HANDLE_STMT, h, SQLRowCount, h, &count);
+        return count;
+    }
+    static const std::string changes = "SELECT changes()";
+    StatementUse use(db, changes);
+    DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
+    if (DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLFetch, use.h) == SQL_NO_DATA) return 0;
+    SQLINTEGER value = 0;
+    DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLGetData, use.h, 1, SQL_C_SLONG, &value, 0, nullptr);
+    return value;
+}
+
 // A parameter value as a statement's use gives it.
 struct Param {
     std::string text;
@@ -538,7 +564,7 @@ void CDatabase::BeginAsWriter() {
     try {
         // Prepared once per connection: it runs before every object. The
         // use keeps a pointer into the text, which must outlive it. The
-        // leading WITH keeps it compiled in the driver (see Update).
+        // leading WITH keeps it compiled in the driver (see KeptPrefix).
         const std::string probe =
             "WITH KEPT AS (SELECT 1) DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1";
         StatementUse use(*this, probe);
@@ -1046,11 +1072,8 @@ bool CRecordset::Update() {
     }
     const CDatabase::RowLocator& loc = db.Locator();
     if (mode == Impl::Adding) {
-        // SQLite's driver compiles an INSERT anew at every execution, but
-        // keeps a statement that begins like a query compiled: the unused
-        // common table expression makes the insert such a statement. An
-        // insert needs no row count (the driver reports 0 for it there).
-        sql = (db.IsSQLite() ? "WITH KEPT AS (SELECT 1) INSERT INTO " : "INSERT INTO ") + m.table + " (";
+        // An insert needs no row count (see KeptPrefix).
+        sql = KeptPrefix(db) + "INSERT INTO " + m.table + " (";
         std::string values;
         for (size_t k = 0; k < changed.size(); ++k) {
             sql.append(k ? ", [" : "[").append(m.fields[changed[k]].name) += ']';
@@ -1058,7 +1081,7 @@ bool CRecordset::Update() {
         }
         sql += ") VALUES (" + values + ")";
     } else {
-        sql = "UPDATE " + m.table + " SET ";
+        sql = KeptPrefix(db) + "UPDATE " + m.table + " SET ";
         for (size_t k = 0; k < changed.size(); ++k) sql.append(k ? ", [" : "[").append(m.fields[changed[k]].name) += "] = ?";
         sql += " WHERE " + loc.condition;
         if (loc.movesOnUpdate) sql += " RETURNING " + loc.select;
@@ -1072,16 +1095,13 @@ bool CRecordset::Update() {
         BindParams(*use.kept, params);
         DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
         if (mode == Impl::Editing) {
-            bool hit;
-            if (loc.movesOnUpdate) {
+            // (psqlODBC has no result to fetch from when the update hit
+            // no row, although it returns the locator of every row it hits.)
+            bool hit = RowsHit(db, use.h) == 1;
+            if (hit && loc.movesOnUpdate)
                 hit = DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLFetch, use.h) != SQL_NO_DATA;
-                if (hit) ReadText(use.h, 1, newLocator);
-            } else {
-                SQLLEN count = 0;
-                DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLRowCount, use.h, &count);
-                hit = count == 1;
-            }
             if (!hit) ThrowFrameError("the current row is no longer in table " + m.table, "01001");
+            if (loc.movesOnUpdate) ReadText(use.h, 1, newLocator);
         }
     }
     if (mode == Impl::Editing) {
@@ -1107,13 +1127,11 @@ void CRecordset::Delete() {
     CDatabase& db = *m_pDatabase;
     std::vector<Param> params(1);
     params[0].text = m.rows[m.current].locator;
-    const std::string sql = db.TranslateBrackets("DELETE FROM " + m.table + " WHERE " + db.Locator().condition);
-    StatementUse use(db, sql);
+    StatementUse use(
+        db, db.TranslateBracketsOnce(KeptPrefix(db) + "DELETE FROM " + m.table + " WHERE " + db.Locator().condition));
     BindParams(*use.kept, params);
     DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
-    SQLLEN count = 0;
-    DVN_ODBC(Checked, SQL_HANDLE_STMT, use.h, SQLRowCount, use.h, &count);
-    if (count != 1) ThrowFrameError("the current row is no longer in table " + m.table, "01001");
+    if (RowsHit(db, use.h) != 1) ThrowFrameError("the current row is no longer in table " + m.table, "01001");
     m.rows[m.current].deleted = true;
     m.mode = Impl::Idle;
 }

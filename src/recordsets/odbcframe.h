@@ -62,7 +62,7 @@ public:
     // CDBException (by pointer), when the driver refuses. An empty UID= or
     // PWD= attribute is left out, so that the data source's own user and
     // password apply. On SQLite the database gets a write-ahead log,
-    // synchronous NORMAL and a page cache of 512 KiB; "DVBT.TABLE" names its
+    // synchronous NORMAL and a page cache of 256 KiB; "DVBT.TABLE" names its
     // table there as on a DBMS with schemas (see DriverText).
     bool OpenEx(const char* connect, unsigned options = 0);
     // Idempotent.
