@@ -7,6 +7,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -94,6 +95,56 @@ inline void RawInsertInBatches(CDatabase& db, int n, int perTransaction, bool lo
         if (!lookup || !raw.Found(i)) raw.Insert(i);
         if ((i + 1) % perTransaction == 0 || i + 1 == n) db.CommitTrans();
     }
+}
+
+// The raw counterpart of replacing: n old rows in `groups` groups stand in
+// DVBT.BENCH (RawPutOldRows, before the clock runs; a group's rows share a
+// NUM below 0, which BENCH_IX2 indexes). The n new rows go in as
+// RawInsertInBatches puts them, and after each group's share of them one
+// transaction of its own (between two of the inserts') deletes that group's
+// old rows with one prepared DELETE, as the store removes an old process
+// with one delete that cascades to its rows. Old rows are keyed "O<i>": a lookup of a new row's key finds
+// none of them.
+inline void RawPutOldRows(CDatabase& db, int n, int groups) {
+    RawStatements raw(db);
+    const int perGroup = std::max(1, n / groups);
+    db.BeginTrans();
+    for (int i = 0; i < n; ++i) {
+        // A group's rows were written together, as a process's rows are.
+        std::snprintf(raw.id, sizeof raw.id, "O%d", i);
+        raw.num = -1 - std::min(groups - 1, i / perGroup);
+        Check(SQLExecute(raw.insert), SQL_HANDLE_STMT, raw.insert);
+    }
+    db.CommitTrans();
+}
+inline void RawReplaceInBatches(CDatabase& db, int n, int perTransaction, int groups) {
+    RawStatements raw(db);
+    SQLHSTMT remove = SQL_NULL_HSTMT;
+    SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &remove);
+    std::string sql = db.DriverText("DELETE FROM DVBT.BENCH WHERE NUM = ?");
+    Check(SQLPrepare(remove, reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS), SQL_HANDLE_STMT, remove);
+    SQLINTEGER group = 0;
+    SQLLEN groupInd = 0;
+    SQLBindParameter(remove, 1, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0, 0, &group, 0, &groupInd);
+    const int perGroup = std::max(1, n / groups);
+    int deleted = 0;
+    auto deleteGroup = [&] {
+        db.BeginTrans();
+        group = -1 - deleted++;
+        Check(SQLExecute(remove), SQL_HANDLE_STMT, remove);
+        db.CommitTrans();
+    };
+    for (int i = 0; i < n; ++i) {
+        if (i % perTransaction == 0) db.BeginTrans();
+        if (!raw.Found(i)) raw.Insert(i);
+        if ((i + 1) % perTransaction == 0 || i + 1 == n) {
+            db.CommitTrans();
+            // Between transactions: the groups whose share is in.
+            while (deleted < groups && i + 1 >= (deleted + 1) * perGroup) deleteGroup();
+        }
+    }
+    while (deleted < groups) deleteGroup();
+    SQLFreeHandle(SQL_HANDLE_STMT, remove);
 }
 
 // n rows into DVBT.BENCH: with lookup, each row is first looked for by key;
