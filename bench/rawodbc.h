@@ -72,9 +72,10 @@ struct RawStatements {
         SQLFreeHandle(SQL_HANDLE_STMT, insert);
         SQLFreeHandle(SQL_HANDLE_STMT, select);
     }
-    void Insert(int i) {
-        std::snprintf(id, sizeof id, "%s", Key(i).c_str());
-        num = i;
+    void Insert(int i) { Insert(Key(i), i); }
+    void Insert(const std::string& key, int number) {
+        std::snprintf(id, sizeof id, "%s", key.c_str());
+        num = number;
         Check(SQLExecute(insert), SQL_HANDLE_STMT, insert);
     }
     bool Found(int i) {
@@ -87,13 +88,18 @@ struct RawStatements {
 };
 
 // n rows into DVBT.BENCH, each first looked for by key when lookup, in
-// transactions of perTransaction rows (the last may hold fewer).
-inline void RawInsertInBatches(CDatabase& db, int n, int perTransaction, bool lookup) {
+// transactions of perTransaction rows (the last may hold fewer). After each
+// commit, betweenTransactions (when given) learns how many rows are in.
+inline void RawInsertInBatches(CDatabase& db, int n, int perTransaction, bool lookup,
+                               const std::function<void(int rowsIn)>& betweenTransactions = nullptr) {
     RawStatements raw(db);
     for (int i = 0; i < n; ++i) {
         if (i % perTransaction == 0) db.BeginTrans();
         if (!lookup || !raw.Found(i)) raw.Insert(i);
-        if ((i + 1) % perTransaction == 0 || i + 1 == n) db.CommitTrans();
+        if ((i + 1) % perTransaction == 0 || i + 1 == n) {
+            db.CommitTrans();
+            if (betweenTransactions) betweenTransactions(i + 1);
+        }
     }
 }
 
@@ -103,22 +109,17 @@ inline void RawInsertInBatches(CDatabase& db, int n, int perTransaction, bool lo
 // RawInsertInBatches puts them, and after each group's share of them one
 // transaction of its own (between two of the inserts') deletes that group's
 // old rows with one prepared DELETE, as the store removes an old process
-// with one delete that cascades to its rows. Old rows are keyed "O<i>": a lookup of a new row's key finds
-// none of them.
+// with one delete that cascades to its rows. Old rows are keyed "O<i>": a
+// lookup of a new row's key finds none of them.
 inline void RawPutOldRows(CDatabase& db, int n, int groups) {
     RawStatements raw(db);
     const int perGroup = std::max(1, n / groups);
     db.BeginTrans();
-    for (int i = 0; i < n; ++i) {
-        // A group's rows were written together, as a process's rows are.
-        std::snprintf(raw.id, sizeof raw.id, "O%d", i);
-        raw.num = -1 - std::min(groups - 1, i / perGroup);
-        Check(SQLExecute(raw.insert), SQL_HANDLE_STMT, raw.insert);
-    }
+    // A group's rows were written together, as a process's rows are.
+    for (int i = 0; i < n; ++i) raw.Insert("O" + std::to_string(i), -1 - std::min(groups - 1, i / perGroup));
     db.CommitTrans();
 }
 inline void RawReplaceInBatches(CDatabase& db, int n, int perTransaction, int groups) {
-    RawStatements raw(db);
     SQLHSTMT remove = SQL_NULL_HSTMT;
     SQLAllocHandle(SQL_HANDLE_STMT, db.m_hdbc, &remove);
     std::string sql = db.DriverText("DELETE FROM DVBT.BENCH WHERE NUM = ?");
@@ -134,15 +135,9 @@ inline void RawReplaceInBatches(CDatabase& db, int n, int perTransaction, int gr
         Check(SQLExecute(remove), SQL_HANDLE_STMT, remove);
         db.CommitTrans();
     };
-    for (int i = 0; i < n; ++i) {
-        if (i % perTransaction == 0) db.BeginTrans();
-        if (!raw.Found(i)) raw.Insert(i);
-        if ((i + 1) % perTransaction == 0 || i + 1 == n) {
-            db.CommitTrans();
-            // Between transactions: the groups whose share is in.
-            while (deleted < groups && i + 1 >= (deleted + 1) * perGroup) deleteGroup();
-        }
-    }
+    RawInsertInBatches(db, n, perTransaction, true, [&](int rowsIn) {
+        while (deleted < groups && rowsIn >= (deleted + 1) * perGroup) deleteGroup();
+    });
     while (deleted < groups) deleteGroup();
     SQLFreeHandle(SQL_HANDLE_STMT, remove);
 }

@@ -565,8 +565,7 @@ void CDatabase::BeginAsWriter() {
         // Prepared once per connection: it runs before every object. The
         // use keeps a pointer into the text, which must outlive it. The
         // leading WITH keeps it compiled in the driver (see KeptPrefix).
-        const std::string probe =
-            "WITH KEPT AS (SELECT 1) DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1";
+        const std::string probe = KeptPrefix(*this) + "DELETE FROM DVBT.\"" + m_strWriterProbe + "\" WHERE 0 = 1";
         StatementUse use(*this, probe);
         DVN_ODBC_SQL(Checked, SQL_HANDLE_STMT, use.h, use.sql, SQLExecute, use.h);
     } catch (CDBException*) {
